@@ -1,0 +1,13 @@
+# Sanitizers and coverage, chosen by preset; they hold for every target.
+set(KELD_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
+option(KELD_COVERAGE "Count executed lines" OFF)
+option(KELD_FUZZ "Build the libFuzzer targets (clang)" OFF)
+
+if(KELD_SANITIZE)
+  add_compile_options(-fsanitize=${KELD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KELD_SANITIZE})
+endif()
+if(KELD_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()

@@ -1,0 +1,6 @@
+# Warnings of every target of the project; the presets turn them into errors.
+option(KELD_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
+
+add_library(keld_warnings INTERFACE)
+target_compile_options(keld_warnings INTERFACE
+  $<$<COMPILE_LANGUAGE:C,CXX>:-Wall -Wextra -Wshadow $<$<BOOL:${KELD_WARNINGS_AS_ERRORS}>:-Werror>>)

@@ -1,0 +1,13 @@
+// The input stage: all readers of a job in their fixed order. Called once by the entry point.
+#pragma once
+
+namespace keld {
+
+/// Geometry pre-read, existence check, ".PRC", ".MAL", ".CPU" and ".BC1", then the main geometry read with
+/// statistics and checks. Fills the tables of this folder; any fault ends the run.
+void inputStage();
+
+/// Prior-stage results ".RS1", ".PT1", ".CT1" and the compact ElementTable; second action of the model stage.
+void readPriorResults();
+
+}  // namespace keld

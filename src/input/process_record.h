@@ -1,0 +1,24 @@
+// How the part was moulded and how to compute: the ProcessRecord.
+// Written by the readers of ".PRC", ".CPU" and ".BC1"; read-only afterwards.
+#pragma once
+
+#include <array>
+
+namespace keld {
+
+struct ProcessRecord {
+  std::array<double, 3> meltTemperature{};  // [1..2] K, of polymer kind 1 and 2; entry 0 unused
+  double ambientTemperature = 0.0;          // K
+  int fillerPresent = 0;                    // 1: filled polymer
+  int fractionKind = 0;                     // 1: percentage by weight, 2: by volume
+  double fillerWeightFraction = 0.0;  // 0..1; the missing one of the two is derived by the material set-up
+  double fillerVolumeFraction = 0.0;  // 0..1
+  int secondKind = 0;                 // 1: two polymer kinds are read
+  int solverChoice = 0;               // 2: direct sparse path, any other value: TIER
+  std::array<int, 4> bcNode{};  // [1..3] boundary nodes in geometry numbers; any 0: chosen by the system
+  int cycleLimit = 3000;        // cycle limit of TIER
+};
+
+extern ProcessRecord processRecord;
+
+}  // namespace keld

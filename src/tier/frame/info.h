@@ -1,0 +1,43 @@
+// The solver's one text channel: four message classes filtered by mode_mess, unfiltered report lines, trace
+// lines. Called by every routine of TIER.
+#pragma once
+
+#include <string_view>
+
+namespace tier {
+
+enum class message_class { error = 1, warning = -1, note = 0, control = -2 };
+
+/// Prints prefix and text where mode_mess lets the class through, with blank lines around it.
+void info(message_class cls, std::string_view text, int blank_before = 0, int blank_after = 0);
+
+/// Prints a trimmed line without filter or prefix; an empty text prints the blank lines alone.
+void message(std::string_view text, int blank_before = 0, int blank_after = 0);
+
+/// Prints a trace line when the larger of itracelevel and `local_level` is at least `level`.
+void trace(int level, std::string_view text, int local_level = 0);
+
+/// What a routine throws when the call must end: caught by tier_main alone, which cleans up and returns ierr.
+/// Never thrown inside a parallel region.
+struct failure {
+  int ierr;
+};
+
+/// Prints an error and ends the call.
+[[noreturn]] void fail(int ierr, std::string_view text);
+
+/// Prints a warning and notes `ierr` (negative) as the last warning of the call.
+void warn(int ierr, std::string_view text);
+
+/// Notes a warning number without a text; the last one in time stays (see last_warning).
+void note_warning(int ierr);
+int last_warning();
+void clear_warning();
+
+/// Ends the call: "Parameter setting not yet permitted <what>", ierr 80.
+[[noreturn]] void not_released(std::string_view what);
+
+/// Programming faults: the text, ">>> Emergency STOP! <<<", end of the process.
+[[noreturn]] void emergency_stop(std::string_view text);
+
+}  // namespace tier

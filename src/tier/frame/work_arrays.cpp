@@ -1,0 +1,46 @@
+// Counted storage of the work arrays.
+#include "tier/frame/work_arrays.h"
+
+#include <algorithm>
+#include <string>
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+
+namespace tier {
+
+memory_counters memory;
+
+namespace {
+
+void count_words(std::int64_t count, std::size_t size) {
+  (size == sizeof(double) ? memory.ndsum : memory.nisum) += count;
+  memory.memi = std::max(memory.memi, memory.nisum);
+  memory.memd = std::max(memory.memd, memory.ndsum);
+}
+
+}  // namespace
+
+void* counted_allocate(std::size_t count, std::size_t size) {
+  if (memory.allocations++ == memory.fail_at) return nullptr;
+  if (count > std::numeric_limits<std::size_t>::max() / 2 / size) return nullptr;
+  constexpr std::size_t line = 64;  // a cache line, so that vector loops start aligned
+  void* p = std::aligned_alloc(line, (count * size + line - 1) / line * line);
+  if (p) count_words(static_cast<std::int64_t>(count), size);
+  return p;
+}
+
+void counted_free(void* p, std::size_t count, std::size_t size) {
+  std::free(p);
+  count_words(-static_cast<std::int64_t>(count), size);
+}
+
+void allocation_failed(const char* name, const char* routine) {
+  fail(ierr_allocation, std::string("Allocation failed for <") + name + "> in (" + routine + ")");
+}
+
+void extension_failed(const char* name, const char* routine) {
+  fail(ierr_extension_failed, std::string("Memory extension failed (") + name + " in " + routine + ")");
+}
+
+}  // namespace tier

@@ -1,0 +1,115 @@
+// Growable 1-based work arrays with memory counters; every long vector of the solver is one.
+// Freed by scope or by release(); a failed allocation ends the call with ierr 70 (growth: 60).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+namespace tier {
+
+/// Counts of words in use, nisum and ndsum, their peaks, and a hook for tests that makes an allocation fail.
+struct memory_counters {
+  std::int64_t nisum = 0, ndsum = 0;  // integers and doubles in use
+  std::int64_t memi = 0, memd = 0;    // peak values
+  std::int64_t allocations = 0;       // made so far
+  std::int64_t fail_at = -1;          // the allocation of this number fails; -1: none
+};
+extern memory_counters memory;
+
+/// Raw storage of `bytes` bytes, counted as integers or doubles; null on failure.
+void* counted_allocate(std::size_t count, std::size_t size);
+void counted_free(void* p, std::size_t count, std::size_t size);
+[[noreturn]] void allocation_failed(const char* name, const char* routine);
+[[noreturn]] void extension_failed(const char* name, const char* routine);
+
+/// A 1-based view of somebody's array: p[1] .. p[n].
+template <class T>
+class view {
+ public:
+  view() = default;
+  explicit view(T* first) : first_(first) {}
+  T& operator[](std::int64_t i) const { return first_[i - 1]; }
+  T* data() const { return first_; }
+  explicit operator bool() const { return first_ != nullptr; }
+  operator view<const T>() const requires(!std::is_const_v<T>) { return view<const T>(first_); }
+
+ private:
+  T* first_ = nullptr;
+};
+
+/// An owned 1-based array of plain numbers, not initialised by allocate().
+template <class T>
+class work_array {
+  static_assert(std::is_trivially_copyable_v<T>);
+
+ public:
+  work_array() = default;
+  work_array(const work_array&) = delete;
+  work_array& operator=(const work_array&) = delete;
+  work_array(work_array&& other) noexcept { swap(other); }
+  work_array& operator=(work_array&& other) noexcept {
+    release();
+    swap(other);
+    return *this;
+  }
+  ~work_array() { release(); }
+
+  void swap(work_array& other) noexcept {
+    std::swap(first_, other.first_);
+    std::swap(size_, other.size_);
+  }
+
+  /// Frees what was held and takes n elements.
+  void allocate(std::int64_t n, const char* name, const char* routine) {
+    release();
+    if (n <= 0) return;
+    first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
+    if (!first_) allocation_failed(name, routine);
+    size_ = n;
+  }
+
+  /// The same with every element set to `value`.
+  void allocate(std::int64_t n, T value, const char* name, const char* routine) {
+    allocate(n, name, routine);
+    for (std::int64_t i = 0; i < size_; ++i) first_[i] = value;
+  }
+
+  /// Makes room for n elements and keeps the contents; shrinks when n is smaller.
+  void resize(std::int64_t n, const char* name, const char* routine) {
+    if (n == size_) return;
+    work_array grown;
+    if (n > 0) {
+      grown.first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
+      if (!grown.first_) extension_failed(name, routine);
+      grown.size_ = n;
+      if (size_ > 0)
+        std::memcpy(grown.first_, first_, static_cast<std::size_t>(n < size_ ? n : size_) * sizeof(T));
+    }
+    swap(grown);
+  }
+
+  void release() {
+    if (first_) counted_free(first_, static_cast<std::size_t>(size_), sizeof(T));
+    first_ = nullptr;
+    size_ = 0;
+  }
+
+  std::int64_t size() const { return size_; }
+  T& operator[](std::int64_t i) { return first_[i - 1]; }
+  const T& operator[](std::int64_t i) const { return first_[i - 1]; }
+  T* data() { return first_; }
+  const T* data() const { return first_; }
+  operator view<T>() { return view<T>(first_); }
+  operator view<const T>() const { return view<const T>(first_); }
+
+ private:
+  T* first_ = nullptr;
+  std::int64_t size_ = 0;
+};
+
+}  // namespace tier

@@ -1,0 +1,18 @@
+// The solution phase: first residual, stand-alone cycles, accelerator, final residual. Called by tier_main.
+#pragma once
+
+#include "tier/frame/controls.h"
+#include "tier/frame/hierarchy.h"
+
+namespace tier {
+
+/// Decodes the smoothing codes nrd, nru and the coarsest-level choice nrc, and adapts them to the hierarchy.
+void solve_data(const hierarchy& h, controls& c);
+
+/// Solves on level 1's u; warnings go through warn(), faults through fail().
+void tier_solve(hierarchy& h, controls& c, run_results& r);
+
+/// Frees decompositions and stores that live with the hierarchy (coarsest-level factors, ILU smoothers).
+void release_solution_data();
+
+}  // namespace tier

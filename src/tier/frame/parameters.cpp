@@ -1,0 +1,22 @@
+// The parameter store and its reset.
+#include "tier/frame/parameters.h"
+
+namespace tier {
+
+namespace parm {
+#define TIER_INTEGER(name, NAME, initial, meaning) int name = initial;
+#define TIER_REAL(name, NAME, initial, meaning) double name = initial;
+#define TIER_LOGICAL(name, NAME, initial, meaning) bool name = initial;
+#define TIER_TEXT(name, NAME, width, initial, meaning) std::string name = initial;
+#include "tier/frame/parameters.def"
+}  // namespace parm
+
+void reset_parameters() {
+#define TIER_INTEGER(name, NAME, initial, meaning) parm::name = initial;
+#define TIER_REAL(name, NAME, initial, meaning) parm::name = initial;
+#define TIER_LOGICAL(name, NAME, initial, meaning) parm::name = initial;
+#define TIER_TEXT(name, NAME, width, initial, meaning) parm::name = initial;
+#include "tier/frame/parameters.def"
+}
+
+}  // namespace tier

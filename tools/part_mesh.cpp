@@ -33,8 +33,7 @@ Cells cellsOf(const PartOptions& part, double cell) {
     cells.x = pocketsX * x;
     cells.y = pocketsY * y;
     cells.hole = std::max(2, 2 * static_cast<int>(std::lround(0.3 * std::min(x, y))));
-    cells.rings =
-        cells.hole / 2;  // ring cells at the corners of the block are then no longer than twice their width
+    cells.rings = cells.hole / 2;  // cells at the block's corners then stay below thrice as long as wide
   } else {
     cells.x = evenCount(part.length, cell, 2);
     cells.y = evenCount(part.width, cell, 2);

@@ -72,11 +72,14 @@ TEST_P(PartMaker, MeshIsOneSurfaceOfGoodTriangles) {
 
 INSTANTIATE_TEST_SUITE_P(
     Parts, PartMaker,
-    testing::Values(
-        Part{"Plate", {Shape::plate, 120, 80, 0, 2, 2000}, 1, 9600, 2},
-        Part{"SmallBox", {Shape::box, 50, 40, 30, 2, 500}, 1, 7400, 2},
-        // pockets of 20 x 16 cells, blocks of 10 x 10: a radius of 0.25 x 10 x (160 / 80), 40 corners
-        Part{"Ribbed", {Shape::ribbed, 160, 100, 12, 2, 10000}, -5, ribbedArea(160, 100, 12, 5, 40), 4}),
+    testing::Values(Part{"Plate", {Shape::plate, 120, 80, 0, 2, 2000}, 1, 9600, 2},
+                    Part{"SmallBox", {Shape::box, 50, 40, 30, 2, 500}, 1, 7400, 2},
+                    // pockets of 18 x 14 cells, blocks of 8 x 8: a radius of 0.25 x 8 x 160 / 72, 32 corners
+                    Part{"Ribbed",
+                         {Shape::ribbed, 160, 100, 12, 2, 10000},
+                         -5,
+                         ribbedArea(160, 100, 12, 40.0 / 9, 32),
+                         4}),
     [](const auto& part) { return part.param.name; });
 
 /// Sum over the triangles of a ".PG1" of all corner coordinates: the same whatever the numbers are.

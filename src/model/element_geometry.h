@@ -8,4 +8,7 @@ namespace keld {
 /// without area gets the normal (0, 0, 0).
 void elementGeometry();
 
+/// Releases these columns: once the ElementTable is compact, no stage reads them and their order is lost.
+void releaseElementGeometry();
+
 }  // namespace keld

@@ -1,0 +1,51 @@
+// Geometry of the triangles of the file; see the header.
+#include "model/element_geometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "input/mesh_tables.h"
+#include "model/mesh_access.h"
+
+namespace keld {
+
+namespace {
+
+double cosineAt(const Vector3& corner, const Vector3& a, const Vector3& b) {
+  const Vector3 u = a - corner, v = b - corner;
+  return std::abs(dot(u, v)) / (norm(u) * norm(v));
+}
+
+}  // namespace
+
+void elementGeometry() {
+  ElementTable& t = elementTable;
+  for (auto* column : {&t.nx, &t.ny, &t.nz, &t.area, &t.meanEdge, &t.cornerCosine}) {
+    column->assign(static_cast<std::size_t>(t.elementCount) + 1, 0.0);
+  }
+#pragma omp parallel for schedule(static)
+  for (int e = 1; e <= t.elementCount; ++e) {
+    const auto k = static_cast<std::size_t>(e);
+    if (t.node3[k] == 0) continue;
+    const auto [p1, p2, p3] = cornersOf(e);
+    const Vector3 normal = cross(p2 - p1, p3 - p2);
+    const double length = norm(normal);
+    t.area[k] = 0.5 * length;
+    t.meanEdge[k] = (distance(p2, p3) + distance(p1, p2) + distance(p3, p1)) / 3.0;
+    if (length > 0.0) {
+      t.nx[k] = normal[0] / length;
+      t.ny[k] = normal[1] / length;
+      t.nz[k] = normal[2] / length;
+      t.cornerCosine[k] = std::max({cosineAt(p1, p2, p3), cosineAt(p2, p3, p1), cosineAt(p3, p1, p2)});
+    }
+  }
+}
+
+void releaseElementGeometry() {
+  ElementTable& t = elementTable;
+  for (auto* column : {&t.nx, &t.ny, &t.nz, &t.area, &t.meanEdge, &t.cornerCosine}) {
+    std::vector<double>().swap(*column);
+  }
+}
+
+}  // namespace keld

@@ -39,9 +39,6 @@ struct WedgeOffset {
 };
 WedgeOffset wedgeOffset(const std::array<Vector3, 3>& corner, double thickness);
 
-/// Coordinates of nodes 1 to 3 of a part element.
-std::array<Vector3, 3> cornersOf(int element);
-
 /// The offset vector of a part element; reports D5015 when the triangle is degenerate. Main thread only.
 Vector3 offsetVector(int element);
 

@@ -1,0 +1,227 @@
+// Assembly of the reduced system from the wedge elements; see the header.
+// Elements are formed in blocks by all threads; then each thread adds the block's elements, in element order,
+// to the rows of the nodes that it owns. So every sum has one order, whatever the number of threads.
+#include "model/assembly.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include "input/mesh_tables.h"
+#include "input/prior_fields.h"
+#include "input/process_record.h"
+#include "model/loads.h"
+#include "model/mesh_access.h"
+#include "model/model_tables.h"
+#include "model/pattern.h"
+#include "model/restraint.h"
+#include "model/wedge_element.h"
+#include "run/failure.h"
+#include "run/working_files.h"
+
+namespace keld {
+
+namespace {
+
+constexpr int blockSize = 512;  // elements; 1.4 MB of element matrices
+
+std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagonal; written by assemblePass
+
+Matrix3 tensorOf(const Matrix6& d, const Vector6& strain) {
+  Vector6 q{};
+  for (std::size_t i = 0; i < 6; ++i) {
+    for (std::size_t j = 0; j < 6; ++j) q[i] += d[i][j] * strain[j];
+  }
+  return {{{q[0], q[3], q[4]}, {q[3], q[1], q[5]}, {q[4], q[5], q[2]}}};
+}
+
+/// Forms an element from the tables; k may be null where the load alone is wanted.
+void formElement(int element, bool thermal, ElementMatrix* k, ElementLoad& f) {
+  const auto e = static_cast<std::size_t>(element);
+  const ResidualStressField& field = residualStressField;
+  const auto nodes = wedgeNodesOf(element);
+  const WedgeGeometry geometry =
+      wedgeGeometry(cornersOf(element), elementTable.thickness[e], volumes.meanJacobian);
+  const std::array<Vector3, 3> axes = {field.direction1[e], field.direction2[e], field.direction3[e]};
+  const MaterialConstants& material = materialConstants[field.kindFraction[e] > 0.5 ? 1 : 2];
+  const double a1 = field.orientationValue[e];
+
+  ElementLoading loading;
+  loading.thermal = thermal;
+  loading.stress = stressTensor(field.stress1[e], field.stress2[e], axes[0], axes[1]);
+  if (k != nullptr || thermal) {
+    const Matrix6 d = rotatedStiffness(orientationAverage(material.stiffness, a1), axes);
+    if (k != nullptr) formStiffness(geometry, d, *k);
+    if (thermal) {
+      const double across = material.expansionTransverse, along = material.expansionLongitudinal - across;
+      const Vector3 alpha = {across + along * a1, across + along * (1.0 - a1), across};
+      loading.unitThermal = tensorOf(d, rotatedExpansion(alpha, axes));
+      loading.ambientTemperature = processRecord.ambientTemperature;
+      for (std::size_t i = 0; i < 6; ++i) {
+        loading.nodeTemperature[i] = volumes.nodalTemperature[static_cast<std::size_t>(nodes[i])];
+      }
+    }
+  }
+  formLoad(geometry, loading, f);
+
+  std::array<bool, 6> inFrame{};
+  for (std::size_t i = 0; i < 6; ++i) {
+    inFrame[i] = nodes[i] == boundaryNodes.boundaryNode2 || nodes[i] == boundaryNodes.boundaryNode3;
+  }
+  if (std::find(inFrame.begin(), inFrame.end(), true) != inFrame.end()) {
+    changeBasis(inFrame, restraintFrame, k, f);
+  }
+}
+
+/// Nodes are dealt to the threads by groups of 16, so that neighbours in memory have one owner.
+bool owns(int thread, int threads, int node) { return threads == 1 || (node >> 4) % threads == thread; }
+
+/// Adds the rows of an element that belong to nodes of a thread.
+void addElement(int element, const ElementMatrix* k, const ElementLoad& f, int thread, int threads) {
+  const auto nodes = wedgeNodesOf(element);
+  std::array<int, 6> unknowns;
+  for (std::size_t i = 0; i < 6; ++i) {
+    unknowns[i] = unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(nodes[i])]);
+  }
+  for (std::size_t a = 0; a < 6; ++a) {
+    if (!owns(thread, threads, nodes[a])) continue;
+    const int firstRow = freedoms.nodeFirstRow[static_cast<std::size_t>(nodes[a])];
+    for (int direction = 0; direction < unknowns[a]; ++direction) {
+      const auto row = static_cast<std::size_t>(firstRow + direction);
+      const std::size_t local = 3 * a + static_cast<std::size_t>(direction);
+      systemOfPass.rowLoad[row] += f[local];
+      if (k == nullptr) continue;
+      double* const target = systemOfPass.matrixValue.data() + systemOfPass.rowStart[row];
+      const double* source = k->data() + 18 * local;
+      const int* offset = elementBlockOffset[static_cast<std::size_t>(element)].data() + 6 * a;
+      for (std::size_t b = 0; b < 6; ++b, source += 3) {
+        double* const block = target + offset[b];
+        if (unknowns[b] == 3) {
+          for (int j = 0; j < 3; ++j) block[j] += source[j];
+        } else {
+          for (int j = 0; j < unknowns[b]; ++j) block[j] += source[j];
+        }
+      }
+    }
+  }
+}
+
+void addAllElements(bool withMatrix, bool thermal) {
+  const int count = elementTable.partElementCount;
+  const auto slots = static_cast<std::size_t>(std::min(blockSize, count));
+  std::vector<ElementMatrix> matrix(withMatrix ? slots : 0);
+  std::vector<ElementLoad> load(slots);
+#pragma omp parallel
+  {
+#ifdef _OPENMP
+    const int thread = omp_get_thread_num(), threads = omp_get_num_threads();
+#else
+    const int thread = 0, threads = 1;
+#endif
+    for (int first = 1; first <= count; first += blockSize) {
+      const int last = std::min(first + blockSize - 1, count);
+#pragma omp for schedule(static)
+      for (int e = first; e <= last; ++e) {
+        const auto slot = static_cast<std::size_t>(e - first);
+        formElement(e, thermal, withMatrix ? &matrix[slot] : nullptr, load[slot]);
+      }
+      for (int e = first; e <= last; ++e) {
+        const auto slot = static_cast<std::size_t>(e - first);
+        addElement(e, withMatrix ? &matrix[slot] : nullptr, load[slot], thread, threads);
+      }
+#pragma omp barrier
+    }
+  }
+}
+
+/// Brings the diagonal of the node's second and third row to the front: the node's own columns, c1, c2, c3 at
+/// first, become c2, c3, c1 and c3, c1, c2. In the two rows of a node with two unknowns c3 is a neighbour's
+/// column.
+template <class Value>
+void diagonalFirst(std::vector<Value>& entries) {
+  const int nodes = wedgeNumbering.wedgeNodeCount;
+#pragma omp parallel for schedule(static)
+  for (int n = 1; n <= nodes; ++n) {
+    const auto node = static_cast<std::size_t>(n);
+    for (int shift = 1; shift < unknownsOf(freedoms.nodeRestraint[node]); ++shift) {
+      const auto row = static_cast<std::size_t>(freedoms.nodeFirstRow[node] + shift);
+      Value* const begin = entries.data() + systemOfPass.rowStart[row];
+      const int width = systemOfPass.rowStart[row + 1] - systemOfPass.rowStart[row];
+      std::rotate(begin, begin + shift, begin + std::min(width, 3));
+    }
+  }
+}
+
+/// Ends the run with the first element whose matrix or load isn't finite, when a row shows that there is one.
+[[noreturn]] void failOnElement(bool thermal) {
+  int culprit = 0;
+  for (int e = 1; e <= elementTable.partElementCount && culprit == 0; ++e) {
+    ElementMatrix k;
+    ElementLoad f;
+    formElement(e, thermal, &k, f);
+    const auto bad = [](double value) { return !std::isfinite(value); };
+    if (std::any_of(k.begin(), k.end(), bad) || std::any_of(f.begin(), f.end(), bad)) culprit = e;
+  }
+  vFail(
+      "\n !! Error !!  Stiffness or load of part element %d isn't a finite number: check its thickness and "
+      "nodes in "
+      "\"%s\", its stress in \"%s\", its temperatures and the moduli in \"%s\".\n",
+      culprit, workingFiles.pg1.c_str(), workingFiles.rs1.c_str(), workingFiles.mal.c_str());
+}
+
+void checkFinite(bool withMatrix, bool thermal) {
+  bool finite = true;
+#pragma omp parallel for schedule(static) reduction(&& : finite)
+  for (int row = 1; row <= freedoms.freeDofCount; ++row) {
+    const auto r = static_cast<std::size_t>(row);
+    finite = finite && std::isfinite(systemOfPass.rowLoad[r]);
+    if (!withMatrix) continue;
+    // An entry that isn't finite makes the diagonals of its element's nodes so.
+    finite =
+        finite && std::isfinite(systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])]);
+  }
+  if (!finite) failOnElement(thermal);
+}
+
+void turnRow(std::size_t row) {
+  for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p) {
+    systemOfPass.matrixValue[static_cast<std::size_t>(p)] *= -1.0;
+  }
+}
+
+}  // namespace
+
+void assemblePass(int stressPass, int passCount) {
+  const bool thermal = stressPass == passCount;
+  layOutRows();
+  reportBadElements();
+  addAllElements(true, thermal);
+  diagonalFirst(systemOfPass.columnIndex);
+  diagonalFirst(systemOfPass.matrixValue);
+  checkFinite(true, thermal);
+  turnedRows.clear();
+  for (int row = 1; row <= freedoms.freeDofCount; ++row) {
+    const auto r = static_cast<std::size_t>(row);
+    if (systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])] >= 0.0) continue;
+    turnRow(r);
+    systemOfPass.rowLoad[r] *= -1.0;
+    turnedRows.push_back(row);
+  }
+}
+
+void assembleLoad(int stressPass, int passCount) {
+  const bool thermal = stressPass == passCount;
+  systemOfPass.rowLoad.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+  reportBadElements();
+  addAllElements(false, thermal);
+  checkFinite(false, thermal);
+  for (int row : turnedRows) systemOfPass.rowLoad[static_cast<std::size_t>(row)] *= -1.0;
+}
+
+}  // namespace keld

@@ -54,7 +54,7 @@ enum class Fields {
 struct JobOptions {
   Fields fields = Fields::uniform;
   Polymer polymer = Polymer::pp;
-  double stress1 = 4.0e7, stress2 = 2.0e7;  // dyn/cm2, of uniform fields, along x and y
+  double stress1 = 3.0e7, stress2 = 3.0e7;  // dyn/cm2, of uniform fields, along x and y
   double temperature = 90.0;                // C, of uniform fields
   double ambient = 25.0;                    // C
   int solverChoice = 2;                     // 2 direct, other values multigrid

@@ -2,6 +2,7 @@
 // nodes. Ribs, walls and holes share nodes with the base, so that no node lies twice at one place.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <stdexcept>
 
@@ -53,19 +54,21 @@ double triangleCount(const PartOptions& part, const Cells& cells) {
   return count;
 }
 
-/// The numbers of cells whose triangles come nearest to the wished number.
+/// The numbers of cells whose triangles come nearest to the wished number, among cell sizes around the one
+/// that would give it if cells could be cut anywhere.
 Cells chooseCells(const PartOptions& part) {
   double cell = std::sqrt(2.0 * part.length * part.width / part.triangles);
+  for (int step = 0; step < 10; ++step)
+    cell *= std::sqrt(triangleCount(part, cellsOf(part, cell)) / part.triangles);
   Cells best;
-  double smallestMiss = 1e300;
-  for (int attempt = 0; attempt < 20; ++attempt) {
-    const Cells cells = cellsOf(part, cell);
-    const double count = triangleCount(part, cells);
-    if (const double miss = std::abs(count - part.triangles); miss < smallestMiss) {
-      smallestMiss = miss;
-      best = cells;
-    }
-    cell *= std::pow(count / part.triangles, 0.4);  // below one half, so that rounding does not make it swing
+  double smallestMiss = std::numeric_limits<double>::max();
+  for (int trial = 0; trial < 400; ++trial) {
+    Cells cells = cellsOf(part, cell * (0.8 + 0.001 * trial));
+    if (part.shape != Shape::plate) cells.z += trial % 2;
+    const double miss = std::abs(triangleCount(part, cells) - part.triangles);
+    if (miss >= smallestMiss) continue;
+    smallestMiss = miss;
+    best = cells;
   }
   if (triangleCount(part, best) > 5e7) throw std::invalid_argument("more than 50,000,000 triangles");
   return best;

@@ -59,7 +59,7 @@ TEST_P(PartMaker, MeshIsOneSurfaceOfGoodTriangles) {
       std::max_element(edges.begin(), edges.end(), [](auto& p, auto& q) { return p.second < q.second; });
   const std::set<std::array<double, 3>> places(mesh.nodes.begin(), mesh.nodes.end());
   EXPECT_NEAR(static_cast<double>(mesh.triangles.size()), part.options.triangles,
-              0.06 * part.options.triangles);
+              0.03 * part.options.triangles);
   EXPECT_EQ(static_cast<int>(used.size() + mesh.triangles.size()) - static_cast<int>(edges.size()),
             part.euler);
   EXPECT_EQ(used.size() + mesh.runners.size(),

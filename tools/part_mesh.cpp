@@ -162,6 +162,7 @@ class Builder {
   std::vector<int> blockBorder(const Hole& hole) const {
     const int n = cells_.hole;
     std::vector<int> border;
+    border.reserve(static_cast<std::size_t>(4 * n));
     for (int k = 0; k < n; ++k) border.push_back(base_[at(hole.i + k, hole.j)]);
     for (int k = 0; k < n; ++k) border.push_back(base_[at(hole.i + n, hole.j + k)]);
     for (int k = 0; k < n; ++k) border.push_back(base_[at(hole.i + n - k, hole.j + n)]);

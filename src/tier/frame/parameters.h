@@ -14,10 +14,10 @@ constexpr bool is_set(double value) { return value > -1.0e50; }
 
 /// The store. Logicals hold 0 or -1 for callers, here plain bool.
 namespace parm {
-#define TIER_INTEGER(name, NAME, initial, meaning) extern int name;
-#define TIER_REAL(name, NAME, initial, meaning) extern double name;
-#define TIER_LOGICAL(name, NAME, initial, meaning) extern bool name;
-#define TIER_TEXT(name, NAME, width, initial, meaning) extern std::string name;
+#define TIER_INTEGER(name, NAME, initial, effect, meaning) extern int name;
+#define TIER_REAL(name, NAME, initial, effect, meaning) extern double name;
+#define TIER_LOGICAL(name, NAME, initial, effect, meaning) extern bool name;
+#define TIER_TEXT(name, NAME, width, initial, effect, meaning) extern std::string name;
 #include "tier/frame/parameters.def"
 }  // namespace parm
 

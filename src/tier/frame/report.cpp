@@ -5,12 +5,10 @@
 #include <cstdio>
 
 #include "tier/frame/info.h"
+#include "tier/frame/tier.h"
 
-extern "C" {
 // The default hook does nothing; a program that links the library may define its own.
-[[gnu::weak, gnu::visibility("default")]] void TIER_CURRENT_RESIDUAL(const int* niter, const double* res);
-void TIER_CURRENT_RESIDUAL(const int*, const double*) {}
-}
+[[gnu::weak]] void TIER_CURRENT_RESIDUAL(const int*, const double*) {}
 
 namespace tier {
 

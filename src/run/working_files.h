@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <string>
 
 namespace keld {
@@ -28,8 +29,14 @@ extern WorkingFileSet workingFiles;
 /// Composes the whole set.
 WorkingFileSet composeWorkingFiles(const std::string& baseName, const std::string& installRoot);
 
-/// Opens a file that may still be arriving: up to `attempts` tries with a pause of 1,000 ms after each failed
-/// one. Returns whether the file can be read now.
+/// Whether the file can be opened for reading now.
+bool fileReadable(const std::string& path);
+
+/// Pause after a failed attempt to open a file that may still be arriving; tests shorten it.
+extern std::chrono::milliseconds retryPause;
+
+/// Waits for a file that may still be arriving: up to `attempts` tries, a pause after each failed one.
+/// Returns whether the file can be opened now.
 bool waitForFile(const std::string& path, int attempts = 10);
 
 }  // namespace keld

@@ -1,0 +1,15 @@
+// Reader of the computing settings, ".CPU" or the installation's "Standard/File.CPU".
+// Called by the input stage.
+#pragma once
+
+#include "run/text_reader.h"
+
+namespace keld {
+
+/// Waits for the job's ".CPU", else for that of the installation; without both the run ends.
+void readSolverSettings();
+
+/// Fills solverChoice, bcNode and cycleLimit and echoes the ten lines into the open report.
+void readSettingLines(TextReader& file);
+
+}  // namespace keld

@@ -18,12 +18,14 @@ struct ElementTable {
   std::vector<int> node1, node2, node3;  // lower triangle; node3 = 0 marks a two-node runner element
   std::vector<int> node4, node5, node6;  // upper triangle, filled by the wedge renumbering
   std::vector<double> thickness;         // cm; diameter of a runner element
-  std::vector<double> correctedThickness;  // cm, 0 without the ninth field
-  std::vector<double> thicknessScale;      // 1 / ninth field, else 1.0
-  std::vector<double> nx, ny, nz;          // unit normal of a triangle
-  std::vector<double> area;                // cm2
-  std::vector<double> meanEdge;            // cm, mean length of the three edges
-  std::vector<double> cornerCosine;        // largest |cos| of the corner angles, diagnostics only
+  std::vector<double>
+      correctedThickness;              // cm, 0 without the ninth field; released by the prior-result stage
+  std::vector<double> thicknessScale;  // 1 / ninth field, else 1.0; released likewise
+  std::vector<int> fileOrder;          // element number of each record of the file; released likewise
+  std::vector<double> nx, ny, nz;      // unit normal of a triangle
+  std::vector<double> area;            // cm2
+  std::vector<double> meanEdge;        // cm, mean length of the three edges
+  std::vector<double> cornerCosine;    // largest |cos| of the corner angles, diagnostics only
 };
 
 /// Indexed 1..nodeCount by the file's node number; after the wedge renumbering by wedge node.

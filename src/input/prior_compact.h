@@ -1,0 +1,23 @@
+// The compact ElementTable: part elements first, runner elements behind them, each in file order.
+// Called by the prior-result stage.
+#pragma once
+
+#include <vector>
+
+namespace keld {
+
+/// The file's own element table, by element number.
+struct FileElements {
+  std::vector<int> node1, node2, node3;
+  std::vector<double> thickness;  // cm
+};
+
+/// Saves the file's table and writes the part elements over its first rows; the rows behind them still hold
+/// what the file gave them. Sets partElementCount.
+FileElements compactPartElements();
+
+/// Writes the runner elements behind the part elements and releases the columns that only the file order
+/// needs.
+void appendRunnerElements(const FileElements& file);
+
+}  // namespace keld

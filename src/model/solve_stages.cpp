@@ -1,0 +1,125 @@
+// The analysis driver: pattern, then one or two passes of assembly and solution, down to the displacement
+// vectors. Called by the entry point between the model stage and the results.
+#include "model/solve_stages.h"
+
+#include <chrono>
+#include <cmath>
+#include <memory>
+
+#include "input/prior_fields.h"
+#include "input/process_record.h"
+#include "model/assembly.h"
+#include "model/model_stage.h"
+#include "model/pattern.h"
+#include "model/solve_direct.h"
+#include "model/solve_tier.h"
+#include "model/vector3.h"
+#include "run/failure.h"
+#include "run/streams.h"
+#include "run/working_files.h"
+
+namespace keld {
+
+namespace {
+
+constexpr int direct_path = 2;
+
+double seconds() {
+  using namespace std::chrono;
+  return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
+void reportPass(int stressPass, int passCount) {
+  vPrintMessage(100, stressPass < passCount ? "\n   Solving In-mold Residual Stress effect ......\n"
+                                            : "\n   Solving Demolding Residual Stress effect ......\n\n");
+}
+
+/// First pass: matrix, load and factor. A further one has the same matrix, so that its load alone is formed
+/// and the factor is used again.
+void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver>& solver) {
+  if (!solver) {
+    assemblePass(stressPass, passCount);
+    releasePattern();
+  } else {
+    assembleLoad(stressPass, passCount);
+  }
+  const double start = seconds();
+  if (!solver) {
+    solver = std::make_unique<DirectSolver>(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate),
+                                            inCoreLimit(), scratchFolder(workingFiles.baseName));
+  }
+  const double residual = solver->solve(solution.rowSolution);
+  vPrintMessage(100, "   Solver= MUMPS  steps= 1  relative residual= %.2e  time= %.2f sec\n", residual,
+                seconds() - start);
+}
+
+void solvePassTier(int stressPass, int passCount) {
+  assemblePass(stressPass, passCount);
+  if (stressPass == passCount) releasePattern();
+  const int ierr = solveTier(systemOfPass, solution.rowSolution);
+  if (ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %ld\n", static_cast<long>(ierr));
+  if (ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %ld\n", static_cast<long>(ierr));
+}
+
+}  // namespace
+
+void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
+                       std::vector<double>& displacement) {
+  displacement.assign(static_cast<std::size_t>(freedom.dofCount) + 1, 0.0);
+  for (int row = 1; row <= freedom.freeDofCount; ++row) {
+    if (!std::isfinite(rowSolution[row])) {
+      vFail(
+          "\n !! Error !!  The displacement of degree of freedom %d isn't finite: the system has no usable "
+          "solution. Check thickness, moduli and boundary nodes.\n",
+          freedom.freeDofList[row]);
+    }
+    displacement[freedom.freeDofList[row]] = rowSolution[row];
+  }
+}
+
+void turnToGlobalAxes(const FreedomTables& freedom, const RestraintFrame& frame,
+                      std::vector<double>& displacement) {
+  for (std::size_t node = 1; node < freedom.nodeRestraint.size(); ++node) {
+    if (freedom.nodeRestraint[node] != -2 && freedom.nodeRestraint[node] != -3) continue;
+    double* u = &displacement[freedom.nodeFirstDof[node]];
+    const Vector3 global = u[0] * frame.ex + u[1] * frame.ey + u[2] * frame.ez;
+    for (int c = 0; c < 3; ++c) u[c] = global[c];
+  }
+}
+
+std::vector<int> rowBlocks(const FreedomTables& freedom, const std::vector<int>& nodeMate) {
+  std::vector<int> block(static_cast<std::size_t>(freedom.freeDofCount) + 1, 0);
+  for (int row = 1; row <= freedom.freeDofCount; ++row) {
+    const int node = (freedom.freeDofList[row] - 1) / 3 + 1;  // every wedge node has three freedoms
+    block[row] = std::min(node, nodeMate[node]);
+  }
+  return block;
+}
+
+void analysisDriver() {
+  vPrintMessage(1, "\n   Searching processing ......\n");
+  patternSearch();
+  vPrintMessage(100, "\n   Allocate processing ......\n");
+  vPrintMessage(100, "\n   Generating processing ......\n");
+
+  const int passCount = residualStressValid == 1 ? 2 : 1;
+  solution.displacementInMold.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0.0);
+  std::unique_ptr<DirectSolver> solver;
+  for (int stressPass = 1; stressPass <= passCount; ++stressPass) {
+    reportPass(stressPass, passCount);
+    solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+    if (processRecord.solverChoice == direct_path) {
+      solvePassDirect(stressPass, passCount, solver);
+    } else {
+      solvePassTier(stressPass, passCount);
+    }
+    scatterToFreedoms(freedoms, solution.rowSolution, solution.displacementTotal);
+    turnToGlobalAxes(freedoms, restraintFrame, solution.displacementTotal);
+    if (stressPass < passCount) solution.displacementInMold = solution.displacementTotal;
+  }
+  solver.reset();  // before the tables that it works on
+  systemOfPass = {};
+  solution.rowSolution = {};
+}
+
+}  // namespace keld

@@ -1,0 +1,142 @@
+// The results file ".WR1". Called by the results stage once.
+#include "results/results_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <initializer_list>
+#include <vector>
+
+#include "input/mesh_tables.h"
+#include "input/prior_fields.h"
+#include "model/model_tables.h"
+#include "run/failure.h"
+#include "run/platform.h"
+#include "run/working_files.h"
+
+namespace keld {
+
+namespace {
+
+/// A file that takes its name only when it is whole.
+class PendingFile {
+ public:
+  explicit PendingFile(const std::string& path) : path_(path), pendingPath_(path + ".part") {
+    file_ = std::fopen(pendingPath_.c_str(), "wb");
+    if (file_ == nullptr) fail();
+  }
+  ~PendingFile() {
+    if (file_ != nullptr) std::fclose(file_);
+    if (!whole_) std::remove(pendingPath_.c_str());
+  }
+  PendingFile(const PendingFile&) = delete;
+  PendingFile& operator=(const PendingFile&) = delete;
+
+  void write(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail();
+  }
+  void finish() {
+    if (std::fflush(file_) != 0) fail();
+    std::FILE* const file = file_;
+    file_ = nullptr;
+    if (std::fclose(file) != 0) fail();
+    if (std::rename(pendingPath_.c_str(), path_.c_str()) != 0) fail();
+    whole_ = true;
+  }
+
+ private:
+  [[noreturn]] void fail() const {
+    vFail(
+        "\n !! Error !!  The results file '%s' can't be written: %s. It needs a folder with room where files "
+        "can be made.\n",
+        path_.c_str(), std::strerror(errno));
+  }
+
+  std::string path_, pendingPath_;
+  std::FILE* file_ = nullptr;
+  bool whole_ = false;
+};
+
+/// The first character of a text in UTF-8, with all of its bytes.
+std::string firstCharacter(const std::string& text) {
+  std::size_t length = text.empty() ? 0 : 1;
+  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) ++length;
+  return text.substr(0, length);
+}
+
+std::string fileHead() {
+  const std::string dashes = " ---------------------------------------------------------------------\n";
+  const bool shell = ModelKind == 1;
+  return dashes + " ** KELD/" + (shell ? "Shell3D" : "Surface") + " Keldage Results File **\n\n" +
+         " Date/time : " + localTime("%a %b %e %H:%M:%S %Y\n") +
+         " File path : " + firstCharacter(workingFiles.baseName) + "\n" + dashes +
+         " \n \n[Type_ofStyleStr]\n" + (shell ? "00001\n" : "00002\n") +
+         (residualStressValid == 1 ? "1\n" : "0\n") + "[EOF]\n\n";
+}
+
+std::string blockHead(const char* tag, const char* gap, std::initializer_list<int> strings) {
+  const std::string count = std::to_string(wedgeNumbering.geometryNodeCount);
+  std::string head =
+      std::string("[") + tag + "]\n   Glength= " + count + gap + std::to_string(strings.size()) + "\n";
+  for (int number : strings) {
+    head += "   StrIndx= " + std::to_string(number) + "  |  Long= " + count +
+            "  |  Wide= 1  |  NodElm= 1108  |  Color= 0\n";
+  }
+  return head;
+}
+
+/// Rows 1 to N in order. Threads format parts of a band of rows, the band is then written.
+void writeRows(PendingFile& file, ResultBlock block) {
+  constexpr int rows_of_part = 1024, parts = 32;
+  const int count = wedgeNumbering.geometryNodeCount;
+  std::vector<std::string> text(parts);
+  for (int bandStart = 1; bandStart <= count; bandStart += rows_of_part * parts) {
+#pragma omp parallel for schedule(static)
+    for (int part = 0; part < parts; ++part) {
+      text[part].clear();
+      const int first = bandStart + part * rows_of_part, end = std::min(first + rows_of_part, count + 1);
+      for (int node = first; node < end; ++node) appendRow(text[part], block, node, resultRow(block, node));
+    }
+    for (const std::string& part : text) file.write(part);
+  }
+  file.write("[EOF]\n");
+}
+
+}  // namespace
+
+void appendRow(std::string& text, ResultBlock block, int number, const ResultRow& row) {
+  static constexpr const char* main_gaps[] = {"    ", "     ", "     ", "    ", "    "};
+  static constexpr const char* further_gaps[] = {"    ", "   ", "   ", "  "};
+  constexpr int number_width = 8;
+  const bool isMain = block == ResultBlock::main;
+  char digits[32];
+  char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  if (end - digits < number_width) text.append(static_cast<std::size_t>(number_width - (end - digits)), ' ');
+  text.append(digits, static_cast<std::size_t>(end - digits));
+  for (int i = 0; i < (isMain ? 5 : 4); ++i) {
+    text += isMain ? main_gaps[i] : further_gaps[i];
+    end = std::to_chars(digits, digits + sizeof digits, row[i] * 10.0, std::chars_format::scientific, 3).ptr;
+    text.append(digits, static_cast<std::size_t>(end - digits));
+  }
+  text += '\n';
+}
+
+void writeResultsFile() {
+  PendingFile file(workingFiles.results);
+  file.write(fileHead());
+  file.write(
+      blockHead("Keld_ResultsStr", "   |   Npen= 1   |   Item= ", {24001, 24002, 24003, 24005, 24004}));
+  writeRows(file, ResultBlock::main);
+  const char* const gap = "    |   Npen= 1   |  Item= ";
+  if (residualStressValid == 1) {
+    file.write(blockHead("Keld_Residual_ResultsStr", gap, {24301, 24302, 24303, 24305}));
+    writeRows(file, ResultBlock::residual);
+  }
+  file.write(blockHead("Keld_Thermal_ResultsStr", gap, {24601, 24602, 24603, 24605}));
+  writeRows(file, ResultBlock::thermal);
+  file.finish();
+}
+
+}  // namespace keld

@@ -1,0 +1,17 @@
+// The results stage: sink mark, ".WR1", summary. Last stage of a run.
+#include "results/results_stage.h"
+
+#include "model/sink_mark.h"
+#include "results/result_rows.h"
+#include "results/results_file.h"
+#include "results/summary.h"
+
+namespace keld {
+
+void writeResults() {
+  sinkMark();
+  writeResultsFile();
+  writeSummary(resultExtremes());
+}
+
+}  // namespace keld

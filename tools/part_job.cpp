@@ -198,7 +198,7 @@ constexpr PolymerData ppData{
     0,      0};
 constexpr PolymerData pa66Data{
     "PA66-GF30", 285,
-    80,          180,
+    80,          90,
     2.8e10,      0.39,
     8.0e-5,      {1.03, 6.5e-4, 1.5e9, 5e-3, 0.95, 3.5e-4, 2.2e9, 3e-3, 533.15, 1.5e-8, 0.08, 0.08, 1.2e-9},
     1,           30};

@@ -92,18 +92,13 @@ void applyFillerDefaults() {
   complete(fillerValues.fillerDensity, 2.5);
 }
 
-/// Derives the fraction that wasn't given, with the density of the last kind at its melt temperature.
+/// Derives the fraction that wasn't given, with the density of the last kind at its melt temperature. Where
+/// that gives no number the fraction isn't finite, which is a fault only of kinds that follow the filler
+/// rule.
 void completeFillerFractions() {
   const int kind = processRecord.secondKind == 1 ? 2 : 1;
   const double rho = density(kind, 1e7, processRecord.meltTemperature[static_cast<std::size_t>(kind)]);
   const double filler = fillerValues.fillerDensity;
-  if (!(std::isfinite(rho) && rho > 0.0 && filler > 0.0)) {
-    vFail(
-        "\n !! Error !!  The specific-volume record or the filler density in \"%s\" gives no density at the "
-        "melt "
-        "temperature (%g g/cm3, filler %g g/cm3); the filler fraction can't be converted.\n",
-        workingFiles.mal.c_str(), rho, filler);
-  }
   double& weight = processRecord.fillerWeightFraction;
   double& volume = processRecord.fillerVolumeFraction;
   if (processRecord.fractionKind == 1) {
@@ -119,6 +114,14 @@ void completeFillerFractions() {
       "polymer kind "
       "%d in \"%s\": %s.\n",
       kind, workingFiles.mal.c_str(), reason);
+}
+
+[[noreturn]] void failOnFraction() {
+  vFail(
+      "\n !! Error !!  The filler's weight fraction %g can't be turned into a volume fraction: the "
+      "specific-volume "
+      "record in \"%s\" gives no density at the melt temperature, or the filler density %g isn't positive.\n",
+      processRecord.fillerWeightFraction, workingFiles.mal.c_str(), fillerValues.fillerDensity);
 }
 
 /// A stiffness must be finite and have a positive diagonal.
@@ -191,6 +194,7 @@ void materialSetup() {
     const PolymerRecord& polymer = polymerRecord[static_cast<std::size_t>(kind)];
     const bool isotropic = std::abs(polymer.modulus(1) - polymer.modulus(2)) < 1.0;
     if (filled && isotropic) {
+      if (!std::isfinite(v)) failOnFraction();
       elastic = filledElastic(matrixPhase(polymer), filler, v);
       haveElastic = true;
     } else if (polymer.modulus.count == 2) {

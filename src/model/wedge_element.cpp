@@ -224,6 +224,7 @@ void formStiffness(const WedgeGeometry& geometry, const Matrix6& d, ElementMatri
   mirrorUpperTriangle(k);
 }
 
+// One compiled copy: a load formed alone has the bits of one formed beside its matrix.
 [[gnu::noinline]] void formLoad(const WedgeGeometry& geometry, const ElementLoading& loading,
                                 ElementLoad& f) {
   const auto& [gr, gs, gt] = geometry.gradient;

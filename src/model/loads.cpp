@@ -10,6 +10,7 @@
 #include "model/model_tables.h"
 #include "model/wedge_shape.h"
 #include "run/failure.h"
+#include "run/messages.h"
 #include "run/streams.h"
 #include "run/working_files.h"
 
@@ -106,9 +107,8 @@ void reportBadElements() {
   for (const BadElement& bad : badElements) {
     const long number = bad.element;
     for (int point = 0; point < integrationPointCount; ++point) {
-      if (bad.degenerate) vPrintMessage(1, "\n !! Error D5015 !!  The # %ld element data error.\n", number);
-      vPrintMessage(1, "\n !! Error D5016 !!  Element %ld Determinant value is Negative %le\n", number,
-                    bad.determinant);
+      if (bad.degenerate) vPrintMessage(1, message::D5015, number);
+      vPrintMessage(1, message::D5016, number, bad.determinant);
     }
   }
 }

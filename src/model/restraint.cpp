@@ -8,6 +8,7 @@
 #include "model/mesh_access.h"
 #include "model/model_tables.h"
 #include "run/failure.h"
+#include "run/messages.h"
 #include "run/streams.h"
 
 namespace keld {
@@ -40,8 +41,8 @@ void setUpFrame() {
   const Vector3 p3 = positionOf(boundaryNodes.boundaryNode3);
   const double area = triangleArea(p1, p2, p3);
   if (!(area > 1e-8)) {
-    vPrintMessage(1, "\n !! Error D5014 !!  The triangular area of three boundary nodes= %le\n", area);
-    vPrintMessage(1, "                    May be 3-BC nodes is repeated or located in a line direction\n");
+    vPrintMessage(1, message::D5014, area);
+    vPrintMessage(1, message::D5014Second);
     vEndRun();
   }
   const auto unit = [](const Vector3& v) { return (1.0 / norm(v)) * v; };

@@ -5,6 +5,7 @@
 
 #include "input/mesh_tables.h"
 #include "model/mesh_access.h"
+#include "run/messages.h"
 #include "run/streams.h"
 
 namespace keld {
@@ -53,7 +54,7 @@ Vector3 offsetVector(int element) {
   const WedgeOffset offset =
       wedgeOffset(cornersOf(element), elementTable.thickness[static_cast<std::size_t>(element)]);
   if (offset.degenerate) {
-    vPrintMessage(1, "\n !! Error D5015 !!  The # %ld element data error.\n", static_cast<long>(element));
+    vPrintMessage(1, message::D5015, static_cast<long>(element));
   }
   return offset.d;
 }

@@ -3,6 +3,7 @@
 
 #include "tier/frame/controls.h"
 #include "tier/frame/hierarchy.h"
+#include "tier/setup/setup_state.h"
 
 namespace tier {
 
@@ -11,6 +12,9 @@ void crsng_data(const controls& c);
 
 /// Makes levels 2, 3, ... of `h`, whose level 1 is set; may replace c.nrc by nrc_emergency.
 void create_levels(hierarchy& h, controls& c);
+
+/// What the last set-up counted on each level and why it ended.
+const setup_record& latest_setup();
 
 /// Forms the coarse operators anew from level 1's values over the kept interpolation (re-start 3).
 void recompute_operators(hierarchy& h, const controls& c);

@@ -1,0 +1,22 @@
+// The rows that strength and splitting look at: the matrix of a level, or its primary matrix of points.
+#pragma once
+
+#include "tier/frame/work_arrays.h"
+
+namespace tier {
+
+/// Rows ia[i] .. ia[i+1]-1, i = 1..n, diagonal first; columns of another kind do not couple.
+/// After rwsrt the strong couplings of row i are ia[i]+1 .. ja[ia[i]], the largest one first.
+struct couplings {
+  int n = 0;
+  view<const int> ia;
+  view<int> ja;
+  view<double> a;
+  view<const int> kind;  // [1..n] function of a variable; null where all couple
+
+  int length(int i) const { return ia[i + 1] - ia[i]; }
+  /// Position of the last strong coupling; ia[i] where there is none, 0 where the row is unusable.
+  int last_strong(int i) const { return ja[ia[i]]; }
+};
+
+}  // namespace tier

@@ -1,0 +1,140 @@
+// Bucketed first pass of the splitting.
+#include "tier/setup/first_pass.h"
+
+#include <algorithm>
+
+#include "tier/setup/pcol.h"
+
+namespace tier {
+
+template <class Visit>
+void first_pass::for_strong(int i, Visit visit) const {
+  const int first = g_.ia[i] + 1, last = g_.last_strong(i);
+  for (int p = first; p <= last; ++p) {
+    const int j = g_.ja[p];
+    if (in_block(j)) visit(j);
+  }
+}
+
+void first_pass::allocate_counts() { start_.allocate(std::int64_t{rows()} + 2, "start", "pcol"); }
+
+// start_[j + 2] counts the rows that depend on local variable j; one place further on than usual, so that
+// filling the lists leaves start_ right.
+void first_pass::count() {
+  std::fill_n(start_.data(), start_.size(), 0);
+  int* const counts = start_.data() - lo_ + 2;  // counts[j]: dependents of variable j
+  for (int i = lo_; i <= hi_; ++i)
+    if (state_[i] != state_not_taking_part) for_strong(i, [counts](int j) { ++counts[j]; });
+  int most = 0;
+  for (int k = 3; k <= rows() + 2; ++k) {
+    most = std::max(most, start_[k]);
+    strong_ += start_[k];
+  }
+  highest_ = 2 * most;  // each dependent raises the measure once more when it becomes F
+}
+
+void first_pass::allocate_lists() {
+  dependents_.allocate(strong_, "dependents", "pcol");
+  nodes_.allocate(std::int64_t{rows()} + 1 + highest_, "lists", "pcol");
+}
+
+void first_pass::transpose() {
+  for (int i = lo_; i <= hi_; ++i) {
+    const bool undecided = state_[i] == state_undecided;
+    at(i) = {0, 0, undecided ? start_[i - lo_ + 3] : -1, -1};
+  }
+  start_[1] = start_[2] = 1;
+  for (int k = 3; k <= rows() + 2; ++k) start_[k] += start_[k - 1];
+  int* const next = start_.data() - lo_ + 1;  // next[j]: free place in the list of variable j
+  for (int i = lo_; i <= hi_; ++i)
+    if (state_[i] != state_not_taking_part) for_strong(i, [&](int j) { dependents_[next[j]++] = i; });
+}
+
+void first_pass::insert(int i) {
+  node& v = at(i);
+  node& h = head(v.measure);
+  v.prev = rows() + 1 + v.measure;
+  v.next = h.next;
+  nodes_[h.next].prev = i - lo_ + 1;
+  h.next = i - lo_ + 1;
+}
+
+void first_pass::unlink(int i) {
+  const node& v = at(i);
+  nodes_[v.next].prev = v.prev;
+  nodes_[v.prev].next = v.next;
+}
+
+void first_pass::defer(int i) {
+  node& v = at(i);
+  if (v.deferred >= 0) return;
+  v.deferred = deferred_;
+  deferred_ = i;
+}
+
+// A variable moves once for each C choice, whatever changed its measure, to the young end of its new list.
+void first_pass::relink_deferred() {
+  while (deferred_ != 0) {
+    const int i = deferred_;
+    node& v = at(i);
+    deferred_ = v.deferred;
+    v.deferred = -1;
+    if (v.measure < 0) continue;
+    unlink(i);
+    top_ = std::max(top_, v.measure);
+    insert(i);
+  }
+}
+
+template <bool listed>
+void first_pass::choose(int i) {
+  const int* const starts = start_.data() - lo_;
+  for (int t = starts[i]; t < starts[i + 1]; ++t) {
+    const int j = dependents_[t];
+    node& v = at(j);
+    if (v.measure < 0) continue;
+    state_[j] = state_f;
+    if (listed) unlink(j);
+    v.measure = -1;
+    for_strong(j, [this](int l) {
+      if (at(l).measure < 0) return;
+      ++at(l).measure;
+      if (listed) defer(l);
+    });
+  }
+  for_strong(i, [this](int j) {
+    if (at(j).measure < 0) return;
+    --at(j).measure;
+    if (listed) defer(j);
+  });
+  if (listed) relink_deferred();
+}
+
+void first_pass::run() {
+  transpose();
+  for (int i = lo_; i <= hi_; ++i)
+    if (state_[i] == state_c) choose<false>(i);
+  for (int measure = 0; measure <= highest_; ++measure) {
+    const int self = rows() + 1 + measure;
+    head(measure) = {self, self, -1, -1};
+  }
+  for (int i = lo_; i <= hi_; ++i) {
+    if (at(i).measure < 0) continue;
+    top_ = std::max(top_, at(i).measure);
+    insert(i);
+  }
+  while (top_ > 0) {  // a variable that no row depends on is never chosen
+    const int oldest = head(top_).prev;
+    if (oldest > rows()) {
+      --top_;
+      continue;
+    }
+    const int i = oldest + lo_ - 1;
+    unlink(i);
+    state_[i] = state_c;
+    at(i).measure = -1;
+    choose<true>(i);
+  }
+}
+
+}  // namespace tier

@@ -1,0 +1,60 @@
+// The greedy choice of C-variables on a block of consecutive rows, by bucketed measures.
+// Used by pcol and rcol; a thread runs it on its own block, memory is taken outside of parallel regions.
+#pragma once
+
+#include <cstdint>
+
+#include "tier/frame/work_arrays.h"
+#include "tier/setup/couplings.h"
+
+namespace tier {
+
+/// First pass of Ruge and Stueben on rows lo..hi; couplings that leave the block count for nothing.
+/// Call in order: allocate_counts, count, allocate_lists, run. Time and memory are linear in the block's
+/// strong couplings.
+class first_pass {
+ public:
+  /// state [1..n]: C, FF, not taking part or undecided at the start; run turns undecided ones into C and F.
+  first_pass(const couplings& g, view<int> state, int lo, int hi) : g_(g), state_(state), lo_(lo), hi_(hi) {}
+
+  void allocate_counts();
+  void count();
+  void allocate_lists();
+  void run();
+
+  std::int64_t strong() const { return strong_; }
+
+ private:
+  /// Links and measure of a variable are touched together, so they share a cache line.
+  struct node {
+    int next, prev;
+    int measure;   // rows that depend on it, F ones twice; -1 when decided
+    int deferred;  // link of the deferred list, -1 when not in it
+  };
+
+  int rows() const { return hi_ - lo_ + 1; }
+  node& at(int i) { return nodes_[i - lo_ + 1]; }
+  node& head(int measure) { return nodes_[rows() + 1 + measure]; }
+  bool in_block(int j) const { return j >= lo_ && j <= hi_; }
+  template <class Visit>
+  void for_strong(int i, Visit visit) const;
+  void transpose();
+  void insert(int i);
+  void unlink(int i);
+  void defer(int i);
+  void relink_deferred();
+  template <bool listed>
+  void choose(int i);
+
+  couplings g_;
+  view<int> state_;
+  int lo_, hi_;
+  std::int64_t strong_ = 0;
+  int highest_ = 0;                     // bound of all measures
+  int top_ = 0;                         // highest measure of a non-empty list
+  int deferred_ = 0;                    // head of the deferred list, 0 when empty
+  work_array<int> start_, dependents_;  // rows that depend on a variable, by local number
+  work_array<node> nodes_;
+};
+
+}  // namespace tier

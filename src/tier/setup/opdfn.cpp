@@ -1,0 +1,302 @@
+// Galerkin products by rows of the coarse operator.
+#include "tier/setup/opdfn.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "tier/setup/team.h"
+
+namespace tier {
+
+namespace {
+
+/// Forms coarse rows; each thread has its own with a marker array [1..coarse variables].
+class row_former {
+ public:
+  row_former(const level& fine, bool keep_zeros, int* marker)
+      : fine_(fine), keep_zeros_(keep_zeros), marker_(marker) {}
+
+  /// Entries of coarse row c; the marker holds the last row that had a column.
+  int count(int c) {
+    marker_[c] = c;
+    int entries = 1;
+    visit(c, [&](int m, double) {
+      if (marker_[m] == c) return true;
+      marker_[m] = c;
+      ++entries;
+      return true;
+    });
+    return entries;
+  }
+
+  /// Writes row c from position `start` on, at most up to `limit`; returns the next free position, 0 without
+  /// room. The marker holds positions, those below `start` are of earlier rows.
+  std::int64_t form(int c, std::int64_t start, std::int64_t limit, view<int> ja, view<double> a) {
+    if (start > limit) return 0;
+    int next = static_cast<int>(start);
+    const int first = next;
+    marker_[c] = next;
+    ja[next] = c;
+    a[next] = 0.0;
+    ++next;
+    const bool complete = visit(c, [&](int m, double v) {
+      const int at = marker_[m];
+      if (at >= first) {
+        a[at] += v;
+        return true;
+      }
+      if (next > limit) return false;
+      marker_[m] = next;
+      ja[next] = m;
+      a[next] = v;
+      ++next;
+      return true;
+    });
+    if (complete) return next;
+    for (int p = first; p < next; ++p) marker_[ja[p]] = 0;
+    return 0;
+  }
+
+ private:
+  /// Calls take(column, value) for every product r a_il w_lm of row c until it returns false.
+  template <class Take>
+  bool visit(int c, Take take) const {
+    const level& f = fine_;
+    for (int t = f.rt[c]; t < f.rt[c + 1]; ++t) {
+      const int i = f.jrt[t];
+      const double r = f.wrt[t];
+      for (int p = f.ia[i]; p < f.ia[i + 1]; ++p) {
+        const double v = r * f.a[p];
+        if (v == 0.0 && !keep_zeros_) continue;
+        const int l = f.ja[p];
+        for (int q = f.iw[l]; q < f.iw[l + 1]; ++q)
+          if (!take(f.jw[q], f.w[q] * v)) return false;
+      }
+    }
+    return true;
+  }
+
+  const level& fine_;
+  bool keep_zeros_;
+  int* marker_;
+};
+
+constexpr const char* routine = "opdfn";
+
+/// First coarse row of each thread and the end, thread t has bounds[t] .. bounds[t + 1] - 1.
+std::vector<int> equal_rows(int nc, int team) {
+  std::vector<int> bounds;
+  for (int t = 0; t < team; ++t) {
+    int lo = 1, hi = nc;
+    chunk_of_thread(1, nc, t, team, lo, hi);
+    bounds.push_back(lo);
+  }
+  bounds.push_back(nc + 1);
+  return bounds;
+}
+
+/// The same with equal numbers of products r a_il.
+std::vector<int> equal_work(const level& fine, int nc, int team) {
+  const auto work_of = [&fine](int c) {
+    std::int64_t work = 0;
+    for (int t = fine.rt[c]; t < fine.rt[c + 1]; ++t) work += fine.ia[fine.jrt[t] + 1] - fine.ia[fine.jrt[t]];
+    return work;
+  };
+  std::int64_t total = 0;
+  for (int c = 1; c <= nc; ++c) total += work_of(c);
+  std::vector<int> bounds{1};
+  std::int64_t sum = 0;
+  for (int c = 1; c <= nc; ++c) {
+    while (static_cast<int>(bounds.size()) < team && sum >= total * static_cast<int>(bounds.size()) / team)
+      bounds.push_back(c);
+    sum += work_of(c);
+  }
+  while (static_cast<int>(bounds.size()) <= team) bounds.push_back(nc + 1);
+  return bounds;
+}
+
+/// The work arrays that all variants share.
+struct product {
+  const level& fine;
+  level& coarse;
+  bool keep_zeros;
+  std::vector<int> bounds;
+  work_array<int> markers;  // a column of coarse size for each thread
+
+  int team() const { return static_cast<int>(bounds.size()) - 1; }
+  int lo(int tid) const { return bounds[static_cast<std::size_t>(tid)]; }
+  int hi(int tid) const { return bounds[static_cast<std::size_t>(tid) + 1] - 1; }
+  void allocate_markers() { markers.allocate(std::int64_t{coarse.n} * team(), "marker", routine); }
+  row_former former(int tid) {
+    int* const column = markers.data() + std::int64_t{coarse.n} * tid;
+    std::fill_n(column, coarse.n, 0);
+    return {fine, keep_zeros, column - 1};
+  }
+  /// Runs step(tid) for each part, one to a thread.
+  template <class Step>
+  void for_parts(Step step) {
+    run_team(team(), team(), [&](const row_range& parts) {
+      for (int t = parts.lo; t <= parts.hi; ++t) step(t - 1);
+    });
+  }
+};
+
+void prefix_sum(level& coarse) {
+  coarse.own_ia[1] = 1;
+  for (int c = 1; c <= coarse.n; ++c) coarse.own_ia[c + 1] += coarse.own_ia[c];
+}
+
+void two_sweeps(product& g) {
+  level& coarse = g.coarse;
+  g.allocate_markers();
+  g.for_parts([&g, &coarse](int tid) {
+    row_former rows = g.former(tid);
+    for (int c = g.lo(tid); c <= g.hi(tid); ++c) coarse.own_ia[c + 1] = rows.count(c);
+  });
+  prefix_sum(coarse);
+  const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
+  coarse.own_ja.allocate(entries, "ja", routine);
+  coarse.own_a.allocate(entries, "a", routine);
+  const view<int> ja = coarse.own_ja;
+  const view<double> a = coarse.own_a;
+  g.for_parts([&](int tid) {
+    row_former rows = g.former(tid);
+    for (int c = g.lo(tid); c <= g.hi(tid); ++c) rows.form(c, coarse.own_ia[c], entries, ja, a);
+  });
+}
+
+/// Room for the rest of a sweep, by the rows that are done.
+std::int64_t expected_room(std::int64_t used, int done, int rows) {
+  const double share = static_cast<double>(rows) / std::max(1, done);
+  return static_cast<std::int64_t>(1.05 * share * static_cast<double>(used)) + 1000;
+}
+
+void one_serial_sweep(product& g) {
+  level& coarse = g.coarse;
+  g.allocate_markers();
+  row_former rows = g.former(0);
+  const level& fine = g.fine;
+  std::int64_t room = expected_room(fine.ia[fine.n + 1] - 1, fine.n, coarse.n);
+  coarse.own_ja.allocate(room, "ja", routine);
+  coarse.own_a.allocate(room, "a", routine);
+  coarse.own_ia[1] = 1;
+  for (int c = 1; c <= coarse.n;) {
+    const std::int64_t start = coarse.own_ia[c];
+    const std::int64_t next = rows.form(c, start, room, coarse.own_ja, coarse.own_a);
+    if (next > 0) {
+      coarse.own_ia[++c] = static_cast<int>(next);
+      continue;
+    }
+    room = std::max(expected_room(start, c, coarse.n), room + room / 8);
+    coarse.own_ja.resize(room, "ja", routine);
+    coarse.own_a.resize(room, "a", routine);
+  }
+  const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
+  coarse.own_ja.resize(entries, "ja", routine);
+  coarse.own_a.resize(entries, "a", routine);
+}
+
+/// Rows lo..hi-1 of one thread, in a store that is never copied.
+struct chunk {
+  int lo, hi;
+  std::int64_t used = 0;
+  work_array<int> ja;
+  work_array<double> a;
+};
+
+struct chunk_list {
+  int next;  // row to be formed
+  std::vector<std::unique_ptr<chunk>> chunks;
+};
+
+/// A new chunk for each thread that has rows left; false when there are none.
+bool add_chunks(const product& g, std::vector<chunk_list>& lists) {
+  bool any = false;
+  const level& fine = g.fine;
+  const std::int64_t average = (fine.ia[fine.n + 1] - 1) / fine.n + 1;
+  for (int tid = 0; tid < g.team(); ++tid) {
+    chunk_list& list = lists[static_cast<std::size_t>(tid)];
+    const int rest = g.hi(tid) - list.next + 1;
+    if (rest <= 0) continue;
+    any = true;
+    std::int64_t room = average * rest + 1000;
+    const bool first_row_failed = !list.chunks.empty() && list.chunks.back()->lo == list.next;
+    if (first_row_failed) {
+      room = std::max(room, 2 * list.chunks.back()->ja.size());
+      list.chunks.pop_back();
+    }
+    auto c = std::make_unique<chunk>();
+    c->lo = c->hi = list.next;
+    c->ja.allocate(room, "chunk", routine);
+    c->a.allocate(room, "chunk", routine);
+    list.chunks.push_back(std::move(c));
+  }
+  return any;
+}
+
+void join_chunks(product& g, std::vector<chunk_list>& lists) {
+  level& coarse = g.coarse;
+  prefix_sum(coarse);
+  const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
+  coarse.own_ja.allocate(entries, "ja", routine);
+  coarse.own_a.allocate(entries, "a", routine);
+  for (chunk_list& list : lists) {
+    for (auto& c : list.chunks) {
+      if (c->used > 0) {
+        const std::int64_t start = coarse.own_ia[c->lo];
+        std::memcpy(&coarse.own_ja[start], c->ja.data(), static_cast<std::size_t>(c->used) * sizeof(int));
+        std::memcpy(&coarse.own_a[start], c->a.data(), static_cast<std::size_t>(c->used) * sizeof(double));
+      }
+      c.reset();
+    }
+  }
+}
+
+void one_sweep_in_chunks(product& g) {
+  level& coarse = g.coarse;
+  g.allocate_markers();
+  std::vector<chunk_list> lists;
+  for (int tid = 0; tid < g.team(); ++tid) lists.push_back({g.lo(tid), {}});
+  while (add_chunks(g, lists)) {
+    g.for_parts([&](int tid) {
+      chunk_list& list = lists[static_cast<std::size_t>(tid)];
+      if (list.next > g.hi(tid)) return;
+      chunk& here = *list.chunks.back();
+      row_former rows = g.former(tid);
+      while (list.next <= g.hi(tid)) {
+        const std::int64_t after = rows.form(list.next, here.used + 1, here.ja.size(), here.ja, here.a);
+        if (after == 0) return;
+        coarse.own_ia[list.next + 1] = static_cast<int>(after - 1 - here.used);
+        here.used = after - 1;
+        here.hi = ++list.next;
+      }
+    });
+  }
+  g.markers.release();
+  join_chunks(g, lists);
+}
+
+}  // namespace
+
+void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_zeros) {
+  const bool serial = variant == opdfn_variant::standard;
+  const bool balanced = variant == opdfn_variant::detrlen_mg || variant == opdfn_variant::dynalloc_mg;
+  const int team = serial ? 1 : setup_team(coarse.n);
+  product g{
+      fine, coarse, keep_zeros, balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team), {}};
+  coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", routine);
+  if (serial) {
+    one_serial_sweep(g);
+  } else if (variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg) {
+    two_sweeps(g);
+  } else {
+    one_sweep_in_chunks(g);
+  }
+  coarse.ia = coarse.own_ia;
+  coarse.ja = coarse.own_ja;
+  coarse.a = coarse.own_a;
+}
+
+}  // namespace tier

@@ -1,0 +1,107 @@
+// Coarse/fine splitting: classification of rows, first pass by blocks, clean-up.
+#include "tier/setup/pcol.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/setup/first_pass.h"
+#include "tier/setup/team.h"
+
+namespace tier {
+
+namespace {
+
+/// The state that a row's sort leaves it in.
+int first_state(const couplings& m, const pcol_options& o, int i) {
+  if (o.nprim > 0 && m.kind[i] != o.nprim) return state_not_taking_part;
+  const int last = m.last_strong(i);
+  if (last > m.ia[i]) return state_undecided;
+  if (last == 0 && o.iset_vio_dd >= 1) return state_c;
+  return state_ff;
+}
+
+bool has_strong(const couplings& m, view<const int> state, int i, int wanted) {
+  for (int p = m.ia[i] + 1; p <= m.last_strong(i); ++p)
+    if (state[m.ja[p]] == wanted) return true;
+  return false;
+}
+
+void run_first_pass(const couplings& m, const pcol_options& o, view<int> state) {
+  const int team = o.threads ? setup_team(m.n) : 1;
+  std::vector<std::unique_ptr<first_pass>> blocks;
+  for (int tid = 0; tid < team; ++tid) {
+    int lo = 1, hi = m.n;
+    chunk_of_thread(1, m.n, tid, team, lo, hi);
+    blocks.push_back(std::make_unique<first_pass>(m, state, lo, hi));
+    blocks.back()->allocate_counts();
+  }
+  const auto for_blocks = [&blocks, team](auto step) {
+#pragma omp parallel for num_threads(team) schedule(static, 1) if (team > 1)
+    for (int b = 0; b < team; ++b) step(*blocks[static_cast<std::size_t>(b)]);
+  };
+  for_blocks([](first_pass& block) { block.count(); });
+  for (const auto& block : blocks) block->allocate_lists();
+  trace(1, "pcol:after initialization");
+  for_blocks([](first_pass& block) { block.run(); });
+  trace(1, "pcol:after main coarsening phase");
+}
+
+/// Variables that found no C within their block but have one beyond it.
+void settle_interfaces(const couplings& m, view<int> state) {
+  for (int i = 1; i <= m.n; ++i)
+    if (state[i] == state_undecided && has_strong(m, state, i, state_c)) state[i] = state_f;
+  trace(1, "pcol:after interface_split");
+}
+
+int clean_up(const couplings& m, int nxf_clean, view<int> state) {
+  if (nxf_clean != 1 && nxf_clean != 2)
+    fail(ierr_no_strong_connections, "Illegal option in cleaning up phase (pcol)");
+  int switched = 0;
+  for (int i = 1; i <= m.n; ++i) {
+    if (state[i] != state_undecided) continue;
+    if (nxf_clean == 1 && has_strong(m, state, i, state_f)) continue;
+    state[i] = state_c;
+    ++switched;
+  }
+  return switched;
+}
+
+}  // namespace
+
+split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
+  split_counts n;
+  bool any_strong = false;
+  for (int i = 1; i <= m.n; ++i) {
+    state[i] = first_state(m, o, i);
+    n.fc += state[i] == state_c;
+    any_strong = any_strong || state[i] == state_undecided;
+  }
+  if (any_strong) {
+    run_first_pass(m, o, state);
+    if (o.threads) settle_interfaces(m, state);
+    n.switched = clean_up(m, o.nxf_clean, state);
+  }
+  for (int i = 1; i <= m.n; ++i) {
+    n.c += state[i] > 0;
+    n.ff += state[i] == state_ff;
+    n.xf += state[i] == state_undecided;
+    n.f += state[i] == state_f || state[i] == state_undecided;
+  }
+  n.ratio = static_cast<double>(n.c) / m.n;
+  return n;
+}
+
+void print_split_counts(const split_counts& n, int nstyp) {
+  const std::string head = "pcol(" + std::to_string(nstyp) + "):       ";
+  if (n.switched > 0) message(head + "# status switches XF->C=" + std::to_string(n.switched));
+  char ratio[32];
+  std::snprintf(ratio, sizeof ratio, "%8.6f", n.ratio);
+  message(head + "gratio= " + ratio + " FF/XF/FC=" + std::to_string(n.ff) + "/" + std::to_string(n.xf) + "/" +
+          std::to_string(n.fc));
+}
+
+}  // namespace tier

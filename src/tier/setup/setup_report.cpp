@@ -1,0 +1,106 @@
+// Report of the decoded set-up: approach, primary matrix, weights, Galerkin variant.
+#include <array>
+#include <cstdio>
+#include <string>
+
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
+#include "tier/setup/create_levels.h"
+#include "tier/setup/setup_controls.h"
+
+namespace tier {
+
+namespace {
+
+constexpr const char* indent = "          ";
+constexpr const char* deep_indent = "                           - ";
+
+void approach_line(const char* approach) { message(std::string("Approach: ") + approach + " Details:", 1); }
+
+void report_primary_matrix(const controls& c) {
+  const std::string head = std::string(indent) + "primary matrix P - ";
+  const std::string primary = ", nprim = " + std::to_string(c.nprim);
+  if (c.internal == 0) {
+    message(head + (c.nsys == 1 ? "equals A" : "equals A_[nprim,nprim]" + primary));
+  } else {
+    message(head + (c.nprim == 0 ? "maximal pattern" : "nprim-pattern" + primary));
+    constexpr std::array<const char*, 7> made_from = {"",
+                                                      "based on distances",
+                                                      "based on positions",
+                                                      "based on norms of the A_(i,j), diag.: sum",
+                                                      "based on norms of the A_(i,j), diag.: norm",
+                                                      "one of the special test approaches",
+                                                      "one of the special test approaches"};
+    message(deep_indent + std::string(made_from[static_cast<std::size_t>(c.internal)]));
+  }
+  if (c.nprim != 0)
+    message(std::string(indent) + "primary unknown is " + (c.dummy_primary ? "dummy" : "normal") +
+            " unknown!");
+}
+
+void report_point_based(const controls& c) {
+  constexpr std::array<const char*, 3> forces = {"separate for all unknowns", "same for all unknowns",
+                                                 "block-wise"};
+  approach_line("point-based.");
+  report_primary_matrix(c);
+  message(std::string(indent) + "strong couplings - based on P");
+  message(std::string(indent) + "interpolation    - " + forces[static_cast<std::size_t>(c.nint_force - 1)]);
+  const char* pattern = "SW-pattern of P";
+  if (c.nint_pat == 1)
+    pattern = c.nint_force == 1 ? "SW-pattern of each A_[i,i]" : "SW-pattern of A_[nprim,nprim]";
+  message(std::string(deep_indent) + pattern);
+}
+
+void report_approach(const controls& c) {
+  if (c.nstyp == 1) {
+    approach_line("variable-based.");
+    message(std::string(indent) + "strong couplings - based on full matrix A");
+    message(std::string(indent) + "interpolation    - SW-pattern of full matrix A");
+  } else if (c.nstyp == 2) {
+    approach_line("unknown-based.");
+    message(std::string(indent) + "strong couplings - separate for all unknowns i, based on A_[i,i]");
+    message(std::string(indent) + "interpolation    - SW-pattern of each A_[i,i]");
+  } else {
+    report_point_based(c);
+  }
+}
+
+void report_weights(int nint_weights) {
+  constexpr std::array<const char*, 6> sources = {
+      "", "entries of A", "distances", "positions", "entries of P", "entries of A (spectral norm)"};
+  message(std::string(deep_indent) + "weights based on " + sources[static_cast<std::size_t>(nint_weights)]);
+}
+
+void report_galerkin(const controls& c) {
+  constexpr std::array<const char*, 7> variants = {"",
+                                                   "standard",
+                                                   "determination of row lengths",
+                                                   "determination of row lengths + splitting",
+                                                   "dynamic parallel memory management",
+                                                   "dynamic parallel memory management + splitting",
+                                                   "dynamic memory management using lists"};
+  std::array<char, 80> truncation;
+  if (c.galerkin_eps > 0.0) {
+    std::snprintf(truncation.data(), truncation.size(), "Galerkin: truncation:        yes,  eps = %g",
+                  c.galerkin_eps);
+    message(truncation.data());
+  } else {
+    message("Galerkin: truncation:        no");
+  }
+  message(std::string("          variant:           ") + variants[static_cast<std::size_t>(c.ntyp_galerkin)]);
+}
+
+}  // namespace
+
+void crsng_data(const controls& c) {
+  const setup_controls s = decode_setup(c);
+  if (c.dump_level < 0) return;
+  message("======================", 1);
+  message("AMG setup information");
+  report_approach(c);
+  report_weights(c.nint_weights);
+  report_galerkin(c);
+  if (s.reduce_steps > 1) message("Number of reduce steps: " + std::to_string(s.reduce_steps));
+}
+
+}  // namespace tier

@@ -1,0 +1,50 @@
+// What the steps of one set-up share: hierarchy, controls, what was counted on each level, when it ended.
+// Made by create_levels, handed to strength, splitting and interpolation.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "tier/frame/controls.h"
+#include "tier/frame/hierarchy.h"
+#include "tier/setup/pcol.h"
+#include "tier/setup/rwsrt.h"
+#include "tier/setup/setup_controls.h"
+
+namespace tier {
+
+/// Counters of one level's coarsening.
+struct level_record {
+  strength_counts strength;
+  split_counts split;
+  int turned_c = 0;           // F -> C by the interpolation
+  double ratio = 0.0;         // C-variables after it / variables
+  double mean_weights = 0.0;  // length of an F row
+};
+
+/// Counters of a whole set-up.
+struct setup_record {
+  std::array<level_record, max_levels + 1> at;  // [1..]
+  std::string stop;                             // the rule that ended coarsening, blank: the number of levels
+};
+
+struct setup_state {
+  hierarchy& h;
+  controls& c;
+  const setup_controls s;
+  setup_record& record;
+  bool warn_slow = true;     // the warning of slow coarsening may still come on this level
+  bool split_matrix = true;  // the matrix itself is sorted and split, beside the primary matrix or alone
+
+  bool reports() const { return c.dump_level >= 0; }
+  bool own_unknown() const { return c.nstyp >= 2; }
+  bool by_points() const { return c.nstyp == 3; }
+  bool uses_primary_matrix() const { return by_points() && c.internal > 0; }
+  /// The unknown whose rows alone are sorted and interpolated, 0: all.
+  int effective_nprim() const { return by_points() && c.nint_force != 1 ? c.nprim : 0; }
+};
+
+/// What the steps of a level answer: go on, or the hierarchy ends with this level.
+enum class coarsening { goes_on, stops };
+
+}  // namespace tier

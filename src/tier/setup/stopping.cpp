@@ -1,0 +1,82 @@
+// Rules that end coarsening.
+#include "tier/setup/stopping.h"
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
+
+namespace tier {
+
+namespace {
+
+constexpr int least_variables = 3;  // of either state
+
+std::string less_than(const setup_state& t, const char* variables, const char* points) {
+  return "less than" + std::to_string(least_variables) + (t.by_points() ? points : variables);
+}
+
+coarsening stop_after_split(setup_state& t, const level& lv, const std::string& reason) {
+  apply_emergency_rule(t.c, lv.n);
+  return stop_coarsening(t, reason);
+}
+
+}  // namespace
+
+coarsening stop_coarsening(setup_state& t, const std::string& reason) {
+  t.record.stop = reason;
+  if (t.reports()) message(">>> Coarsening stopped: " + reason);
+  return coarsening::stops;
+}
+
+void apply_emergency_rule(controls& c, int variables) {
+  if (variables > parm::nptmax && c.nrc >= 6 && c.nrc <= 11) c.nrc = parm::nrc_emergency;
+}
+
+coarsening test_size(setup_state& t, const level& lv) {
+  if (lv.n <= t.c.nptmn) return stop_coarsening(t, "low # variables");
+  const double n = lv.n;
+  if (lv.entries() / (n * n) >= parm::densx && lv.n <= parm::nptmax)
+    return stop_coarsening(t, "high density");
+  return coarsening::goes_on;
+}
+
+coarsening test_fine_count(setup_state& t, const level& lv, const split_counts& n) {
+  if (n.f >= least_variables) return coarsening::goes_on;
+  return stop_after_split(t, lv,
+                          less_than(t, " F-variables (not including FF)", " F-points (not including FF)"));
+}
+
+coarsening test_split(setup_state& t, const level& lv, const split_counts& n) {
+  if (n.c < least_variables)
+    return stop_after_split(t, lv, less_than(t, " C-variables (including FC)", " C-points (including FC)"));
+  return test_fine_count(t, lv, n);
+}
+
+coarsening test_coarse_size(setup_state& t, const level& lv, double c_variables) {
+  if (c_variables > t.c.nptmn || lv.n > parm::nptmax) return coarsening::goes_on;
+  return stop_after_split(t, lv, "low # C-variables");
+}
+
+coarsening test_ratio(setup_state& t, int k, double ratio, const char* label) {
+  const auto report = [&t](const std::string& text) {
+    if (t.reports()) message(text);
+  };
+  if (parm::lev_coarsening_too_slow > 0 && parm::lev_coarsening_too_slow == k) {
+    report(std::string("coarsening too slow enforced! ") + label);
+    t.record.stop = "too slow, enforced";
+    apply_emergency_rule(t.c, t.h(k - 1).n);
+    return coarsening::stops;
+  }
+  if (ratio < parm::slow_coarsening) return coarsening::goes_on;
+  if (ratio >= parm::term_coarsening) {
+    warn(warn_slow_coarsening, std::string("Coarsening terminated: inefficient grid reduction! ") + label);
+    t.record.stop = "inefficient grid reduction";
+    apply_emergency_rule(t.c, t.h(k - 1).n);
+    return coarsening::stops;
+  }
+  if (t.warn_slow) info(message_class::warning, std::string("Inefficient coarsening! ") + label);
+  t.warn_slow = false;
+  return coarsening::goes_on;
+}
+
+}  // namespace tier

@@ -37,7 +37,7 @@ template <bool kinds>
 class marker {
  public:
   /// own: scratch for the positions of a row; r: dense scratch of n reals, needed for elimination alone.
-  marker(const couplings& m, const strength_options& o, int type, int* own, double* r)
+  marker(const couplings& m, const strength_options& o, int type, int* own, view<double> r)
       : m_(m), o_(o), type_(type), own_(own), r_(r) {
     counts.all_dominated = o.eps < 1.0;
   }
@@ -243,7 +243,7 @@ class marker {
   const strength_options& o_;
   int type_;
   int* own_;
-  double* r_;
+  view<double> r_;
   int first_ = 0, count_ = 0;
 };
 
@@ -293,7 +293,8 @@ strength_counts sort_all(const couplings& m, const strength_options& o, int type
   run_team(m.n, team, [&](const row_range& rows) {
     double* const column_of_thread = r.data() + dense * rows.tid;
     std::fill_n(column_of_thread, dense, 0.0);
-    marker<kinds> pass(m, o, type, own.data() + std::int64_t{longest} * rows.tid, column_of_thread - 1);
+    marker<kinds> pass(m, o, type, own.data() + std::int64_t{longest} * rows.tid,
+                       view<double>(column_of_thread));
     const auto primary = [&](int i) { return o.nprim == 0 || m.kind[i] == o.nprim; };
     for (int i = rows.lo; i <= rows.hi; ++i) {
       if (!primary(i)) continue;

@@ -10,7 +10,7 @@
 #include <map>
 #include <sstream>
 
-#include "support/sparse_system.h"
+#include "support/tier/sparse_system.h"
 #include "tier/frame/threads.h"
 #include "tier/setup/create_levels.h"
 

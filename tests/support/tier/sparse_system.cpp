@@ -1,5 +1,5 @@
 // Makers and reader of sparse test systems.
-#include "support/sparse_system.h"
+#include "support/tier/sparse_system.h"
 
 #include <algorithm>
 #include <fstream>

@@ -77,6 +77,7 @@ DirectSolver::DirectSolver(CompressedSystem& system, std::span<const int> rowBlo
     reorder();
     limitMemory(memoryLimit, folder);
     factor();
+    checkRegular();
   } catch (...) {  // a constructor that throws has no destructor
     instance_->job = job_end;
     dmumps_c(instance_.get());
@@ -197,7 +198,7 @@ void DirectSolver::factor() {
   if (instance_->infog[negative_pivots] > 0) {
     vFail(
         "\n !! Error !!  The stiffness matrix isn't positive definite: %d negative pivots (direct solver). "
-        "Check thickness and moduli.\n",
+        "Check thickness and moduli, and that all triangles hang together.\n",
         instance_->infog[negative_pivots]);
   }
   rowIndex_ = {};
@@ -205,12 +206,41 @@ void DirectSolver::factor() {
   blockUnknown_ = {};
 }
 
-double DirectSolver::solve(std::span<double> unknowns) {
-  std::copy_n(system_.rowLoad.begin() + 1, n_, unknowns.begin() + 1);
+/// A part in two pieces, or with a piece on a hinge, has a singular matrix whose loads are balanced all the
+/// same, so that the residual of any position of the loose piece is small. Hence a load that isn't balanced:
+/// in the unknowns scaled to a unit diagonal its answer exceeds it by at most the condition of the matrix.
+void DirectSolver::checkRegular() {
+  std::vector<double> probe(static_cast<std::size_t>(n_) + 1), scale(probe.size());
+  double loadSquare = 0.0, answerSquare = 0.0;
+  for (int row = 1; row <= n_; ++row) {
+    const double load = 1.0 + 0.25 * (row % 7);  // out of step with the three directions
+    scale[row] = std::sqrt(system_.matrixValue[system_.rowStart[row]]);
+    probe[row] = scale[row] * load;
+    loadSquare += load * load;
+  }
+  solveInPlace(probe);
+  for (int row = 1; row <= n_; ++row) answerSquare += probe[row] * probe[row] * scale[row] * scale[row];
+  const double growth = std::sqrt(answerSquare / loadSquare);
+  if (!(growth < growthLimit)) {
+    vFail(
+        "\n !! Error !!  The stiffness matrix is singular: the part isn't held in place (a load grows by "
+        "%.1e in "
+        "the direct solver, the limit is %.0e). Do all triangles hang together, by more than a corner or a "
+        "hinge?\n",
+        growth, growthLimit);
+  }
+}
+
+void DirectSolver::solveInPlace(std::span<double> unknowns) {
   instance_->nrhs = 1;
   instance_->lrhs = n_;
   instance_->rhs = unknowns.data() + 1;
   runJob(job_solve, "solve");
+}
+
+double DirectSolver::solve(std::span<double> unknowns) {
+  std::copy_n(system_.rowLoad.begin() + 1, n_, unknowns.begin() + 1);
+  solveInPlace(unknowns);
   const double residual = relativeResidual(unknowns);
   if (!(residual <= residualLimit)) {
     vFail("\n !! Error !!  The direct solution is wrong: its relative residual is %.3e, the limit is %.0e.\n",

@@ -19,10 +19,10 @@ int inCoreLimit();
 std::string scratchFolder(const std::string& baseName);
 
 /// LDL^T factor of a symmetric positive definite matrix, kept until the object goes. Any failure of the
-/// library, a matrix that isn't symmetric or not positive definite and a residual that isn't small end the
-/// run with a message that gives codes and figures.
-/// MUMPS: Amestoy, Duff, L'Excellent, Koster, SIAM J. Matrix Anal. Appl. 23 (2001) 15-41.
-/// PORD ordering: Schulze, BIT 41 (2001) 800-841.
+/// library, a matrix that isn't symmetric, not positive definite or singular to
+/// working precision, and a residual that isn't small end the run with a message that gives codes and
+/// figures. MUMPS: Amestoy, Duff, L'Excellent, Koster, SIAM J. Matrix Anal. Appl. 23 (2001) 15-41. PORD
+/// ordering: Schulze, BIT 41 (2001) 800-841.
 class DirectSolver {
  public:
   /// Factors at once. Of `system` it keeps the upper triangle alone, rows in the order they had: rowStart,
@@ -44,6 +44,8 @@ class DirectSolver {
   bool outOfCore() const { return outOfCore_; }
 
   static constexpr double residualLimit = 1e-6;
+  static constexpr double growthLimit =
+      1e14;  // 2e10 for a wall of 1/2000 of its length, above 1e16 for loose pieces
 
  private:
   struct Instance;  // the library's own record
@@ -53,6 +55,8 @@ class DirectSolver {
   void reorder();
   void limitMemory(int memoryLimit, const std::string& folder);
   void factor();
+  void checkRegular();
+  void solveInPlace(std::span<double> unknowns);
   void runJob(int job, const char* step);
   double relativeResidual(std::span<const double> unknowns) const;
 

@@ -1,0 +1,105 @@
+// The program as an application starts it: golden files, odd surroundings, parts that have no answer.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include "part_maker.h"
+#include "support/job.h"
+
+namespace keld::testing_support {
+namespace {
+
+ScratchJob caseJob(const std::string& name, const std::string& stem = "job") {
+  ScratchJob job = ScratchJob::copyOf(std::filesystem::path(CASES_FOLDER) / name, stem);
+  job.chooseSolver(2);
+  return job;
+}
+
+/// Replaces what differs from run to run: times, paths, the machine's processors.
+std::string masked(const std::string& text) {
+  static const std::regex changing(
+      "(Date/time : |Software Released Time: KELD/C-Style  |File path : |Number of processor= *|"
+      "run-time system= *|of running process= *|CPU Time     \\*\\*  : |Recorded - )[^\n]*");
+  return std::regex_replace(text, changing, "$1...");
+}
+
+class Golden : public testing::TestWithParam<const char*> {};
+
+/// To make new ones after a wanted change: run with KELD_WRITE_GOLDEN=1 and look at the difference.
+TEST_P(Golden, ReportAndResultsAreThoseOfTheFiles) {
+  const ScratchJob job = caseJob(GetParam());
+
+  ASSERT_EQ(job.run().status, 0);
+
+  for (const char* suffix : {".WD1", ".WR1"}) {
+    const std::filesystem::path golden =
+        std::filesystem::path(RUNS_FOLDER) / (GetParam() + std::string(suffix));
+    const std::string found = masked(job.read(suffix));
+    if (std::getenv("KELD_WRITE_GOLDEN") != nullptr) std::ofstream(golden, std::ios::binary) << found;
+    EXPECT_EQ(found, readText(golden)) << suffix;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Golden, testing::Values("ribbed-everything", "cup-refused-stress"),
+                         [](const auto& name) {
+                           return std::regex_replace(std::string(name.param), std::regex("-"), "_");
+                         });
+
+struct Surroundings {
+  const char* name;
+  const char* stem;
+  const char* prefix;
+  const char* redirection;
+};
+
+class WholeRun : public testing::TestWithParam<Surroundings> {};
+
+TEST_P(WholeRun, GivesTheSameFilesAnywhere) {
+  const ScratchJob plain = caseJob("box-filled"), odd = caseJob("box-filled", GetParam().stem);
+  ASSERT_EQ(plain.run().status, 0);
+
+  const ScratchJob::Outcome outcome = odd.run(GetParam().prefix, GetParam().redirection);
+
+  ASSERT_EQ(outcome.status, 0) << outcome.console;
+  EXPECT_EQ(masked(odd.read(".WR1")), masked(plain.read(".WR1")));
+  EXPECT_EQ(masked(odd.read(".WD1")), masked(plain.read(".WD1")));
+  EXPECT_THAT(odd.read(".WD1"), testing::HasSubstr(" File path : " + odd.base() + "\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Surroundings, WholeRun,
+                         testing::Values(Surroundings{"BlanksAndLetters", "Gehäuse № 5 ü", "", "</dev/null"},
+                                         Surroundings{"ClosedInput", "job", "", "<&-"},
+                                         Surroundings{"DecimalComma", "job", "LC_ALL=de_DE.UTF-8",
+                                                      "</dev/null"},
+                                         Surroundings{"OneThread", "job", "OMP_NUM_THREADS=1", "</dev/null"}),
+                         [](const auto& where) { return std::string(where.param.name); });
+
+/// Two plates side by side: three nodes hold one of them, the other has no place.
+TEST(WholeRun, APartInTwoPiecesIsRefused) {
+  part_maker::Mesh mesh = part_maker::makeMesh({.triangles = 2000});
+  const int nodes = static_cast<int>(mesh.nodes.size());
+  const std::size_t triangles = mesh.triangles.size();
+  for (int n = 0; n < nodes; ++n)
+    mesh.nodes.push_back({mesh.nodes[n][0] + 200.0, mesh.nodes[n][1], mesh.nodes[n][2]});
+  for (std::size_t e = 0; e < triangles; ++e) {
+    const auto& corner = mesh.triangles[e];
+    mesh.triangles.push_back({corner[0] + nodes, corner[1] + nodes, corner[2] + nodes});
+    mesh.zone.push_back(mesh.zone[e]);
+    mesh.thickness.push_back(mesh.thickness[e]);
+  }
+  const ScratchJob job;
+  part_maker::writeJob(job.base(), mesh, {});
+  std::filesystem::create_directory_symlink(INSTALL_FOLDER, job.folder() / "install");
+
+  const ScratchJob::Outcome outcome = job.run();
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.console, testing::HasSubstr("hang together"));
+  EXPECT_FALSE(job.has(".WR1"));
+}
+
+}  // namespace
+}  // namespace keld::testing_support

@@ -1,0 +1,37 @@
+// Tables of shell model processing: pairs across the wall, thickness classes and connector bars.
+// Written and read by the shell_*.cpp files of this folder in a Shell run alone.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace keld {
+
+/// Elements are 1..elementTable.elementCount (triangles and runners of the file), connector rows stand behind
+/// them in the ElementTable up to `runningCount`. Entry 0 of every table is unused.
+struct ShellTables {
+  int runningCount = 0;                // elements of the file plus connector rows
+  std::vector<int> elementPartner;     // element across the wall, 0: none
+  std::vector<char> elementSplitFlag;  // 1: thick element, which takes no part in pairing
+  std::vector<int> elementKind;        // 1 element of the file, -1 connector of passes 1 and 2, -2 of pass 3
+  std::vector<int>
+      partElementNumber;             // file's element number to compact number; written by the prior results
+  std::vector<char> thicknessClass;  // per node 0, 1 or 2
+  std::vector<char> featureNode;     // per node 0 or 1
+  std::vector<int> connectorUse;     // per node, connectors that end there
+  double characteristicThickness = 0.0;  // cm
+};
+
+extern ShellTables shell;
+
+/// Lists of variable length, one per index 1..n: items(i) in the order of their making.
+struct IncidenceLists {
+  std::vector<int> start, item;
+  const int* begin(int i) const { return item.data() + start[static_cast<std::size_t>(i)]; }
+  const int* end(int i) const { return item.data() + start[static_cast<std::size_t>(i) + 1]; }
+  int count(int i) const {
+    return start[static_cast<std::size_t>(i) + 1] - start[static_cast<std::size_t>(i)];
+  }
+};
+
+}  // namespace keld

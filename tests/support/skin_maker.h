@@ -16,6 +16,9 @@ struct BoxSkin {
   std::array<int, 3> cells;
   std::vector<int> partner;  // [1..elementCount]
 
+  BoxSkin(const std::array<double, 3>& sides, const std::array<int, 3>& quadrilaterals)
+      : size(sides), cells(quadrilaterals) {}
+
   void fillTables() {
     elementTable = {};
     nodeTable = {};

@@ -39,7 +39,7 @@ void prepareShellTables() {
 }
 
 BoxSkin plateSkin(int cells = 8) {
-  BoxSkin skin{{4.0, 3.0, 0.2}, {cells, cells, 1}, {}};
+  BoxSkin skin{{4.0, 3.0, 0.2}, {cells, cells, 1}};
   skin.fillTables();
   elementGeometry();
   prepareShellTables();
@@ -90,7 +90,7 @@ TEST(ShellSearch, FindsTheNearestPointAndTheBoxesAsAFullScanDoes) {
       bool inside = true;
       for (int axis = 0; axis < 3; ++axis)
         inside = inside && low[k][axis] <= at[axis] && at[axis] <= high[k][axis];
-      if (inside) ASSERT_TRUE(std::find(found.begin(), found.end(), k) != found.end()) << k;
+      ASSERT_TRUE(!inside || std::find(found.begin(), found.end(), k) != found.end()) << k;
     }
   }
 }

@@ -34,6 +34,16 @@ FileElements compactPartElements() {
   return file;
 }
 
+std::vector<int> partElementNumbers(const FileElements& file) {
+  std::vector<int> compact(file.node3.size(), 0);
+  int row = 0;
+  for (std::size_t record = 1; record < elementTable.fileOrder.size(); ++record) {
+    const auto element = static_cast<std::size_t>(elementTable.fileOrder[record]);
+    if (file.node3[element] > 0) compact[element] = ++row;
+  }
+  return compact;
+}
+
 void appendRunnerElements(const FileElements& file) {
   copyElements(file, false, static_cast<std::size_t>(elementTable.partElementCount));
   elementTable.correctedThickness = {};

@@ -7,6 +7,8 @@
 #include "input/mesh_tables.h"
 #include "input/prior_compact.h"
 #include "input/prior_results.h"
+#include "model/element_geometry.h"
+#include "model/shell_processing.h"
 #include "run/failure.h"
 #include "run/streams.h"
 #include "run/working_files.h"
@@ -35,10 +37,10 @@ void reportExtent() {
   vPrintMessage(1, "   Part Max. Extent= %.2lf  cm\n", largest);
 }
 
-/// Place of the element geometry and the model processing of a Shell run, which set the final thickness of
-/// the elements while the ElementTable is in file order. No input selects such a run.
-void shellModelHook() {
-  vFail("\n !! Error !!  Shell model processing isn't part of this version (prior results).\n");
+/// A Shell run sets the final thickness of the elements while the ElementTable is in file order.
+void processShellModel() {
+  elementGeometry();
+  shellProcessing();
 }
 
 FileState stateOf(const RecordCheck& check) {
@@ -101,8 +103,9 @@ void reportLosses(const PriorFiles& files) {
 
 void readPriorResults() {
   reportExtent();
-  if (ModelKind == 1) shellModelHook();
+  if (ModelKind == 1) processShellModel();
   const FileElements elements = compactPartElements();
+  if (ModelKind == 1) translatePartners(partElementNumbers(elements));
   clearPriorFields();
   PriorFiles files;
   files.stress = readStressFile(elements);

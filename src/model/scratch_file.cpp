@@ -11,7 +11,7 @@
 #include <iterator>
 
 #include "input/mesh_tables.h"
-#include "model/model_tables.h"
+#include "model/vector3.h"
 #include "model/shell_tables.h"
 #include "run/working_files.h"
 

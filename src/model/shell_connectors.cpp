@@ -6,7 +6,7 @@
 #include <cmath>
 #include <unordered_set>
 
-#include "input/mesh_tables.h"
+#include "model/mesh_access.h"
 #include "model/shell_neighbours.h"
 #include "model/shell_search.h"
 
@@ -16,11 +16,9 @@ namespace {
 
 bool isTriangle(int e) { return elementTable.node3[e] != 0; }
 
-std::array<int, 3> cornersOf(int e) {
+std::array<int, 3> nodesOf(int e) {
   return {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]};
 }
-
-Vector3 positionOf(int node) { return {nodeTable.x[node], nodeTable.y[node], nodeTable.z[node]}; }
 
 double normalCosine(int e, int k) {
   return std::abs(elementTable.nx[e] * elementTable.nx[k] + elementTable.ny[e] * elementTable.ny[k] +
@@ -54,14 +52,14 @@ class ConnectorMaker {
       if (!isTriangle(e) || !unflagged(e) || p <= 0 || !isTriangle(p) || !unflagged(p)) continue;
       const double cosine = normalCosine(e, p);
       if (rules.cosineMayBeEqual ? cosine < rules.leastCosine : cosine <= rules.leastCosine) continue;
-      for (const int a : cornersOf(e)) tryCorner(pass, e, p, a);
+      for (const int a : nodesOf(e)) tryCorner(pass, e, p, a);
     }
   }
 
  private:
   /// Nearest corner of p, a tie going to the later one; 0 when none is in reach.
   int nearestCorner(int p, int a, double& length) const {
-    const auto corners = cornersOf(p);
+    const auto corners = nodesOf(p);
     length = radius_;
     int nearest = 0;
     for (const int b : corners) {
@@ -105,7 +103,7 @@ class ConnectorMaker {
 
   bool midpointInTriangle(int a, int b) {
     const Vector3 pa = positionOf(a), pb = positionOf(b);
-    const Vector3 m{(pa[0] + pb[0]) / 2.0, (pa[1] + pb[1]) / 2.0, (pa[2] + pb[2]) / 2.0};
+    const Vector3 m = 0.5 * (pa + pb);
     boxes_.candidates(m, candidates_);
     return std::any_of(candidates_.begin(), candidates_.end(), [&](int k) { return liesIn(m, k); });
   }
@@ -146,7 +144,7 @@ class ConnectorMaker {
     high_.assign(count, {0.0, 0.0, 0.0});
     for (int e = 1; e <= elementTable.elementCount; ++e) {
       if (!isTriangle(e)) continue;
-      const auto corners = cornersOf(e);
+      const auto corners = nodesOf(e);
       const Vector3 first = positionOf(corners[0]);
       for (int axis = 0; axis < 3; ++axis) {
         low_[e][axis] = first[axis] - 1e-5;
@@ -187,7 +185,7 @@ EndThickness thicknessAtEnds(const IncidenceLists& elementsAtNode, int p, int q)
   const int *iEnd = elementsAtNode.end(p), *jEnd = elementsAtNode.end(q);
   while (i != iEnd || j != jEnd) {
     const int e = j == jEnd || (i != iEnd && *i <= *j) ? *i : *j;
-    for (const int corner : cornersOf(e))
+    for (const int corner : nodesOf(e))
       if (corner == p || corner == q) {
         result.sum += elementTable.thickness[e];
         ++result.count;

@@ -11,7 +11,7 @@ ShellTables shell;
 
 namespace {
 
-std::array<int, 3> cornersOf(int e) {
+std::array<int, 3> nodesOf(int e) {
   return {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]};
 }
 
@@ -23,7 +23,7 @@ bool isTriangle(int e) { return elementTable.node3[e] != 0; }
 
 template <class Visit>
 void forEachDistinctCorner(int e, Visit visit) {
-  const auto c = cornersOf(e);
+  const auto c = nodesOf(e);
   visit(c[0]);
   if (c[1] != c[0]) visit(c[1]);
   if (c[2] != 0 && c[2] != c[0] && c[2] != c[1]) visit(c[2]);
@@ -36,7 +36,7 @@ int withShorterList(const IncidenceLists& lists, int nodeA, int nodeB) {
 
 template <class Visit>
 void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit visit) {
-  const auto c = cornersOf(e);
+  const auto c = nodesOf(e);
   for (int edge = 0; edge < 3; ++edge) {
     const int a = c[edge], b = c[(edge + 1) % 3];
     const int shorter = withShorterList(trianglesAtNode, a, b);

@@ -1,6 +1,7 @@
 // Order of the steps of shell model processing.
 #include "model/shell_processing.h"
 
+#include <array>
 #include <vector>
 
 #include "input/mesh_tables.h"
@@ -101,6 +102,8 @@ void raiseThinElements() {
 }  // namespace
 
 void shellProcessing() {
+  const std::size_t rows = elementTable.node1.size();
+  const std::array nodesOfFile{elementTable.node1, elementTable.node2, elementTable.node3};
   clearTables();
   if (readScratchFile()) {
     vPrintMessage(1, "\n # Shell model processing has been done ......\n\n");
@@ -109,6 +112,13 @@ void shellProcessing() {
     fullProcessing();
   }
   raiseThinElements();
+
+  // The finite-element model is made of the file's own elements: connector rows go.
+  elementTable.node1 = nodesOfFile[0];
+  elementTable.node2 = nodesOfFile[1];
+  elementTable.node3 = nodesOfFile[2];
+  elementTable.thickness.resize(rows);
+  elementTable.area.resize(rows);
   // The tables of this stage alone; pairs and characteristic thickness stay.
   shell.elementKind = {};
   shell.featureNode = {};
@@ -116,13 +126,11 @@ void shellProcessing() {
   elementTable.cornerCosine = {};
 }
 
-void translatePartners() {
-  std::vector<int> compact(shell.elementPartner.size(), 0);
-  for (std::size_t e = 1; e < shell.elementPartner.size(); ++e) {
-    const int row = shell.partElementNumber[e], partner = shell.elementPartner[e];
-    if (row > 0 && partner > 0) compact[static_cast<std::size_t>(row)] = shell.partElementNumber[partner];
-  }
-  shell.elementPartner.swap(compact);
+void translatePartners(const std::vector<int>& compact) {
+  std::vector<int> translated(shell.elementPartner.size(), 0);
+  for (std::size_t e = 1; e < translated.size(); ++e)
+    if (compact[e] > 0) translated[static_cast<std::size_t>(compact[e])] = compact[shell.elementPartner[e]];
+  shell.elementPartner.swap(translated);
 }
 
 }  // namespace keld

@@ -2,13 +2,16 @@
 // Called by the prior-result stage in a Shell run alone.
 #pragma once
 
+#include <vector>
+
 namespace keld {
 
 /// Leaves the final thickness of every element of the file in the ElementTable. Needs the element geometry.
 /// A scratch file of a former run on the same mesh takes the place of the work.
 void shellProcessing();
 
-/// Element numbers of the pairs turned from the file's to compact ones by shell.partElementNumber.
-void translatePartners();
+/// Turns the element numbers of the pairs from the file's to compact ones; `compact` holds the compact number
+/// of each element of the file, 0 for a runner element.
+void translatePartners(const std::vector<int>& compact);
 
 }  // namespace keld

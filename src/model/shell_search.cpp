@@ -7,11 +7,6 @@
 
 namespace keld {
 
-double distance(const Vector3& a, const Vector3& b) {
-  const double dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
-  return std::sqrt(dx * dx + dy * dy + dz * dz);
-}
-
 PointGrid::PointGrid(const std::vector<Vector3>& points, const std::vector<int>& members) : points_(points) {
   if (members.empty()) {
     start_.assign(2, 0);

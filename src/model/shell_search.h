@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "model/model_tables.h"
+#include "model/vector3.h"
 
 namespace keld {
 
@@ -46,7 +46,5 @@ class BoxGrid {
   std::vector<Entry> entries_;  // sorted by key
   std::vector<int> levels_;     // exponents of the cell sizes in use
 };
-
-double distance(const Vector3& a, const Vector3& b);
 
 }  // namespace keld

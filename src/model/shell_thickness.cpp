@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "input/mesh_tables.h"
+#include "model/mesh_access.h"
 #include "model/shell_search.h"
 
 namespace keld {
@@ -47,14 +47,8 @@ double meanOfNeighbours(const IncidenceLists& neighbours, int e, Condition takes
 }
 
 Vector3 centroid(int e) {
-  Vector3 c{};
-  for (const int n : {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]}) {
-    c[0] += nodeTable.x[n];
-    c[1] += nodeTable.y[n];
-    c[2] += nodeTable.z[n];
-  }
-  for (double& v : c) v /= 3.0;
-  return c;
+  const auto corner = cornersOf(e);
+  return (1.0 / 3.0) * (corner[0] + corner[1] + corner[2]);
 }
 
 /// Replaces each triangle's thickness by the mean of its neighbours when all of them (one at least) satisfy

@@ -1,6 +1,7 @@
 // The results stage: sink mark, ".WR1", summary. Last stage of a run.
 #include "results/results_stage.h"
 
+#include "input/mesh_tables.h"
 #include "model/sink_mark.h"
 #include "results/result_rows.h"
 #include "results/results_file.h"
@@ -9,7 +10,10 @@
 namespace keld {
 
 void writeResults() {
-  sinkMark();
+  if (ModelKind == 1)
+    shellSinkMark();
+  else
+    sinkMark();
   writeResultsFile();
   writeSummary(resultExtremes());
 }

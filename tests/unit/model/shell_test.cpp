@@ -315,7 +315,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Scene{"OnOneTriangle", [] { addElement(1, 4, 2); }, {-2, -2}},
                     Scene{"MidpointInTriangle",
                           [] {
-                            nodeTable.x.insert(nodeTable.x.end(), {-0.1, 0.2, -0.1});
+                            nodeTable.x.insert(nodeTable.x.end(), {-0.1, 0.3, -0.1});
                             nodeTable.y.insert(nodeTable.y.end(), {-0.1, -0.1, 0.2});
                             nodeTable.z.insert(nodeTable.z.end(), {0.1, 0.1, 0.1});
                             nodeTable.nodeCount = 9;
@@ -555,6 +555,7 @@ TEST(ShellRun, GoesFromThePairingTableToTheResultsFile) {
   job.write("", pairs);
   job.remove(".PT1");
   job.remove(".BC1");
+  job.chooseSolver(2);
   workingFiles = composeWorkingFiles(job.base(), job.install());
   vOpenMessageFile(OpenMode::empty);
   vCloseMessageFile();

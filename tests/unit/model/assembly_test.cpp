@@ -197,35 +197,6 @@ TEST_F(Assembly, UniformStressInThePlaneIsSolvedByTheStrainOfTheCompliance) {
   }));
 }
 
-TEST_F(Assembly, NothingPullsAtAPartAsColdAsItsSurroundings) {
-  loadModel(plateMesh(3, 3, 3.0, 3.0));
-  for (double& t : elementTemperatureField.sideTemperature1) t = 300.0;
-  for (double& t : elementTemperatureField.sideTemperature2) t = 250.0;
-  assemble();
-  EXPECT_EQ(largestOf(systemOfPass.rowLoad), 0.0);
-}
-
-TEST_F(Assembly, EnergyDoesNotDependOnPlaceAndDirectionOfThePart) {
-  const auto energyOfLoad = [&](const std::array<Vector3, 3>& rotation, const Vector3& shift) {
-    loadModel(moved(testing_support::ribbedMesh(6, 4, 2), rotation, shift));
-    processRecord.bcNode = {0, 18, 1, 33};  // a choice by distance would turn on rounding
-    varyMaterial();
-    testing_support::setStress(2e7, -1e7);
-    for (auto* directions : {&residualStressField.direction1, &residualStressField.direction2,
-                             &residualStressField.direction3}) {
-      for (Direction& d : *directions) d = {dot(rotation[0], d), dot(rotation[1], d), dot(rotation[2], d)};
-    }
-    assemble(2, 2);
-    const std::vector<double> forces = product(systemOfPass.rowLoad);
-    double energy = 0.0;
-    for (std::size_t row = 1; row < forces.size(); ++row) energy += forces[row] * systemOfPass.rowLoad[row];
-    return energy;
-  };
-  // f K f is a scalar: frame rows turn with the part, the others in triples.
-  const double reference = energyOfLoad({{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}, {0, 0, 0});
-  EXPECT_NEAR(energyOfLoad(skewRotation(), {10, -20, 30}), reference, 1e-11 * reference);
-}
-
 #ifdef _OPENMP
 TEST_F(Assembly, ThreadsAndLoadAloneGiveTheSameBits) {
   const int standard = omp_get_max_threads();

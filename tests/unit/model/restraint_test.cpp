@@ -100,17 +100,6 @@ TEST_F(Restraint, NodesAreNumberedInOrderOfUseWithRunnersBehindTheLayers) {
   EXPECT_EQ(freedoms.freeDofCount, 24);
 }
 
-TEST_F(Restraint, FrameIsRightHandedWithItsNormalAcrossThePlane) {
-  loadModel(testing_support::moved(square, testing_support::skewRotation(), {3, -1, 2}));
-  runModelStages();
-  const RestraintFrame& f = restraintFrame;
-  const Vector3 along = square.node[0] - square.node[4];
-  const auto rotation = testing_support::skewRotation();
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(f.ex[i] * norm(along), dot(rotation[i], along), 1e-14);
-  EXPECT_NEAR(norm(cross(f.ex, f.ey) - f.ez), 0.0, 1e-14);
-  EXPECT_NEAR(norm(f.ey), 1.0, 1e-14);
-}
-
 TEST_F(Restraint, VolumePassSharesVolumeAndTemperatureBySide) {
   loadModel(square);
   elementTemperatureField.sideTemperature1 = {0, 300, 320, 340, 360};

@@ -158,16 +158,6 @@ TEST_P(WedgeElement, RigidMotionsTakeNoForceAndTheMatrixIsSymmetric) {
   }
 }
 
-TEST_P(WedgeElement, LoadsBalanceInForce) {
-  ElementLoad f{};
-  formLoad(geometry, someLoading(), f);
-  for (std::size_t i = 0; i < 3; ++i) {
-    double sum = 0.0;
-    for (std::size_t n = 0; n < 6; ++n) sum += f[3 * n + i];
-    EXPECT_NEAR(sum, 0.0, 1e-13 * largest(f));
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Shapes, WedgeElement, testing::Values(slanted, sliver, inverted));
 
 TEST(WedgeShape, UnitWedgeHasItsVolumeAndSumsOfShapeFunctions) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <random>
 
 #include "input/mesh_tables.h"
@@ -32,7 +33,8 @@ TestMesh plateOf(long triangles, bool shuffled = false) {
 }
 
 void load(const TestMesh& mesh) {
-  workingFiles = composeWorkingFiles("/tmp/keld_model_bench", "");
+  workingFiles =
+      composeWorkingFiles((std::filesystem::temp_directory_path() / "keld_model_bench").string(), "");
   testing_support::loadModel(mesh);
   testing_support::setStress(2e7, -1e7);
 }
@@ -69,7 +71,7 @@ void formOneElement(benchmark::State& state) {
   ElementMatrix k;
   ElementLoad f;
   const std::array<Vector3, 3> corner = {{{0.1, 0.2, 0.3}, {1.4, 0.5, -0.2}, {0.6, 1.7, 0.9}}};
-  for (auto step : state) {
+  while (state.KeepRunning()) {
     const Matrix6 d = rotatedStiffness(orientationAverage(materialConstants[1].stiffness, 0.7), axes);
     const WedgeGeometry geometry = wedgeGeometry(corner, 0.2, 1.0);
     formStiffness(geometry, d, k);
@@ -83,7 +85,7 @@ BENCHMARK(formOneElement);
 void modelStages(benchmark::State& state) {
   useThreads(state.range(1));
   const TestMesh mesh = plateOf(state.range(0));
-  for (auto step : state) {
+  while (state.KeepRunning()) {
     state.PauseTiming();
     load(mesh);
     state.ResumeTiming();
@@ -94,28 +96,28 @@ void modelStages(benchmark::State& state) {
 
 void searchPattern(benchmark::State& state) {
   prepare(state);
-  for (auto step : state) patternSearch();
+  while (state.KeepRunning()) patternSearch();
   countElements(state);
 }
 
 void layOut(benchmark::State& state) {
   prepare(state);
   patternSearch();
-  for (auto step : state) layOutRows();
+  while (state.KeepRunning()) layOutRows();
   countElements(state);
 }
 
 void assembleMatrix(benchmark::State& state) {
   prepare(state);
   patternSearch();
-  for (auto step : state) assemblePass(2, 2);
+  while (state.KeepRunning()) assemblePass(2, 2);
   countElements(state);
 }
 
 void assembleMatrixOfShuffledElements(benchmark::State& state) {
   prepare(state, true);
   patternSearch();
-  for (auto step : state) assemblePass(2, 2);
+  while (state.KeepRunning()) assemblePass(2, 2);
   countElements(state);
 }
 
@@ -123,7 +125,7 @@ void assembleLoadAlone(benchmark::State& state) {
   prepare(state);
   patternSearch();
   assemblePass(1, 2);
-  for (auto step : state) assembleLoad(2, 2);
+  while (state.KeepRunning()) assembleLoad(2, 2);
   countElements(state);
 }
 

@@ -1,6 +1,7 @@
 // Assembly of the reduced system from the wedge elements; see the header.
-// Elements are formed in blocks by all threads; then each thread adds the block's elements, in element order,
-// to the rows of the nodes that it owns. So every sum has one order, whatever the number of threads.
+// A thread owns a range of nodes: it forms every element that holds one of them and adds its rows there, in
+// element order. So every sum has one order whatever the number of threads, no thread waits for another, and
+// an element is formed once, or once more at the border of two ranges, and at most three times.
 #include "model/assembly.h"
 
 #include <algorithm>
@@ -28,8 +29,6 @@
 namespace keld {
 
 namespace {
-
-constexpr int blockSize = 512;  // elements; 1.4 MB of element matrices
 
 std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagonal; written by assemblePass
 
@@ -79,18 +78,21 @@ void formElement(int element, bool thermal, ElementMatrix* k, ElementLoad& f) {
   }
 }
 
-/// Nodes are dealt to the threads by groups of 16, so that neighbours in memory have one owner.
-bool owns(int thread, int threads, int node) { return threads == 1 || (node >> 4) % threads == thread; }
+/// Lower nodes first..last and their mates: rows that one thread writes.
+struct NodeRange {
+  int first, last;
+  bool holds(int lowerNode) const { return first <= lowerNode && lowerNode <= last; }
+};
 
-/// Adds the rows of an element that belong to nodes of a thread.
-void addElement(int element, const ElementMatrix* k, const ElementLoad& f, int thread, int threads) {
+/// Adds the rows of an element that belong to nodes of a range; k may be null.
+void addElement(int element, const ElementMatrix* k, const ElementLoad& f, const NodeRange& range) {
   const auto nodes = wedgeNodesOf(element);
   std::array<int, 6> unknowns;
   for (std::size_t i = 0; i < 6; ++i) {
     unknowns[i] = unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(nodes[i])]);
   }
   for (std::size_t a = 0; a < 6; ++a) {
-    if (!owns(thread, threads, nodes[a])) continue;
+    if (!range.holds(nodes[a % 3])) continue;
     const int firstRow = freedoms.nodeFirstRow[static_cast<std::size_t>(nodes[a])];
     for (int direction = 0; direction < unknowns[a]; ++direction) {
       const auto row = static_cast<std::size_t>(firstRow + direction);
@@ -112,31 +114,33 @@ void addElement(int element, const ElementMatrix* k, const ElementLoad& f, int t
   }
 }
 
+void addElementsOfNodes(const NodeRange& range, bool withMatrix, bool thermal) {
+  const ElementTable& t = elementTable;
+  ElementMatrix matrix;
+  ElementLoad load;
+  ElementMatrix* const k = withMatrix ? &matrix : nullptr;
+  for (int element = 1; element <= t.partElementCount; ++element) {
+    const auto e = static_cast<std::size_t>(element);
+    if (!range.holds(t.node1[e]) && !range.holds(t.node2[e]) && !range.holds(t.node3[e])) continue;
+    formElement(element, thermal, k, load);
+    addElement(element, k, load, range);
+  }
+}
+
 void addAllElements(bool withMatrix, bool thermal) {
-  const int count = elementTable.partElementCount;
-  const auto slots = static_cast<std::size_t>(std::min(blockSize, count));
-  std::vector<ElementMatrix> matrix(withMatrix ? slots : 0);
-  std::vector<ElementLoad> load(slots);
+  const long layer = wedgeNumbering.wedgeNodeCount / 2;
 #pragma omp parallel
   {
 #ifdef _OPENMP
-    const int thread = omp_get_thread_num(), threads = omp_get_num_threads();
+    const long thread = omp_get_thread_num(), threads = omp_get_num_threads();
 #else
-    const int thread = 0, threads = 1;
+    const long thread = 0, threads = 1;
 #endif
-    for (int first = 1; first <= count; first += blockSize) {
-      const int last = std::min(first + blockSize - 1, count);
-#pragma omp for schedule(static)
-      for (int e = first; e <= last; ++e) {
-        const auto slot = static_cast<std::size_t>(e - first);
-        formElement(e, thermal, withMatrix ? &matrix[slot] : nullptr, load[slot]);
-      }
-      for (int e = first; e <= last; ++e) {
-        const auto slot = static_cast<std::size_t>(e - first);
-        addElement(e, withMatrix ? &matrix[slot] : nullptr, load[slot], thread, threads);
-      }
-#pragma omp barrier
-    }
+    // Nodes are numbered in order of first use, so that a range is a stretch of neighbouring elements as a
+    // rule.
+    const NodeRange range{static_cast<int>(layer * thread / threads) + 1,
+                          static_cast<int>(layer * (thread + 1) / threads)};
+    addElementsOfNodes(range, withMatrix, thermal);
   }
 }
 

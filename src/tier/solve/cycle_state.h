@@ -1,0 +1,48 @@
+// What the cycles of one solution share: hierarchy, controls, decoded sweeps and scratch vectors.
+// Made by tier_solve once per call; passed to every routine of the solution phase.
+#pragma once
+
+#include <array>
+
+#include "tier/frame/controls.h"
+#include "tier/frame/hierarchy.h"
+#include "tier/solve/relax.h"
+#include "tier/solve/sweep_code.h"
+
+namespace tier {
+
+struct cycle_state {
+  cycle_state(hierarchy& levels_of_run, controls& controls_of_run);
+
+  hierarchy& h;
+  controls& c;
+  sweep_code pre, post;  // from nrd and nru
+  jacobi_damping damping;
+  work_array<double> r, scratch;               // of level 1's length
+  work_array<double> copy1, copy2, e1, e2, ae;  // V*-cycle: u before the correction, directions; else empty
+  std::array<int, max_levels + 1> visits{};    // [1..levels] in the current cycle
+
+  int levels() const { return h.levels_used; }
+  level& at(int k) { return h(k); }
+};
+
+/// Puts other vectors in the place of level k's u and f while it lives.
+class level_system {
+ public:
+  level_system(level& l, view<double> u, view<double> f) : level_(l), u_(l.u), f_(l.f) {
+    l.u = u;
+    l.f = f;
+  }
+  ~level_system() {
+    level_.u = u_;
+    level_.f = f_;
+  }
+  level_system(const level_system&) = delete;
+  level_system& operator=(const level_system&) = delete;
+
+ private:
+  level& level_;
+  view<double> u_, f_;
+};
+
+}  // namespace tier

@@ -1,0 +1,26 @@
+// Gauss-Seidel and Jacobi steps on one level. Called by the smoother.
+#pragma once
+
+#include "tier/frame/controls.h"
+#include "tier/frame/hierarchy.h"
+#include "tier/solve/vector_ops.h"
+
+namespace tier {
+
+/// Damping factors of the Jacobi step: one for all rows, or one per function.
+struct jacobi_damping {
+  double all = 0.5;
+  const_vector by_function;  // [1..nsys], empty: `all`
+};
+
+/// One step on all rows of a level, in place: u_i <- (f_i - sum_{j/=i} a_ij u_j) / a_ii on the selected rows.
+/// icg      C above 0, F else; null where the level has no split
+/// step     1 F rows, 2 all, 3 C rows ascending; 4 to 6 the same descending; 7 damped Jacobi on all rows;
+///          a negative step runs in the other direction. Without states all rows are taken.
+/// scratch  of the level's length; holds u as it was when a parallel step began, so that a thread reads rows
+///          of other threads from there and timing never shows in the result.
+/// Errors: 20 for an unknown step, named after `routine` ("relx_gs" or "relx_ugs").
+void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step, const jacobi_damping& damping,
+             vector scratch, const char* routine);
+
+}  // namespace tier

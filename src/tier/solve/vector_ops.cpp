@@ -1,0 +1,71 @@
+// Vector kernels.
+#include "tier/solve/vector_ops.h"
+
+#include <cmath>
+
+#include "tier/solve/row_loop.h"
+
+namespace tier {
+
+void fill(int n, double value, vector x) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) x[i] = value;
+  });
+}
+
+void copy(int n, const_vector x, vector y) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) y[i] = x[i];
+  });
+}
+
+void scale(int n, double alpha, vector x) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) x[i] *= alpha;
+  });
+}
+
+void add_scaled(int n, double alpha, const_vector x, vector y) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) y[i] += alpha * x[i];
+  });
+}
+
+void scale_and_add(int n, double alpha, const_vector x, vector y) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) y[i] = x[i] + alpha * y[i];
+  });
+}
+
+void subtract(int n, const_vector x, const_vector y, vector z) {
+  for_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    for (int i = c.lo; i <= c.hi; ++i) z[i] = x[i] - y[i];
+  });
+}
+
+double partial_dot(const double* x, const double* y, int n) {
+  double s = 0.0;
+#pragma omp simd reduction(+ : s)
+  for (int i = 0; i < n; ++i) s += x[i] * y[i];
+  return s;
+}
+
+double dot(int n, const_vector x, const_vector y) {
+  if (n == 0) return 0.0;
+  return sum_chunks(n, vector_team(n), [=](const row_chunk& c) {
+    return c.hi < c.lo ? 0.0 : partial_dot(&x[c.lo], &y[c.lo], c.hi - c.lo + 1);
+  });
+}
+
+double length(int n, const_vector x) { return std::sqrt(dot(n, x, x)); }
+
+double largest_magnitude(int n, const_vector x) {
+  double m = 0.0;
+  for (int i = 1; i <= n; ++i) {
+    const double v = std::abs(x[i]);
+    if (!(v <= m)) m = v;
+  }
+  return m;
+}
+
+}  // namespace tier

@@ -66,6 +66,7 @@ struct controls {
 /// What a call gives back beside u.
 struct run_results {
   double res_in = -1.0, res_out = -1.0;
+  double res0 = -1.0;  // residual after cycle ncyc_start, from which the average reduction counts; -1: not reached
   int ncyc_done = 0;
 };
 

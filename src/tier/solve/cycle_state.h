@@ -6,6 +6,7 @@
 
 #include "tier/frame/controls.h"
 #include "tier/frame/hierarchy.h"
+#include "tier/frame/parameters.h"
 #include "tier/solve/relax.h"
 #include "tier/solve/sweep_code.h"
 

@@ -2,12 +2,22 @@
 #pragma once
 
 extern "C" {
-/// A = P L U of an m x n matrix by columns; info > 0: a zero pivot.
+/// P A = L U of an m x n matrix by columns; info > 0: a zero pivot. dgetrs_ solves with the factors.
 void dgetrf_(const int* m, const int* n, double* a, const int* lda, int* ipiv, int* info);
-/// Solves with the factors of dgetrf_.
 void dgetrs_(const char* trans, const int* n, const int* nrhs, const double* a, const int* lda, const int* ipiv,
              double* b, const int* ldb, int* info);
-/// Least-squares solution of minimal length by a complete orthogonal factorisation with column pivoting.
-void dgelsy_(const int* m, const int* n, const int* nrhs, double* a, const int* lda, double* b, const int* ldb,
-             int* jpvt, const double* rcond, int* rank, double* work, const int* lwork, int* info);
+
+/// P A Q = L U with complete pivoting; info > 0: a pivot was too small. dgesc2_ solves, b scaled by `scale`.
+void dgetc2_(const int* n, double* a, const int* lda, int* ipiv, int* jpiv, int* info);
+void dgesc2_(const int* n, const double* a, const int* lda, double* rhs, const int* ipiv, const int* jpiv,
+             double* scale);
+
+/// A P = Q R with column pivoting, the product with Q, and the solution with R.
+void dgeqp3_(const int* m, const int* n, double* a, const int* lda, int* jpvt, double* tau, double* work,
+             const int* lwork, int* info);
+void dormqr_(const char* side, const char* trans, const int* m, const int* n, const int* k, const double* a,
+             const int* lda, const double* tau, double* c, const int* ldc, double* work, const int* lwork,
+             int* info);
+void dtrtrs_(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
+             const double* a, const int* lda, double* b, const int* ldb, int* info);
 }

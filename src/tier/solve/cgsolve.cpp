@@ -1,0 +1,155 @@
+// Choice of the coarsest-level method, trivial systems, pinning, and the direct methods' life.
+#include "tier/solve/cgsolve.h"
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/frame/timers.h"
+#include "tier/solve/coarse_solvers.h"
+
+namespace tier {
+
+namespace {
+
+enum { no_solution = 99, user_solver = 9, least_squares = 8, sparse = 7, full_gauss = 6, lapack = 10 };
+
+bool only_up_to_constant(const controls& c, const level& l, int i) {
+  return c.iscale[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)] == 1;
+}
+
+/// Marks the first variable of each flagged function.
+void find_pinned(const controls& c, const level& l, work_array<int>& pinned) {
+  std::array<bool, 1000> open{};
+  bool any = false;
+  for (int f = 1; f <= c.nsys; ++f) any |= open[static_cast<std::size_t>(f)] = c.iscale[static_cast<std::size_t>(f)] == 1;
+  if (!any) return;
+  pinned.allocate(l.n, 0, "pinned", "cgsolve");
+  for (int i = 1; i <= l.n; ++i) {
+    bool& first = open[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)];
+    if (first) pinned[i] = 1;
+    first = false;
+  }
+}
+
+/// The level's right-hand side with 0 at pinned variables.
+view<const double> right_hand_side(const level& l) {
+  coarse_decomposition& d = coarse_factors();
+  if (d.pinned.size() == 0) return l.f;
+  if (d.right.size() == 0) d.right.allocate(l.n, "right", "cgsolve");
+  for (int i = 1; i <= l.n; ++i) d.right[i] = d.pinned[i] != 0 ? 0.0 : l.f[i];
+  return d.right;
+}
+
+constexpr std::int64_t largest_store = std::numeric_limits<int>::max() - 1;
+
+std::string attempt_words(int attempt, std::int64_t licn, std::int64_t lirn) {
+  return "cgsolve: attempt " + std::to_string(attempt) + " licn, lirn " + std::to_string(licn) + " " +
+         std::to_string(lirn);
+}
+
+[[noreturn]] void sparse_gauss_failed() {
+  fail(ierr_sparse_gauss, "Error in matrix decomposition (sparse Gauss)!");
+}
+
+/// A store that was too small: the larger of what it had and what it needed, by 1.1 twice.
+std::int64_t raised(std::int64_t had, std::int64_t needed) {
+  const double wanted = 1.1 * (1.1 * static_cast<double>(std::max(had, needed)));
+  if (had >= largest_store) sparse_gauss_failed();
+  return static_cast<std::int64_t>(std::min(std::ceil(wanted) + 1.0, static_cast<double>(largest_store)));
+}
+
+std::unique_ptr<sparse_gauss> factorise_sparse(const level& l, const work_array<int>& pinned) {
+  auto spg = std::make_unique<sparse_gauss>();
+  spg->analyse(l.n, l.ia, l.ja);
+  std::int64_t licn = spg->estimated_l(), lirn = spg->estimated_u();
+  const auto sizes = [&] { return std::to_string(licn) + " " + std::to_string(lirn); };
+  trace(1, "cgsolve: orig estim      : licn=lirn " + sizes(), parm::itrace_clsol);
+  licn = std::min(licn, largest_store);
+  lirn = std::min(lirn, largest_store);
+  trace(1, "cgsolve: initial attempt : licn=lirn " + sizes(), parm::itrace_clsol);
+  for (int attempt = 2;; ++attempt) {
+    const int outcome = spg->factorise(l.ia, l.ja, l.a, pinned, parm::stability, licn, lirn);
+    if (outcome == sparse_gauss::done) return spg;
+    if (outcome != sparse_gauss::out_of_l && outcome != sparse_gauss::out_of_u) sparse_gauss_failed();
+    info(message_class::note, "Decomposition - new attempt (sparse Gauss)");
+    licn = raised(licn, outcome == sparse_gauss::out_of_l ? spg->needed() : 0);
+    lirn = raised(lirn, outcome == sparse_gauss::out_of_u ? spg->needed() : 0);
+    trace(1, attempt_words(attempt, licn, lirn), parm::itrace_clsol);
+  }
+}
+
+dense_method dense_kind(int nrc) {
+  if (nrc == least_squares) return dense_method::least_squares;
+  if (nrc == full_gauss && parm::full_pivoting) return dense_method::full_pivoting;
+  return dense_method::partial_pivoting;
+}
+
+}  // namespace
+
+coarse_decomposition& coarse_factors() {
+  static coarse_decomposition kept;
+  return kept;
+}
+
+bool solve_trivial(cycle_state& s, level& l) {
+  if (s.levels() > 1 || l.n > 2) return false;
+  const bool singular = only_up_to_constant(s.c, l, 1);
+  if (l.n == 1) {
+    if (singular) fail(ierr_singular_single, "Singular system with only one unknown in (solve_trivial)!");
+    l.u[1] = l.f[1] / l.a[1];
+  } else {
+    if (!singular || !only_up_to_constant(s.c, l, 2) || (l.iu && l.iu[1] != l.iu[2])) return false;
+    l.u[1] = 0.0;
+    l.u[2] = l.f[2] / l.a[l.ia[2]];
+  }
+  trace(1, "cgsolve: done after solve_trivial", parm::itrace_clsol);
+  return true;
+}
+
+void solve_sparse_gauss(cycle_state& s, level& l) {
+  coarse_decomposition& d = coarse_factors();
+  if (!d.spg) {
+    const timed clock(phase::direct_decomposition);
+    find_pinned(s.c, l, d.pinned);
+    d.spg = factorise_sparse(l, d.pinned);
+  }
+  const timed clock(phase::coarsest_solution);
+  d.spg->substitute(right_hand_side(l), l.u);
+}
+
+void solve_dense(cycle_state& s, level& l) {
+  coarse_decomposition& d = coarse_factors();
+  const bool full = s.c.nrc != lapack;
+  if (!d.dense) {
+    const timed clock(phase::direct_decomposition);
+    if (s.c.nrc != least_squares) find_pinned(s.c, l, d.pinned);
+    d.dense = std::make_unique<dense_solver>();
+    if (!d.dense->factorise(l, d.pinned, dense_kind(s.c.nrc)))
+      fail(full ? ierr_full_gauss : ierr_dense_direct,
+           full ? "Error in matrix decomposition (full Gauss)!" : "Error in dense direct solver");
+  }
+  const timed clock(phase::coarsest_solution);
+  d.dense->substitute(right_hand_side(l), l.u);
+}
+
+void cgsolve(cycle_state& s, int k) {
+  level& l = s.at(k);
+  if (s.c.nrc == no_solution || solve_trivial(s, l)) return;
+  switch (s.c.nrc) {
+    case sparse:
+      return solve_sparse_gauss(s, l);
+    case full_gauss:
+    case least_squares:
+    case lapack:
+      return solve_dense(s, l);
+    case user_solver:
+      fail(ierr_internal, "No solver currently installed by USER (user_solve)!");
+    default:
+      fail(ierr_illegal_value, "Illegal value of parameter nrc in (cgsolve)!");
+  }
+}
+
+}  // namespace tier

@@ -1,0 +1,205 @@
+// Driver of the solution phase.
+#include "tier/solve/tier_solve.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/frame/omega_jacobi.h"
+#include "tier/frame/report.h"
+#include "tier/solve/accelerators.h"
+#include "tier/solve/cyc.h"
+#include "tier/solve/norms.h"
+#include "tier/solve/one_level.h"
+#include "tier/solve/transfer.h"
+
+namespace tier {
+
+namespace {
+
+constexpr double smallest_normal = 2.2250738585072014e-308;
+constexpr double least_eps_abs = 1e-20;
+enum { no_accelerator = 0, conjugate_gradient = 1, bicgstab = 2, flexible_gmres = 3, flexible_cg = 4 };
+
+std::string figure(double x) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.15e", x);
+  return text;
+}
+
+/// Compares the caller's res_in with the computed one, which holds.
+void tier_check_res_in(double user, double computed) {
+  if (computed < 0.0 || user < 0.0)
+    fail(ierr_solution_internal, "One or both of the residuals too tiny (tier_check_res_in)!");
+  if (user <= smallest_normal)
+    fail(ierr_inconsistent_input, "User-defined first residual too tiny (tier_solve)!");
+  if (100.0 * std::abs(user - computed) > std::min(user, computed)) {
+    info(message_class::warning, "user-provided res_in is different from freshly computed one!");
+    info(message_class::warning, "user res_in=" + figure(user));
+    info(message_class::warning, "new  res_in=" + figure(computed));
+  } else {
+    info(message_class::note, "user-provided res_in is identical to freshly computed one!");
+  }
+}
+
+/// Cycles on each coarse level alone, for its own residual 1 in every row; leaves u of level 1 untouched.
+void show_coarse_convergence(cycle_state& s) {
+  if (s.levels() < 3) {
+    info(message_class::note, "Coarse-level convergence needs at least 3 levels: skipped");
+    return;
+  }
+  for (int k = s.levels() - 1; k >= 2; --k) {
+    level& l = s.at(k);
+    fill(l.n, 1.0, l.f);
+    fill(l.n, 0.0, l.u);
+    double before = resid(l, l.f, l.u, s.c.norm_typ);
+    for (int cycle = 1; cycle <= std::min(s.c.ncycle, 50) && before >= 1e-90; ++cycle) {
+      cyc(s, k, "show_coarse_level_convergence");
+      const double after = resid(l, l.f, l.u, s.c.norm_typ);
+      message("level " + std::to_string(k) + " cycle " + std::to_string(cycle) + " residual " + figure(after) +
+              " reduction " + figure(after / (before + 1e-90)));
+      before = after;
+    }
+  }
+}
+
+class solution {
+ public:
+  solution(hierarchy& h, controls& c, run_results& r) : s_(h, c), c_(c), results_(r) {
+    if (c.show_un_res > 0) by_function_.allocate(std::max(1, c.nsys), "resids", "resids_alloc");
+  }
+
+  void run() {
+    if (c_.igam > 4) prepare_one_level(s_);
+    if (c_.coarse_trace) show_coarse_convergence(s_);
+    first_residual();
+    const double target = stop_target();
+    if (parm::ncyc_min <= 0 && results_.res_in <= target) return;
+    if (stand_alone_cycles(target)) return;
+    accelerate(target);
+  }
+
+ private:
+  level& fine() { return s_.at(1); }
+
+  double residual_norm() {
+    if (by_function_.size() == 0) return resid(fine(), fine().f, fine().u, c_.norm_typ);
+    return unknowns_resids(fine(), fine().f, fine().u, c_.nsys, c_.norm_typ, by_function_);
+  }
+
+  void first_residual() {
+    const double user = results_.res_in, computed = residual_norm();
+    if (computed <= smallest_normal)
+      fail(ierr_solution_internal, "Freshly computed first-guess residual too tiny (tier_solve)!");
+    if (parm::ntake_res_in != 0) {
+      if (user != user) fail(ierr_inconsistent_input, "Residual is NaN(tier_solve)!");
+      tier_check_res_in(user, computed);
+    }
+    results_.res_in = results_.res_out = computed;
+    results_.res0 = -1.0;
+    print_residual_head(c_);
+    print_residual_line(c_, 0, computed, -1.0, by_function_);
+    current_residual(0, computed);
+    if (parm::ncyc_start == 0) results_.res0 = computed;
+  }
+
+  double stop_target() const {
+    const double target = c_.eps >= 0.0 ? c_.eps * results_.res_in : -c_.eps;
+    return parm::eps_abs > least_eps_abs ? std::max(target, parm::eps_abs) : target;
+  }
+
+  /// The cycles before the accelerator, or all of them without one. True: the run has ended.
+  bool stand_alone_cycles(double target) {
+    const int count = c_.ncgrad == no_accelerator ? c_.ncycle : std::min(c_.iter_pre, c_.ncycle);
+    if (count > 0) trace_sweeps(count);
+    double previous = results_.res_in;
+    for (int cycle = 1; cycle <= count; ++cycle) {
+      if (c_.igam > 4) {
+        one_level_sweeps(s_, count);
+        results_.ncyc_done += count;
+      } else {
+        cyc(s_, 1, "plain_amg_cycling");
+        ++results_.ncyc_done;
+      }
+      const double res = results_.res_out = residual_norm();
+      print_residual_line(c_, results_.ncyc_done, res, previous, by_function_);
+      current_residual(results_.ncyc_done, res);
+      if (results_.ncyc_done == parm::ncyc_start) results_.res0 = res;
+      if (results_.ncyc_done >= parm::ncyc_min && res <= target) return true;
+      if (c_.igam > 4) break;
+      previous = res;
+    }
+    return c_.ncgrad == no_accelerator || results_.ncyc_done >= c_.ncycle;
+  }
+
+  void trace_sweeps(int count) {
+    if (c_.out_level < 0) return;
+    const auto codes = [](const sweep_code& code) {
+      std::string text;
+      for (int m = 0; m < code.steps; ++m) text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
+      return text;
+    };
+    trace(1, "CYC niter " + std::to_string(count), parm::itrace_sol);
+    trace(1, "(stand-alone AMG cycling or pre-iterations)", parm::itrace_sol);
+    trace(1, "CYC nrdx  " + std::to_string(s_.pre.passes) + " nrdtyp " + codes(s_.pre), parm::itrace_sol);
+    trace(1, "CYC nrux  " + std::to_string(s_.post.passes) + " nrutyp " + codes(s_.post), parm::itrace_sol);
+  }
+
+  void accelerate(double target) {
+    trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm::itrace_sol);
+    stopping_rules rules(c_, fine().n, target);
+    accelerated_run run{s_, results_, rules, by_function_};
+    switch (c_.ncgrad) {
+      case conjugate_gradient:
+        if (c_.ntyp_cg == 1) return old_cgc(run);
+        if (c_.ntyp_cg == 2) return new_cgc(run);
+        fail(ierr_internal, "Illegal value of parameter <ntyp_cg> in (solve)");
+      case bicgstab:
+        return cgstab(run);
+      case flexible_gmres:
+        return gmres(run);
+      case flexible_cg:
+        return flexcg_skcycle(run);
+      default:
+        emergency_stop("Illegal value of parameter <ncgrad> in (solve)");
+    }
+  }
+
+  cycle_state s_;
+  controls& c_;
+  run_results& results_;
+  work_array<double> by_function_;
+};
+
+}  // namespace
+
+cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
+    : h(levels_of_run),
+      c(controls_of_run),
+      pre(decode_sweeps(controls_of_run.nrd)),
+      post(decode_sweeps(controls_of_run.nru)) {
+  const int n = h(1).n;
+  r.allocate(n, "r", "tier_solve");
+  scratch.allocate(n, "scratch", "tier_solve");
+  damping.all = parm::omega_jacobi;
+  if (omega_jacobi_vec.size() == 1) damping.all = omega_jacobi_vec[0];
+  if (omega_jacobi_vec.size() > 1) damping.by_function = const_vector(omega_jacobi_vec.data());
+  for (int k = 1; k < h.levels_used; ++k)
+    if (h(k).rt.size() == 0) transpose_interpolation(h(k), h(k + 1).n);
+  if (c.nstar_typ == 0 || h.levels_used < 2) return;
+  for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
+}
+
+void tier_solve(hierarchy& h, controls& c, run_results& r) {
+  try {
+    solution(h, c, r).run();
+  } catch (const failure&) {
+    trace(1, "... in (tier_solve)", parm::itrace_sol);
+    throw;
+  }
+}
+
+}  // namespace tier

@@ -27,8 +27,8 @@ void gmres(accelerated_run& run);
 /// 631-644. Warnings -841, -842, -843; errors 840, 210, 211.
 void cgstab(accelerated_run& run);
 
-/// Conjugate gradients: old_cgc with the ratio of Fletcher and Reeves, new_cgc with that of Polak and Ribiere.
-/// Warnings -830, -831, -832; errors 830, 210, 211.
+/// Conjugate gradients: old_cgc with the ratio of Fletcher and Reeves, new_cgc with that of Polak and
+/// Ribiere. Warnings -830, -831, -832; errors 830, 210, 211.
 void old_cgc(accelerated_run& run);
 void new_cgc(accelerated_run& run);
 

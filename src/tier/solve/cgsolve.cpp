@@ -24,7 +24,8 @@ bool only_up_to_constant(const controls& c, const level& l, int i) {
 void find_pinned(const controls& c, const level& l, work_array<int>& pinned) {
   std::array<bool, 1000> open{};
   bool any = false;
-  for (int f = 1; f <= c.nsys; ++f) any |= open[static_cast<std::size_t>(f)] = c.iscale[static_cast<std::size_t>(f)] == 1;
+  for (int f = 1; f <= c.nsys; ++f)
+    any |= open[static_cast<std::size_t>(f)] = c.iscale[static_cast<std::size_t>(f)] == 1;
   if (!any) return;
   pinned.allocate(l.n, 0, "pinned", "cgsolve");
   for (int i = 1; i <= l.n; ++i) {

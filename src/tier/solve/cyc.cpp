@@ -110,7 +110,8 @@ int dynamic_sweeps(int ndyn_smo, int level_start, int k) {
 
 void cyc(cycle_state& s, int level_start, std::string_view reason) {
   const int levels = s.levels();
-  if (parm::itrace_sol > 0 || parm::itracelevel > 0) trace(1, "cyc: " + std::string(reason), parm::itrace_sol);
+  if (parm::itrace_sol > 0 || parm::itracelevel > 0)
+    trace(1, "cyc: " + std::string(reason), parm::itrace_sol);
   if (level_start == levels && level_start > 1)
     emergency_stop("Cycling must include at least two levels (cyc)!");
   if (levels == 1) return one_level_cycle(s);

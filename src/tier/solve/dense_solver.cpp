@@ -59,7 +59,8 @@ bool dense_solver::factorise_qr() {
 void dense_solver::substitute_qr(view<double> u) {
   const int one = 1, room = static_cast<int>(work_.size());
   int outcome = 0;
-  dormqr_("L", "T", &n_, &one, &n_, a_.data(), &n_, tau_.data(), x_.data(), &n_, work_.data(), &room, &outcome);
+  dormqr_("L", "T", &n_, &one, &n_, a_.data(), &n_, tau_.data(), x_.data(), &n_, work_.data(), &room,
+          &outcome);
   dtrtrs_("U", "N", "N", &rank_, &one, a_.data(), &n_, x_.data(), &n_, &outcome);
   for (int i = 1; i <= n_; ++i) u[columns_[i]] = i <= rank_ ? x_[i] : 0.0;
 }

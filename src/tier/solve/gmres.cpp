@@ -25,7 +25,9 @@ class hessenberg {
     for (work_array<double>* x : {&cosine_, &sine_, &g_, &y_}) x->allocate(most + 1, "g", routine);
   }
 
-  view<double> column(int j) { return view<double>(h_.data() + static_cast<std::int64_t>(j - 1) * (most_ + 1)); }
+  view<double> column(int j) {
+    return view<double>(h_.data() + static_cast<std::int64_t>(j - 1) * (most_ + 1));
+  }
   view<const double> y() const { return y_; }
 
   void start(double norm) { g_[1] = norm; }

@@ -4,8 +4,8 @@
 extern "C" {
 /// P A = L U of an m x n matrix by columns; info > 0: a zero pivot. dgetrs_ solves with the factors.
 void dgetrf_(const int* m, const int* n, double* a, const int* lda, int* ipiv, int* info);
-void dgetrs_(const char* trans, const int* n, const int* nrhs, const double* a, const int* lda, const int* ipiv,
-             double* b, const int* ldb, int* info);
+void dgetrs_(const char* trans, const int* n, const int* nrhs, const double* a, const int* lda,
+             const int* ipiv, double* b, const int* ldb, int* info);
 
 /// P A Q = L U with complete pivoting; info > 0: a pivot was too small. dgesc2_ solves, b scaled by `scale`.
 void dgetc2_(const int* n, double* a, const int* lda, int* ipiv, int* jpiv, int* info);

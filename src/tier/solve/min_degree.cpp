@@ -16,8 +16,9 @@ constexpr const char* routine = "minimum_degree_order";
 class quotient_graph {
  public:
   quotient_graph(int n, view<const int> ia, view<const int> ja) : n_(n) {
-    for (work_array<int>* x : {&row_, &elements_, &vars_, &weight_, &degree_, &head_, &next_, &last_, &start_,
-                               &size_, &outside_, &mark_, &member_, &tail_, &hash_head_, &hash_next_, &hash_, &compare_, &living_})
+    for (work_array<int>* x :
+         {&row_, &elements_, &vars_, &weight_, &degree_, &head_, &next_, &last_, &start_, &size_, &outside_,
+          &mark_, &member_, &tail_, &hash_head_, &hash_next_, &hash_, &compare_, &living_})
       x->allocate(n + 2, 0, "order", routine);
     symmetric_pattern(ia, ja);
     pool_.allocate(std::max<std::int64_t>(adjacent_.size(), n) + n + 1, "pool", routine);
@@ -264,8 +265,8 @@ class quotient_graph {
 
   int n_, stamp_ = 0, comparison_ = 0, element_weight_ = 0, alive_ = 0;
   std::int64_t top_ = 0;
-  work_array<int> adjacent_, pool_, row_, elements_, vars_, weight_, degree_, head_, next_, last_, start_, size_,
-      outside_, mark_, member_, tail_, hash_head_, hash_next_, hash_, compare_, living_;
+  work_array<int> adjacent_, pool_, row_, elements_, vars_, weight_, degree_, head_, next_, last_, start_,
+      size_, outside_, mark_, member_, tail_, hash_head_, hash_next_, hash_, compare_, living_;
 };
 
 }  // namespace

@@ -51,8 +51,8 @@ double finish_norm(double s, int norm_typ, const char* routine) {
 }
 
 double resid(const level& l, const_vector f, const_vector u, int norm_typ) {
-  const double s = accumulate(l.n, matrix_team(l.n), norm_typ,
-                              [&](int i) { return f[i] - row_product(l, i, u.data()); });
+  const double s =
+      accumulate(l.n, matrix_team(l.n), norm_typ, [&](int i) { return f[i] - row_product(l, i, u.data()); });
   return finish_norm(s, norm_typ, "resid");
 }
 

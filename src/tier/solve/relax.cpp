@@ -64,8 +64,9 @@ void sweep(const relaxation& x, const row_chunk& c, bool descending) {
     if (!selected<Which>(x.icg, i)) continue;
     const int diagonal = ia[i - 1] - 1;
     const int others = ia[i] - 2 - diagonal;
-    const double sum = Alone ? row_sum(ja + diagonal + 1, a + diagonal + 1, u, others)
-                             : row_sum_from_two(ja + diagonal + 1, a + diagonal + 1, u, start, c.lo, c.hi, others);
+    const double sum =
+        Alone ? row_sum(ja + diagonal + 1, a + diagonal + 1, u, others)
+              : row_sum_from_two(ja + diagonal + 1, a + diagonal + 1, u, start, c.lo, c.hi, others);
     const double value = (f[i - 1] - sum) / a[diagonal];
     u[i - 1] = x.omega > 0.0 ? x.omega * value + (1.0 - x.omega) * u[i - 1] : value;
   }
@@ -98,8 +99,8 @@ void jacobi(const relaxation& x, const jacobi_damping& damping) {
 
 }  // namespace
 
-void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step, const jacobi_damping& damping,
-             vector scratch, const char* routine) {
+void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step,
+             const jacobi_damping& damping, vector scratch, const char* routine) {
   const int mode = std::abs(step);
   if (mode < 1 || mode > 7)
     fail(ierr_illegal_value, std::string("Unknown relaxation step requested in (") + routine + ")");

@@ -20,7 +20,7 @@ struct jacobi_damping {
 /// scratch  of the level's length; holds u as it was when a parallel step began, so that a thread reads rows
 ///          of other threads from there and timing never shows in the result.
 /// Errors: 20 for an unknown step, named after `routine` ("relx_gs" or "relx_ugs").
-void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step, const jacobi_damping& damping,
-             vector scratch, const char* routine);
+void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step,
+             const jacobi_damping& damping, vector scratch, const char* routine);
 
 }  // namespace tier

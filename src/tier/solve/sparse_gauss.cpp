@@ -88,8 +88,8 @@ int sparse_gauss::reach(int row, view<const int> ia, view<const int> ja, bool pi
   return top + 1;
 }
 
-int sparse_gauss::factorise(view<const int> ia, view<const int> ja, view<const double> a, view<const int> pinned,
-                            double stability, std::int64_t licn, std::int64_t lirn) {
+int sparse_gauss::factorise(view<const int> ia, view<const int> ja, view<const double> a,
+                            view<const int> pinned, double stability, std::int64_t licn, std::int64_t lirn) {
   const int n = n_, m = n - block_ + 1;
   li_.allocate(licn, "li", routine);
   lx_.allocate(licn, "lx", routine);
@@ -133,8 +133,8 @@ int sparse_gauss::factorise(view<const int> ia, view<const int> ja, view<const d
   return outcome;
 }
 
-// Sorts the finished work row into U, the block, or a new pivot and L. A column keeps no explicit zeros out of
-// the pattern: the next search relies on the pattern alone.
+// Sorts the finished work row into U, the block, or a new pivot and L. A column keeps no explicit zeros out
+// of the pattern: the next search relies on the pattern alone.
 int sparse_gauss::take_column(int k, int top, double stability, std::int64_t licn, std::int64_t lirn) {
   const int n = n_, m = n - block_ + 1;
   int pivot = 0;

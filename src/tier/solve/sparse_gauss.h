@@ -46,14 +46,14 @@ class sparse_gauss {
 
   int n_ = 0, block_ = 0;  // block_: first step of the dense block, n_ + 1 without one
   std::int64_t estimated_l_ = 0, estimated_u_ = 0, needed_ = 0, l_top_ = 0, u_top_ = 0;
-  work_array<int> order_, below_;    // row taken in step k, bound of the entries below the diagonal
-  work_array<int> step_of_column_;   // step in which a column became pivot
+  work_array<int> order_, below_;   // row taken in step k, bound of the entries below the diagonal
+  work_array<int> step_of_column_;  // step in which a column became pivot
   work_array<int> column_of_step_;
   work_array<int> lp_, li_, up_, ui_;  // columns of L below the diagonal and of U above it, by step
   work_array<double> lx_, ux_, pivot_;
   work_array<double> dense_;  // the block, by columns, m x m
   work_array<int> swaps_;
-  work_array<double> x_;                        // work row, then substitution
+  work_array<double> x_;                         // work row, then substitution
   work_array<int> mark_, stack_, place_, path_;  // search
 };
 

@@ -14,7 +14,6 @@
 #include "tier/solve/cyc.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
-#include "tier/solve/transfer.h"
 
 namespace tier {
 
@@ -59,8 +58,8 @@ void show_coarse_convergence(cycle_state& s) {
     for (int cycle = 1; cycle <= std::min(s.c.ncycle, 50) && before >= 1e-90; ++cycle) {
       cyc(s, k, "show_coarse_level_convergence");
       const double after = resid(l, l.f, l.u, s.c.norm_typ);
-      message("level " + std::to_string(k) + " cycle " + std::to_string(cycle) + " residual " + figure(after) +
-              " reduction " + figure(after / (before + 1e-90)));
+      message("level " + std::to_string(k) + " cycle " + std::to_string(cycle) + " residual " +
+              figure(after) + " reduction " + figure(after / (before + 1e-90)));
       before = after;
     }
   }
@@ -139,7 +138,8 @@ class solution {
     if (c_.out_level < 0) return;
     const auto codes = [](const sweep_code& code) {
       std::string text;
-      for (int m = 0; m < code.steps; ++m) text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
+      for (int m = 0; m < code.steps; ++m)
+        text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
       return text;
     };
     trace(1, "CYC niter " + std::to_string(count), parm::itrace_sol);
@@ -187,8 +187,6 @@ cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
   damping.all = parm::omega_jacobi;
   if (omega_jacobi_vec.size() == 1) damping.all = omega_jacobi_vec[0];
   if (omega_jacobi_vec.size() > 1) damping.by_function = const_vector(omega_jacobi_vec.data());
-  for (int k = 1; k < h.levels_used; ++k)
-    if (h(k).rt.size() == 0) transpose_interpolation(h(k), h(k + 1).n);
   if (c.nstar_typ == 0 || h.levels_used < 2) return;
   for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
 }

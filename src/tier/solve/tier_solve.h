@@ -12,7 +12,8 @@ void solve_data(const hierarchy& h, controls& c);
 /// Solves on level 1's u; warnings go through warn(), faults through fail().
 void tier_solve(hierarchy& h, controls& c, run_results& r);
 
-/// Frees decompositions and stores that live with the hierarchy (coarsest-level factors, ILU smoothers).
+/// Frees decompositions that live with the hierarchy (coarsest-level factors, ILU smoothers). To be called
+/// wherever level matrices change or go: they are made anew only where none are kept.
 void release_solution_data();
 
 }  // namespace tier

@@ -6,24 +6,6 @@
 
 namespace tier {
 
-void transpose_interpolation(level& fine, int coarse_variables) {
-  constexpr const char* routine = "transpose_interpolation";
-  const int nc = coarse_variables, entries = fine.iw[fine.n + 1] - 1;
-  fine.rt.allocate(nc + 2, 0, "rt", routine);
-  fine.jrt.allocate(entries, "jrt", routine);
-  fine.wrt.allocate(entries, "wrt", routine);
-  for (int k = 1; k <= entries; ++k) ++fine.rt[fine.jw[k] + 2];
-  fine.rt[1] = fine.rt[2] = 1;
-  for (int i = 3; i <= nc + 2; ++i) fine.rt[i] += fine.rt[i - 1];
-  for (int i = 1; i <= fine.n; ++i) {
-    for (int k = fine.iw[i]; k < fine.iw[i + 1]; ++k) {
-      const int place = fine.rt[fine.jw[k] + 1]++;
-      fine.jrt[place] = i;
-      fine.wrt[place] = fine.w[k];
-    }
-  }
-}
-
 void resc(const level& fine, level& coarse, vector r) {
   const int n = fine.n, nc = coarse.n;
   const vector fc = coarse.f, uc = coarse.u;
@@ -33,7 +15,8 @@ void resc(const level& fine, level& coarse, vector r) {
     const row_chunk rows = chunk_like(c, nc);
     for (int i = rows.lo; i <= rows.hi; ++i) {
       const int first = fine.rt[i];
-      fc[i] = row_sum(fine.jrt.data() + first - 1, fine.wrt.data() + first - 1, r.data(), fine.rt[i + 1] - first);
+      fc[i] =
+          row_sum(fine.jrt.data() + first - 1, fine.wrt.data() + first - 1, r.data(), fine.rt[i + 1] - first);
       uc[i] = 0.0;
     }
   });

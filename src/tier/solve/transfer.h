@@ -1,14 +1,11 @@
 // Transfer between two levels: restriction of the residual and interpolation of the correction.
-// Called by the cycle; the transposed interpolation is made once, before the first cycle.
+// Called by the cycle. Set-up has made the transposed interpolation rt, jrt, wrt of the finer level.
 #pragma once
 
 #include "tier/frame/hierarchy.h"
 #include "tier/solve/vector_ops.h"
 
 namespace tier {
-
-/// Makes rt, jrt, wrt of `fine`, the rows of P^T, each in ascending fine variables.
-void transpose_interpolation(level& fine, int coarse_variables);
 
 /// f of `coarse` <- P^T (f - A u) of `fine`, u of `coarse` <- 0. `r` is scratch of fine's length and holds
 /// the residual afterwards. A thread forms whole coarse rows, so the sums do not depend on the team.

@@ -1,0 +1,181 @@
+// Readers and makers of hierarchies for tests.
+#include "support/tier/known_hierarchy.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <tuple>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include "tier/frame/threads.h"
+#include "tier/setup/prepare_opdfn.h"
+#include "tier/solve/tier_solve.h"
+
+namespace {
+
+std::vector<double>* steps_of_run = nullptr;
+
+}  // namespace
+
+extern "C" void TIER_CURRENT_RESIDUAL(const int*, const double* res) {
+  if (steps_of_run) steps_of_run->push_back(*res);
+}
+
+namespace testing_support {
+
+namespace {
+
+using entry = std::tuple<int, int, double>;
+
+std::vector<entry> read_entries(const std::string& path) {
+  std::ifstream in(path);
+  if (!in) throw std::runtime_error("cannot read " + path);
+  std::vector<entry> entries;
+  for (entry e; in >> std::get<0>(e) >> std::get<1>(e) >> std::get<2>(e);) entries.push_back(e);
+  return entries;
+}
+
+sparse_system operator_of(const std::vector<entry>& entries) {
+  sparse_system s;
+  for (std::size_t p = 0; p < entries.size();) {
+    const int row = std::get<0>(entries[p]);
+    double diagonal = 0.0;
+    std::vector<std::pair<int, double>> others;
+    for (; p < entries.size() && std::get<0>(entries[p]) == row; ++p) {
+      const auto [i, j, value] = entries[p];
+      if (j == i)
+        diagonal = value;
+      else
+        others.emplace_back(j, value);
+    }
+    s.add_row(diagonal, others);
+  }
+  return s;
+}
+
+double norm_of_residual(const sparse_system& s, const std::vector<double>& u) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(s.n); ++i) {
+    double r = s.f[i];
+    for (int p = s.ia[i]; p < s.ia[i + 1]; ++p)
+      r -= s.a[static_cast<std::size_t>(p) - 1] *
+           u[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(p) - 1]) - 1];
+    sum += r * r;
+  }
+  return std::sqrt(sum);
+}
+
+template <class T>
+void store(tier::work_array<T>& to, const std::vector<T>& from) {
+  to.allocate(static_cast<std::int64_t>(from.size()), "test", "add_level");
+  std::copy(from.begin(), from.end(), to.data());
+}
+
+}  // namespace
+
+void use_threads(int team) {
+#ifdef _OPENMP
+  omp_set_num_threads(team);
+#endif
+  tier::set_max_threads(0);
+}
+
+test_run::test_run(sparse_system fine_system) : system(std::move(fine_system)) {
+  set_first_level(h, system);
+  h.levels_created = h.levels_used = 1;
+  c.nsys = system.nsys;
+  c.nstyp = system.nsys > 1 ? 2 : 1;
+  c.nnu = system.n;
+  c.nna = static_cast<int>(system.ja.size());
+  c.ncgrad = 3;
+  c.ncycle = 1000;
+  c.eps = 1e-8;
+  c.icrits = {0, 1, 1, 0, 0};
+  c.dump_level = c.out_level = -1;
+  use_threads(1);
+}
+
+test_run::~test_run() { tier::release_solution_data(); }
+
+void test_run::add_level(const sparse_system& coarse, const std::vector<int>& coarse_of,
+                         const std::vector<std::vector<std::pair<int, double>>>& interpolation) {
+  tier::level& fine = h(h.levels_used);
+  std::vector<int> iw{1}, jw;
+  std::vector<double> w;
+  for (const auto& row : interpolation) {
+    for (const auto& [j, weight] : row) {
+      jw.push_back(j);
+      w.push_back(weight);
+    }
+    iw.push_back(static_cast<int>(jw.size()) + 1);
+  }
+  store(fine.icg, coarse_of);
+  store(fine.iw, iw);
+  store(fine.jw, jw);
+  store(fine.w, w);
+  tier::transpose_weights(fine, coarse.n);
+  tier::level& next = h(++h.levels_used);
+  h.levels_created = h.levels_used;
+  next.n = coarse.n;
+  store(next.own_ia, coarse.ia);
+  store(next.own_ja, coarse.ja);
+  store(next.own_a, coarse.a);
+  store(next.own_u, coarse.u);
+  store(next.own_f, coarse.f);
+  next.ia = next.own_ia;
+  next.ja = next.own_ja;
+  next.a = next.own_a;
+  next.u = next.own_u;
+  next.f = next.own_f;
+}
+
+void test_run::solve() {
+  steps.clear();
+  steps_of_run = &steps;
+  tier::solve_data(h, c);
+  tier::tier_solve(h, c, results);
+  steps_of_run = nullptr;
+}
+
+double test_run::relative_residual() const {
+  return norm_of_residual(system, system.u) /
+         norm_of_residual(system, std::vector<double>(system.u.size(), 0.0));
+}
+
+void read_levels(const std::string& folder, test_run& run) {
+  for (int k = 1; std::ifstream(folder + "/level" + std::to_string(k) + ".interp"); ++k) {
+    const std::string stem = folder + "/level" + std::to_string(k);
+    const int n = run.h(k).n;
+    std::vector<int> coarse_of(static_cast<std::size_t>(n), -1);
+    std::vector<std::vector<std::pair<int, double>>> interpolation(static_cast<std::size_t>(n));
+    int coarse = 0;
+    for (std::ifstream in(stem + ".state"); in;) {
+      int i = 0, state = 0;
+      if (in >> i >> state) coarse_of[static_cast<std::size_t>(i) - 1] = state == 1 ? ++coarse : state;
+    }
+    for (const auto& [i, j, weight] : read_entries(stem + ".interp"))
+      interpolation[static_cast<std::size_t>(i) - 1].emplace_back(j, weight);
+    run.add_level(operator_of(read_entries(folder + "/level" + std::to_string(k + 1) + ".matrix")), coarse_of,
+                  interpolation);
+  }
+}
+
+std::vector<double> read_expected_residuals(const std::string& folder) {
+  std::vector<double> residuals;
+  std::ifstream in(folder + "/expected.txt");
+  for (std::string line; std::getline(in, line);) {
+    std::istringstream words(line);
+    std::string word;
+    int step = 0;
+    double value = 0.0;
+    if (words >> word >> step >> value && word == "RES") residuals.push_back(value);
+  }
+  return residuals;
+}
+
+}  // namespace testing_support

@@ -1,0 +1,113 @@
+// Sparse Gauss elimination and its order, against explicit products.
+#include "tier/solve/sparse_gauss.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "support/tier/sparse_system.h"
+#include "tier/solve/min_degree.h"
+
+namespace {
+
+using testing_support::sparse_system;
+using tier::sparse_gauss;
+using tier::view;
+
+/// Non-symmetric pattern, about `per_row` entries, diagonal scaled by `dominance`.
+sparse_system random_system(int n, int per_row, double dominance, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<double> value(-1.0, 1.0);
+  std::uniform_int_distribution<int> column(1, n);
+  sparse_system s;
+  for (int i = 1; i <= n; ++i) {
+    std::vector<std::pair<int, double>> others;
+    for (int k = 1; k < per_row; ++k) {
+      const int j = column(random);
+      const auto same = [j](const auto& other) { return other.first == j; };
+      if (j != i && std::none_of(others.begin(), others.end(), same)) others.emplace_back(j, value(random));
+    }
+    s.add_row(dominance * (1.0 + value(random) * value(random)), others);
+  }
+  return s;
+}
+
+double largest_residual(const sparse_system& s, const std::vector<double>& u) {
+  double largest = 0.0;
+  for (int i = 1; i <= s.n; ++i) {
+    double r = s.f[static_cast<std::size_t>(i) - 1];
+    for (auto p = static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i) - 1]);
+         p < static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i)]); ++p)
+      r -= s.a[p - 1] * u[static_cast<std::size_t>(s.ja[p - 1]) - 1];
+    largest = std::max(largest, std::abs(r));
+  }
+  return largest;
+}
+
+struct gauss_case {
+  const char* name;
+  sparse_system system;
+};
+
+class SparseGauss : public testing::TestWithParam<int> {
+ protected:
+  static sparse_system system() {
+    switch (GetParam()) {
+      case 0:
+        return testing_support::five_point(1);
+      case 1:
+        return testing_support::five_point(7);
+      case 2:
+        return testing_support::five_point(60);
+      case 3:
+        return random_system(300, 8, 8.0, 1);
+      case 4:
+        return random_system(400, 6, 1e-3, 2);  // pivots come from off the diagonal
+      case 5:
+        return random_system(50, 50, 2.0, 3);
+      default:
+        return testing_support::coupled(testing_support::five_point(15), 3, 0.1);
+    }
+  }
+};
+
+TEST_P(SparseGauss, SolvesToRounding) {
+  sparse_system s = system();
+  for (int i = 0; i < s.n; ++i) s.f[static_cast<std::size_t>(i)] = 1.0 + i % 7;
+  const view<int> ia(s.ia.data()), ja(s.ja.data());
+  sparse_gauss spg;
+
+  spg.analyse(s.n, ia, ja);
+  std::int64_t licn = spg.estimated_l(), lirn = spg.estimated_u();
+  int outcome = 0, attempts = 0;
+  do {
+    outcome = spg.factorise(ia, ja, view<double>(s.a.data()), {}, 0.25, licn, lirn);
+    licn = 2 * licn + 100;
+    lirn = 2 * lirn + 100;
+  } while (outcome < 0 && ++attempts < 12);
+  ASSERT_EQ(outcome, sparse_gauss::done);
+  spg.substitute(view<double>(s.f.data()), view<double>(s.u.data()));
+
+  EXPECT_LT(largest_residual(s, s.u), 1e-9);
+}
+
+INSTANTIATE_TEST_SUITE_P(Systems, SparseGauss, testing::Range(0, 7));
+
+TEST(MinimumDegree, OrdersAGridWithLittleFill) {
+  sparse_system s = testing_support::five_point(64);
+  tier::work_array<int> order, below;
+
+  tier::minimum_degree_order(s.n, view<int>(s.ia.data()), view<int>(s.ja.data()), order, below);
+
+  std::vector<int> seen(order.data(), order.data() + s.n);
+  std::sort(seen.begin(), seen.end());
+  for (int i = 0; i < s.n; ++i) ASSERT_EQ(seen[static_cast<std::size_t>(i)], i + 1);
+  std::int64_t fill = 0;
+  for (int k = 1; k <= s.n; ++k) fill += below[k];
+  EXPECT_LT(fill, 110000);  // natural order: 64 * 4096
+  EXPECT_GT(fill, 40000);
+}
+
+}  // namespace

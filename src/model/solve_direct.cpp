@@ -25,7 +25,7 @@ constexpr int ordering_minimum_degree = 0, ordering_pord = 4;
 constexpr int job_start = -1, job_end = -2, job_analyse = 1, job_factor = 2, job_solve = 3;
 constexpr int use_comm_world = -987654;
 // INFOG(i) is infog[i - 1].
-constexpr int status = 0, status_detail = 1, negative_pivots = 11, memory_in_core = 15,
+constexpr int status = 0, status_detail = 1, negative_pivots = 11, memory_in_core = 15, memory_used = 21,
               memory_out_of_core = 25;
 
 const char* meaningOf(int code) {
@@ -248,6 +248,8 @@ double DirectSolver::solve(std::span<double> unknowns) {
   }
   return residual;
 }
+
+int DirectSolver::megabytesUsed() const { return instance_->infog[memory_used]; }
 
 double DirectSolver::relativeResidual(std::span<const double> unknowns) const {
   std::vector<double> residual(system_.rowLoad.begin(), system_.rowLoad.begin() + n_ + 1);

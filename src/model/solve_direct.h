@@ -43,6 +43,9 @@ class DirectSolver {
   /// Whether the factor lies on disk.
   bool outOfCore() const { return outOfCore_; }
 
+  /// Megabytes of the library's own arrays during the factorisation.
+  int megabytesUsed() const;
+
   static constexpr double residualLimit = 1e-6;
   static constexpr double growthLimit =
       1e14;  // 2e10 for a wall of 1/2000 of its length, above 1e16 for loose pieces

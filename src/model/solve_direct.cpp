@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 
 #include "run/failure.h"
@@ -186,7 +185,7 @@ void DirectSolver::limitMemory(int memoryLimit, const std::string& folder) {
         "shorter one in MUMPS_OOC_TMPDIR.\n",
         static_cast<int>(sizeof instance_->ooc_tmpdir) - 1, folder.c_str());
   }
-  std::strcpy(instance_->ooc_tmpdir, folder.c_str());
+  instance_->ooc_tmpdir[folder.copy(instance_->ooc_tmpdir, folder.size())] = '\0';
   instance_->icntl[out_of_core] = 1;
   outOfCore_ = true;
   vPrintMessage(100, "   The factor needs %d MB, above the limit of %d MB: it goes to disk in '%s'\n", need,

@@ -2,6 +2,8 @@
 #include "tier/setup/create_levels.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -10,7 +12,7 @@
 #include "tier/frame/timers.h"
 #include "tier/setup/driver_int.h"
 #include "tier/setup/driver_split.h"
-#include "tier/setup/opdfn.h"
+#include "tier/setup/galerkin_step.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
@@ -42,6 +44,14 @@ void release_interpolation(level& lv) {
   lv.w.release();
 }
 
+/// The primary matrix serves its own level's coarsening alone.
+void release_points(level& lv) {
+  lv.ibcg.release();
+  lv.ib.release();
+  lv.jb.release();
+  lv.b.release();
+}
+
 void announce(const setup_state& t, int k, bool aggressive) {
   if (!t.reports()) return;
   const std::string variety = aggressive ? " using AGGRESSIVE A" + std::to_string(t.s.nred) + "-COARSENING"
@@ -54,20 +64,34 @@ coarsening coarsen(setup_state& t, int k, bool aggressive) {
   const diagonal_guard guard(t.h(k));
   if (find_strong_couplings(t, k) == coarsening::stops) return coarsening::stops;
   if (driver_split(t, k, aggressive) == coarsening::stops) return coarsening::stops;
-  return driver_int(t, k);
+  driver_int(t, k);
+  return coarsening::goes_on;
 }
 
-opdfn_variant variant_of(const controls& c) { return static_cast<opdfn_variant>(c.ntyp_galerkin); }
-
-/// With a structure that re-starts share, the pattern must not depend on values.
-bool keeps_zeros(const controls& c) {
-  return parm::glk_mult_zeros || (parm::struct_ident && (c.iswit == 3 || c.iswit == 4));
+/// Statistics of a new level, where the first digit of mode_debug asks for them.
+void print_matrix(const setup_state& t, int k) {
+  if (!t.reports() || parm::mode_debug == 0) return;
+  const level& lv = t.h(k);
+  int shortest = lv.entries(), longest = 0;
+  for (int i = 1; i <= lv.n; ++i) {
+    shortest = std::min(shortest, lv.ia[i + 1] - lv.ia[i]);
+    longest = std::max(longest, lv.ia[i + 1] - lv.ia[i]);
+  }
+  std::array<char, 160> line;
+  std::snprintf(line.data(), line.size(),
+                "level #%d: rows= %d entries= %d row lengths min/avrg/max= %d/%.2f/%d", k, lv.n, lv.entries(),
+                shortest, static_cast<double>(lv.entries()) / lv.n, longest);
+  message(line.data());
 }
 
-void form_operator(setup_state& t, level& fine, level& coarse) {
-  const timed time(phase::opdfn);
-  prepare_opdfn(fine, coarse);
-  opdfn(fine, coarse, variant_of(t.c), keeps_zeros(t.c));
+void make_next_level(setup_state& t, int k) {
+  {
+    const timed time(phase::opdfn);
+    prepare_opdfn(t.h(k), t.h(k + 1));
+    form_operator(t.h, k, t.c);
+  }
+  release_points(t.h(k));
+  print_matrix(t, k + 1);
 }
 
 /// Returns the number of levels.
@@ -80,9 +104,10 @@ int level_loop(setup_state& t) {
     announce(t, k + 1, aggressive);
     if (coarsen(t, k, aggressive) == coarsening::stops) {
       release_interpolation(t.h(k));
+      release_points(t.h(k));
       break;
     }
-    form_operator(t, t.h(k), t.h(k + 1));
+    make_next_level(t, k);
   }
   if (wanted > 1) apply_emergency_rule(t.c, t.h(k).n);
   return k;
@@ -108,6 +133,7 @@ void create_levels(hierarchy& h, controls& c) {
   setup_state t{h, c, decode_setup(c), latest};
   h.levels_created = h.levels_used = -1;
   try {
+    if (t.by_points()) set_points(h(1));
     const int levels = level_loop(t);
     allocate_vectors(h, levels);
     h.levels_created = h.levels_used = levels;
@@ -122,7 +148,7 @@ void create_levels(hierarchy& h, controls& c) {
 
 void recompute_operators(hierarchy& h, const controls& c) {
   const timed time(phase::opdfn);
-  for (int k = 1; k < h.levels_created; ++k) opdfn(h(k), h(k + 1), variant_of(c), keeps_zeros(c));
+  for (int k = 1; k < h.levels_created; ++k) form_operator(h, k, c);
 }
 
 }  // namespace tier

@@ -6,6 +6,7 @@
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
 #include "tier/frame/timers.h"
+#include "tier/setup/pbint.h"
 #include "tier/setup/pwint_aa.h"
 
 namespace tier {
@@ -46,17 +47,57 @@ void print_rows(const level_record& r, int nwtint) {
   message(line);
 }
 
-}  // namespace
+void report_improvement(const improvement_counts& n) {
+  if (n.truncated_by_sign > 0) info(message_class::note, "Truncation failed - repeat with ntrunc=2");
+  if (n.all_connections > 0) info(message_class::note, "Bad interpolation - retry using ALL connections");
+}
 
-coarsening driver_int(setup_state& t, int k) {
-  const timed time(phase::pwint);
+/// Interpolation of scalar rows, by passes, improved and handed to other unknowns as asked.
+void interpolate_variables(setup_state& t, int k) {
   level& lv = t.h(k);
   level_record& r = t.record.at[static_cast<std::size_t>(k)];
-  const interpolation_options o = options_of(t);
-  r.turned_c = pwint1_aa(lv, o, t.own_unknown(), t.by_points());
-  record_rows(lv, r);
-  if (t.reports()) print_rows(r, o.nwtint);
-  return coarsening::goes_on;
+  interpolation_options o = options_of(t);
+  {
+    const timed time(phase::pwint);
+    if (o.nwtint == 4) {
+      r.turned_c = pwint2_aa(lv, o, t.own_unknown(), t.by_points()).turned_c;
+    } else {
+      r.turned_c = pwint1_aa(lv, o, t.own_unknown(), t.by_points());
+    }
+  }
+  if (k <= t.s.intlev && t.s.itint > 0) {
+    const timed time(phase::pwiter);
+    o.etr = t.s.etr2;
+    for (int step = 0; step < t.s.itint; ++step)
+      report_improvement(pwiter(lv, o, t.own_unknown(), t.by_points()));
+  }
+  if (t.by_points() && t.c.nint_force == 2) pwforce(lv, t.c.nprim);
+}
+
+void interpolate_blocks(setup_state& t, int k) {
+  const timed time(phase::pwint);
+  level& lv = t.h(k);
+  block_options o;
+  o.nwtint = t.s.nwtint;
+  o.nprim = t.c.nprim;
+  o.norm = parm::prim_norm;
+  o.etr = t.c.ntr1 >= 1 ? t.s.etr1 : 0.0;
+  o.use_primary_matrix = t.uses_primary_matrix();
+  int& turned = t.record.at[static_cast<std::size_t>(k)].turned_c;
+  turned = o.nwtint == 4 ? pbint2(lv, o) : pbint1(lv, o);
+}
+
+}  // namespace
+
+void driver_int(setup_state& t, int k) {
+  level_record& r = t.record.at[static_cast<std::size_t>(k)];
+  if (t.by_points() && t.c.nint_force == 3) {
+    interpolate_blocks(t, k);
+  } else {
+    interpolate_variables(t, k);
+  }
+  record_rows(t.h(k), r);
+  if (t.reports()) print_rows(r, t.s.nwtint);
 }
 
 }  // namespace tier

@@ -6,6 +6,6 @@
 namespace tier {
 
 /// Builds iw, jw, w of level k from its states; F-variables that cannot be interpolated become C in icg.
-coarsening driver_int(setup_state& t, int k);
+void driver_int(setup_state& t, int k);
 
 }  // namespace tier

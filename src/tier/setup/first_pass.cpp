@@ -2,8 +2,13 @@
 #include "tier/setup/first_pass.h"
 
 #include <algorithm>
+#include <memory>
+#include <vector>
 
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
 #include "tier/setup/pcol.h"
+#include "tier/setup/team.h"
 
 namespace tier {
 
@@ -135,6 +140,39 @@ void first_pass::run() {
     at(i).measure = -1;
     choose<true>(i);
   }
+}
+
+void run_first_pass(const couplings& g, view<int> state, bool threads) {
+  const int team = threads ? setup_team(g.n) : 1;
+  std::vector<std::unique_ptr<first_pass>> blocks;
+  for (int tid = 0; tid < team; ++tid) {
+    int lo = 1, hi = g.n;
+    chunk_of_thread(1, g.n, tid, team, lo, hi);
+    blocks.push_back(std::make_unique<first_pass>(g, state, lo, hi));
+    blocks.back()->allocate_counts();
+  }
+  const auto for_blocks = [&blocks, team](auto step) {
+    run_team(team, team, [&](const row_range& range) {
+      for (int b = range.lo; b <= range.hi; ++b) step(*blocks[static_cast<std::size_t>(b - 1)]);
+    });
+  };
+  for_blocks([](first_pass& block) { block.count(); });
+  for (const auto& block : blocks) block->allocate_lists();
+  trace(1, "pcol:after initialization", parm::itrace_split);
+  for_blocks([](first_pass& block) { block.run(); });
+  trace(1, "pcol:after main coarsening phase", parm::itrace_split);
+}
+
+void settle_interfaces(const couplings& g, view<int> state) {
+  for (int i = 1; i <= g.n; ++i)
+    if (state[i] == state_undecided && has_strong(g, state, i, state_c)) state[i] = state_f;
+  trace(1, "pcol:after interface_split", parm::itrace_split);
+}
+
+bool has_strong(const couplings& g, view<const int> state, int i, int wanted) {
+  for (int p = g.ia[i] + 1; p <= g.last_strong(i); ++p)
+    if (state[g.ja[p]] == wanted) return true;
+  return false;
 }
 
 }  // namespace tier

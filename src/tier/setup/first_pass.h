@@ -57,4 +57,13 @@ class first_pass {
   work_array<node> nodes_;
 };
 
+/// The first pass on 1..n; with threads, each on its block of consecutive rows.
+void run_first_pass(const couplings& g, view<int> state, bool threads);
+
+/// Makes undecided variables F that found no C within their block but have one beyond it.
+void settle_interfaces(const couplings& g, view<int> state);
+
+/// True when one of the strong couplings of i has the state.
+bool has_strong(const couplings& g, view<const int> state, int i, int wanted);
+
 }  // namespace tier

@@ -59,10 +59,7 @@ bool interpolation_row::eliminate_row(int j) {
 
 bool interpolation_row::eliminate_rows(bool extended) {
   const int diagonal = m_.ia[i_], end = m_.ia[i_ + 1], last = m_.last_strong(i_);
-  for (int p = diagonal + 1; p <= last; ++p) {
-    const int j = m_.ja[p];
-    if (icg_[j] < 0 && couples(j) && !eliminate_row(j)) return false;
-  }
+  if (!for_fine_neighbours(false, [this](int j) { return eliminate_row(j); })) return false;
   if (!extended) return true;
   const double limit = std::abs(m_.a[diagonal + 1]) * o_.ewt2;
   for (int p = last + 1; p < end; ++p)
@@ -76,6 +73,18 @@ bool interpolation_row::eliminate_weights(int j, const weight_rows& old) {
   value_[slot] = 0.0;
   for (int p = old.iw[j]; p < old.iw[j + 1]; ++p)
     if (!add(old.jw[p], c * old.w[p], true)) return false;
+  return true;
+}
+
+bool interpolation_row::take(int i, const weight_rows& old) {
+  i_ = i;
+  size_ = 1;
+  if (old.iw[i + 1] - old.iw[i] >= capacity_) return false;
+  for (int p = old.iw[i]; p < old.iw[i + 1]; ++p) {
+    ++size_;
+    column_[size_] = old.jw[p];
+    value_[size_] = old.w[p];
+  }
   return true;
 }
 
@@ -124,13 +133,13 @@ void interpolation_row::scale(const scales& s) {
   for (int k = 2; k <= size_; ++k) value_[k] *= value_[k] > 0.0 ? s.positive : s.negative;
 }
 
-void interpolation_row::truncate(double etr) {
+void interpolation_row::truncate(double etr, int ntr1) {
   double largest = 0.0, smallest = 0.0;
   for (int s = 2; s <= size_; ++s) {
     largest = std::max(largest, value_[s]);
     smallest = std::min(smallest, value_[s]);
   }
-  if (o_.ntr1 == 1) {
+  if (ntr1 == 1) {
     largest = std::max(largest, -smallest);
     smallest = -largest;
   }
@@ -161,16 +170,16 @@ void interpolation_row::scale_to_unit_row_sum() {
   for (int s = 2; s <= size_; ++s) value_[s] /= sum;
 }
 
-interpolation_row::result interpolation_row::finish(double etr) {
+interpolation_row::result interpolation_row::finish(double etr, int ntr1) {
   const double diagonal = value_[1];
   sums all;
   const sums kept = pack_interpolatory(all);
   scales s = correct(diagonal, kept, all);
   if (size_ == 1 || s.diagonal <= 0.0) return result::no_weights;
   scale(s);
-  if (etr > 0.0 && o_.ntr1 >= 1) {
+  if (etr > 0.0 && ntr1 >= 1) {
     // The second correction takes the place of the first: the truncated row keeps the untruncated row's sum.
-    truncate(etr);
+    truncate(etr, ntr1);
     s = correct(diagonal, sum_slots(), all);
     if (size_ == 1 || s.diagonal <= 0.0) return result::no_weights;
     scale(s);

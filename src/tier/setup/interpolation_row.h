@@ -19,12 +19,13 @@ struct interpolation_options {
 struct weight_rows {
   view<const int> iw, jw;
   view<const double> w;
+  bool has(int j) const { return iw && iw[j + 1] > iw[j]; }
 };
 
 /// The slots of one row. Slot 1 is the diagonal; columns that are eliminated keep their slot with value 0.
 class interpolation_row {
  public:
-  enum class result { weights, no_weights, no_room };
+  enum class result { weights, no_weights };
 
   /// slot_of: scratch [1..n] of zeros, zero again after each row; columns, values and flags: scratch of
   /// `capacity` slots, [1..capacity].
@@ -50,9 +51,22 @@ class interpolation_row {
   /// Replaces column j by its interpolation row. False: no room.
   bool eliminate_weights(int j, const weight_rows& old);
 
+  /// Row i as it was; no further step is needed. False: no room.
+  bool take(int i, const weight_rows& old);
+
+  /// Columns behind the diagonal that A couples row i with: all of them, or the strong ones.
+  template <class Visit>
+  bool for_fine_neighbours(bool all, Visit visit) const {
+    const int last = all ? m_.ia[i_ + 1] - 1 : m_.last_strong(i_);
+    for (int p = m_.ia[i_] + 1; p <= last; ++p)
+      if (icg_[m_.ja[p]] < 0 && couples(m_.ja[p]) && !visit(m_.ja[p])) return false;
+    return true;
+  }
+
   /// Turns the slots into weights, kept in slots 2..size(); clears slot_of. no_weights: nothing left or the
-  /// diagonal is not positive.
-  result finish(double etr);
+  /// diagonal is not positive. ntr1 1: one truncation limit for both signs, 2: one for each, 0: none.
+  result finish(double etr, int ntr1);
+  result finish() { return finish(o_.etr, o_.ntr1); }
 
   /// Clears slot_of of a row that is given up.
   void abandon();
@@ -88,7 +102,7 @@ class interpolation_row {
   sums pack_interpolatory(sums& all);
   static scales correct(double diagonal, const sums& kept, const sums& all);
   void scale(const scales& s);
-  void truncate(double etr);
+  void truncate(double etr, int ntr1);
   sums sum_slots() const;
   void scale_to_unit_row_sum();
 

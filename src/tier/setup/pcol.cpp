@@ -2,14 +2,11 @@
 #include "tier/setup/pcol.h"
 
 #include <cstdio>
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/setup/first_pass.h"
-#include "tier/setup/team.h"
 
 namespace tier {
 
@@ -22,39 +19,6 @@ int first_state(const couplings& m, const pcol_options& o, int i) {
   if (last > m.ia[i]) return state_undecided;
   if (last == 0 && o.iset_vio_dd >= 1) return state_c;
   return state_ff;
-}
-
-bool has_strong(const couplings& m, view<const int> state, int i, int wanted) {
-  for (int p = m.ia[i] + 1; p <= m.last_strong(i); ++p)
-    if (state[m.ja[p]] == wanted) return true;
-  return false;
-}
-
-void run_first_pass(const couplings& m, const pcol_options& o, view<int> state) {
-  const int team = o.threads ? setup_team(m.n) : 1;
-  std::vector<std::unique_ptr<first_pass>> blocks;
-  for (int tid = 0; tid < team; ++tid) {
-    int lo = 1, hi = m.n;
-    chunk_of_thread(1, m.n, tid, team, lo, hi);
-    blocks.push_back(std::make_unique<first_pass>(m, state, lo, hi));
-    blocks.back()->allocate_counts();
-  }
-  const auto for_blocks = [&blocks, team](auto step) {
-#pragma omp parallel for num_threads(team) schedule(static, 1) if (team > 1)
-    for (int b = 0; b < team; ++b) step(*blocks[static_cast<std::size_t>(b)]);
-  };
-  for_blocks([](first_pass& block) { block.count(); });
-  for (const auto& block : blocks) block->allocate_lists();
-  trace(1, "pcol:after initialization");
-  for_blocks([](first_pass& block) { block.run(); });
-  trace(1, "pcol:after main coarsening phase");
-}
-
-/// Variables that found no C within their block but have one beyond it.
-void settle_interfaces(const couplings& m, view<int> state) {
-  for (int i = 1; i <= m.n; ++i)
-    if (state[i] == state_undecided && has_strong(m, state, i, state_c)) state[i] = state_f;
-  trace(1, "pcol:after interface_split");
 }
 
 int clean_up(const couplings& m, int nxf_clean, view<int> state) {
@@ -81,7 +45,7 @@ split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
     any_strong = any_strong || state[i] == state_undecided;
   }
   if (any_strong) {
-    run_first_pass(m, o, state);
+    run_first_pass(m, state, o.threads);
     if (o.threads) settle_interfaces(m, state);
     n.switched = clean_up(m, o.nxf_clean, state);
   }

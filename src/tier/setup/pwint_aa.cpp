@@ -19,7 +19,7 @@ weight_assembly::outcome compute_row(interpolation_row& row, int i, const interp
       row.abandon();
       return outcome::no_room;
     }
-    if (row.finish(o.etr) == interpolation_row::result::weights) return outcome::weights;
+    if (row.finish() == interpolation_row::result::weights) return outcome::weights;
     if (eliminate) return outcome::becomes_c;
     eliminate = true;
   }

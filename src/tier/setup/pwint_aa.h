@@ -19,4 +19,21 @@ struct multipass_counts {
   int turned_c = 0, turned_ff = 0, attempts = 0, passes = 0;
 };
 
+/// nwtint 4, multipass: rows without a strong C neighbour wait for a later pass, in which strong F neighbours
+/// that are interpolated by then are replaced by their rows. Variables that no pass reaches become C while
+/// the coarse level stays below gmax_multipass, else FF, and another attempt is made.
+multipass_counts pwint2_aa(level& lv, const interpolation_options& o, bool own_unknown, bool by_points);
+
+struct improvement_counts {
+  int truncated_by_sign = 0, all_connections = 0;
+};
+
+/// Jacobi improvement: each F row is the row of A with its F neighbours replaced by their interpolation rows.
+/// Rows that come to nothing are tried with a truncation limit per sign, with all C connections, and stay as
+/// they were at last.
+improvement_counts pwiter(level& lv, const interpolation_options& o, bool own_unknown, bool by_points);
+
+/// Gives the other unknowns of each fine point the interpolation of its primary unknown.
+void pwforce(level& lv, int nprim);
+
 }  // namespace tier

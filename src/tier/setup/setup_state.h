@@ -34,7 +34,7 @@ struct setup_state {
   const setup_controls s;
   setup_record& record;
   bool warn_slow = true;     // the warning of slow coarsening may still come on this level
-  bool split_matrix = true;  // the matrix itself is sorted and split, beside the primary matrix or alone
+  bool split_matrix = true;  // with a primary matrix: the matrix itself is sorted too
 
   bool reports() const { return c.dump_level >= 0; }
   bool own_unknown() const { return c.nstyp >= 2; }

@@ -2,11 +2,15 @@
 #include "tier/setup/strength.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
 #include "tier/frame/timers.h"
+#include "tier/setup/primary.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/weight_assembly.h"
 
@@ -44,6 +48,15 @@ coarsening test_couplings(setup_state& t, const level& lv, const strength_counts
   return stop_coarsening(t, std::string("diagonal dominance, eps=") + limit);
 }
 
+primary_options primary_options_of(const controls& c) {
+  primary_options o;
+  o.nprim = c.nprim;
+  o.norm = parm::prim_norm;
+  o.sum_diagonal = c.internal == 3;
+  if (parm::ntr_prim != 0) o.truncation = std::pow(10.0, -std::abs(parm::ntr_prim));
+  return o;
+}
+
 [[noreturn]] void inconsistent(const char* text, const char* second = nullptr) {
   info(message_class::error, text);
   if (second) info(message_class::error, second);
@@ -61,15 +74,48 @@ void check_approach(const controls& c) {
   if (c.nstyp == 3 && c.internal == 0 && c.nprim == 0)
     inconsistent("If no internal primary matrix is selected, point-based",
                  "approaches require the setting of a primary variable!");
+  if (c.nstyp == 3 && c.nint_force == 2 && c.nprim == 0)
+    fail(ierr_missing_variable, "Selected approach requires setting of primary variable!");
+}
+
+couplings primary_couplings(level& lv) { return {lv.npnts, lv.ib, lv.jb, lv.b, {}}; }
+
+void check_released(const controls& c, const setup_controls& s) {
+  if (s.nred >= 5) not_released("nred");
+  if (c.nstyp == 3) {
+    if (c.internal == 1) fail(ierr_missing_variable, "No coordinates available (setup_i)!");
+    if (c.internal == 2) fail(ierr_not_released, "Requested approach not yet implemented!");
+    if (c.internal >= 5) not_released("internal");
+  }
+  if (c.nint_weights == 2 || c.nint_weights == 3)
+    fail(ierr_missing_variable, "Coordinates are not available (pwint1_ca)");
+  if (c.nint_weights == 5)
+    fail(ierr_not_released, "Selected type of interpolation weights not yet implemented!");
+  if (c.nint_weights != 1 || c.nint_pat != 1)
+    fail(ierr_not_released, "Requested type of interpolation not (yet) released (driver_int)");
+  if (s.itint > 0 && c.nstyp == 3 && c.nint_force != 1)
+    fail(ierr_not_released, "Requested Jacobi interpolation not (yet) released (driver_int)");
 }
 
 coarsening find_strong_couplings(setup_state& t, int k) {
   level& lv = t.h(k);
   if (test_size(t, lv) == coarsening::stops) return coarsening::stops;
   check_approach(t.c);
+  check_released(t.c, t.s);
   strength_counts& n = t.record.at[static_cast<std::size_t>(k)].strength;
-  n = sort_rows(t, couplings_of(lv, t.own_unknown()), t.effective_nprim());
-  return test_couplings(t, lv, n);
+  if (!t.uses_primary_matrix()) {
+    n = sort_rows(t, couplings_of(lv, t.own_unknown()), t.effective_nprim());
+    return test_couplings(t, lv, n);
+  }
+  {
+    const timed time(phase::primmat);
+    build_primary_matrix(lv, primary_options_of(t.c));
+  }
+  n = sort_rows(t, primary_couplings(lv), 0);
+  if (test_couplings(t, lv, n) == coarsening::stops) return coarsening::stops;
+  t.split_matrix = t.c.nint_force != 3 || parm::vio_dd != 0;
+  if (t.split_matrix) sort_rows(t, couplings_of(lv, true), t.effective_nprim());
+  return coarsening::goes_on;
 }
 
 }  // namespace tier

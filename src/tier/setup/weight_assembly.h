@@ -15,6 +15,18 @@ namespace tier {
 /// The couplings of a level's matrix within an unknown, or all of them.
 couplings couplings_of(const level& lv, bool own_unknown);
 
+/// The interpolation that a level has, taken out of it so that a new one can be built from it.
+struct detached_weights {
+  work_array<int> iw, jw;
+  work_array<double> w;
+  explicit detached_weights(level& lv) {
+    iw.swap(lv.iw);
+    jw.swap(lv.jw);
+    w.swap(lv.w);
+  }
+  weight_rows rows() const { return {iw, jw, w}; }
+};
+
 class weight_assembly {
  public:
   /// What the computation of a fine row can end with.

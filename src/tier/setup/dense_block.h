@@ -1,0 +1,29 @@
+// Solution with the small dense matrices of a point.
+// Called by the block interpolation.
+#pragma once
+
+#include <vector>
+
+namespace tier {
+
+/// Row-major rows x columns.
+struct dense_block {
+  int rows = 0, columns = 0;
+  std::vector<double> v;
+
+  void assign(int r, int c) {
+    rows = r;
+    columns = c;
+    v.assign(static_cast<std::size_t>(r) * static_cast<std::size_t>(c), 0.0);
+  }
+  double& operator()(int r, int c) { return v[static_cast<std::size_t>(r * columns + c)]; }
+  double operator()(int r, int c) const { return v[static_cast<std::size_t>(r * columns + c)]; }
+};
+
+/// x <- d^-1 x by Gauss with row exchanges; false: d is singular. d is overwritten.
+bool solve_from_left(dense_block& d, dense_block& x);
+
+/// The transpose.
+dense_block transposed(const dense_block& b);
+
+}  // namespace tier

@@ -1,0 +1,13 @@
+// Galerkin step of a level: product, repair of its diagonal, truncation.
+// Called by create_levels and by re-starts with new values.
+#pragma once
+
+#include "tier/frame/controls.h"
+#include "tier/frame/hierarchy.h"
+
+namespace tier {
+
+/// Forms the operator of level k + 1 over the interpolation of level k; a repair changes that interpolation.
+void form_operator(hierarchy& h, int k, const controls& c);
+
+}  // namespace tier

@@ -1,0 +1,26 @@
+// Block interpolation: one small dense system for each fine point.
+// Called by driver_int for point-based runs with block-wise interpolation.
+#pragma once
+
+#include "tier/frame/hierarchy.h"
+
+namespace tier {
+
+struct block_options {
+  int nwtint = 1;    // 1 direct, 2 and 3 with elimination of strong F points, 4 multipass
+  int nprim = 0;     // the unknown whose row tells the strong points; 0: the primary matrix does
+  int norm = 0;      // of a block: 0 Frobenius, 1 largest row sum, 2 largest entry
+  double etr = 0.2;  // truncation limit relative to the largest block, 0: none
+  bool use_primary_matrix = false;
+};
+
+/// Builds iw, jw, w of the level: point i has the weights w_j = -s D^-1 A_ij over its strong C points j, with
+/// the diagonal block D and s the sum of all block norms over that of the kept ones. A point without weights
+/// becomes C with all its variables; returns how many variables did. Serial.
+int pbint1(level& lv, const block_options& o);
+
+/// The same in passes: points without strong C point wait until strong F points have weights. ierr 140 where
+/// a pass reaches nobody.
+int pbint2(level& lv, const block_options& o);
+
+}  // namespace tier

@@ -64,15 +64,22 @@ class row_former {
   template <class Take>
   bool visit(int c, Take take) const {
     const level& f = fine_;
-    for (int t = f.rt[c]; t < f.rt[c + 1]; ++t) {
-      const int i = f.jrt[t];
+    const int* const ia = f.ia.data() - 1;
+    const int* const ja = f.ja.data() - 1;
+    const double* const a = f.a.data() - 1;
+    const int* const iw = f.iw.data() - 1;
+    const int* const jw = f.jw.data() - 1;
+    const double* const w = f.w.data() - 1;
+    const int last = f.rt[c + 1];
+    for (int t = f.rt[c]; t < last; ++t) {
+      const int i = f.jrt[t], end = ia[i + 1];
       const double r = f.wrt[t];
-      for (int p = f.ia[i]; p < f.ia[i + 1]; ++p) {
-        const double v = r * f.a[p];
+      for (int p = ia[i]; p < end; ++p) {
+        const double v = r * a[p];
         if (v == 0.0 && !keep_zeros_) continue;
-        const int l = f.ja[p];
-        for (int q = f.iw[l]; q < f.iw[l + 1]; ++q)
-          if (!take(f.jw[q], f.w[q] * v)) return false;
+        const int l = ja[p], row_end = iw[l + 1];
+        for (int q = iw[l]; q < row_end; ++q)
+          if (!take(jw[q], w[q] * v)) return false;
       }
     }
     return true;

@@ -2,7 +2,10 @@
 #include "support/tier/sparse_system.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
+#include <map>
+#include <random>
 #include <stdexcept>
 
 namespace testing_support {
@@ -97,6 +100,29 @@ sparse_system coupled(const sparse_system& scalar, int nsys, double coupling) {
       s.iu.push_back(function);
       s.ip.push_back(i);
     }
+  }
+  return s;
+}
+
+sparse_system random_system(int n, int degree, double positive_share, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<int> row(1, n);
+  std::uniform_real_distribution<double> size(0.05, 1.0), share(0.0, 1.0);
+  std::vector<std::map<int, double>> others(static_cast<std::size_t>(n) + 1);
+  for (int edge = 0; edge < n * degree / 2; ++edge) {
+    const int i = row(random), j = row(random);
+    if (i == j) continue;
+    const double v = size(random) * (share(random) < positive_share ? 0.5 : -1.0);
+    others[static_cast<std::size_t>(i)][j] = others[static_cast<std::size_t>(j)][i] = v;
+  }
+  sparse_system s;
+  for (int i = 1; i <= n; ++i) {
+    double diagonal = 0.01;
+    std::vector<std::pair<int, double>> row_of(others[static_cast<std::size_t>(i)].begin(),
+                                               others[static_cast<std::size_t>(i)].end());
+    for (const auto& [column, v] : row_of) diagonal += std::abs(v);
+    std::shuffle(row_of.begin(), row_of.end(), random);
+    s.add_row(diagonal, row_of);
   }
   return s;
 }

@@ -1,0 +1,149 @@
+// Set-up of TIER stage by stage: 5- and 7-point Poisson and KELD's own system of a ribbed plate. Counters
+// give the milliseconds of each stage, the levels, the operator complexity and the peak of the counted memory
+// over the caller's matrix and the hierarchy's own arrays.
+#include <benchmark/benchmark.h>
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "model/assembly.h"
+#include "model/model_tables.h"
+#include "model/pattern.h"
+#include "run/working_files.h"
+#include "support/model_maker.h"
+#include "tier/frame/controls.h"
+#include "tier/frame/threads.h"
+#include "tier/frame/timers.h"
+#include "tier/setup/create_levels.h"
+
+namespace {
+
+struct matrix {
+  int n = 0, nsys = 1;
+  std::vector<int> ia{1}, ja, iu;
+  std::vector<double> a;
+};
+
+/// 2 * dimensions on the diagonal, -1 to each neighbour of a grid of m in each direction.
+matrix poisson(int m, int dimensions) {
+  matrix s;
+  const int depth = dimensions == 3 ? m : 1;
+  s.n = m * m * depth;
+  for (int i = 0; i < s.n; ++i) {
+    const int x = i % m, y = i / m % m, z = i / (m * m);
+    const auto add = [&s](bool inside, int column, double v) {
+      if (!inside) return;
+      s.ja.push_back(column + 1);
+      s.a.push_back(v);
+    };
+    add(true, i, 2.0 * dimensions);
+    add(z > 0, i - m * m, -1.0);
+    add(y > 0, i - m, -1.0);
+    add(x > 0, i - 1, -1.0);
+    add(x < m - 1, i + 1, -1.0);
+    add(y < m - 1, i + m, -1.0);
+    add(z < depth - 1, i + m * m, -1.0);
+    s.ia.push_back(static_cast<int>(s.ja.size()) + 1);
+  }
+  return s;
+}
+
+matrix ribbed_plate(long triangles) {
+  keld::workingFiles = keld::composeWorkingFiles("/tmp/keld_setup_bench", "");
+  const int cells = static_cast<int>(std::lround(std::sqrt(static_cast<double>(triangles) / 2.2)));
+  keld::testing_support::loadModel(keld::testing_support::ribbedMesh(cells, cells, 10));
+  keld::testing_support::setStress(2e7, -1e7);
+  keld::testing_support::runModelStages();
+  keld::patternSearch();
+  keld::assemblePass(1, 1);
+  const keld::CompressedSystem& system = keld::systemOfPass;
+  matrix s;
+  s.n = keld::freedoms.freeDofCount;
+  s.nsys = 3;
+  s.ia.assign(system.rowStart.begin() + 1, system.rowStart.begin() + 2 + s.n);
+  s.ja.assign(system.columnIndex.begin() + 1, system.columnIndex.begin() + s.ia.back());
+  s.a.assign(system.matrixValue.begin() + 1, system.matrixValue.begin() + s.ia.back());
+  s.iu.assign(system.rowFunction.begin() + 1, system.rowFunction.begin() + 1 + s.n);
+  return s;
+}
+
+void set_first_level(tier::hierarchy& h, matrix& s) {
+  for (tier::level& lv : h.at) lv = tier::level();
+  h(1).n = s.n;
+  h(1).ia = tier::view<int>(s.ia.data());
+  h(1).ja = tier::view<int>(s.ja.data());
+  h(1).a = tier::view<double>(s.a.data());
+  if (s.nsys > 1) h(1).iu = tier::view<int>(s.iu.data());
+}
+
+/// Bytes that the counters say are in use, in the given counts of integers and reals.
+double bytes(std::int64_t integers, std::int64_t reals) {
+  return 4.0 * static_cast<double>(integers) + 8.0 * static_cast<double>(reals);
+}
+
+void run(benchmark::State& state, const matrix& original, int variant) {
+#ifdef _OPENMP
+  omp_set_num_threads(static_cast<int>(state.range(1)));
+#endif
+  tier::set_max_threads(1);
+  tier::controls c;
+  c.ncg = original.nsys > 1 ? 4 : 1;
+  c.nsys = original.nsys;
+  c.nstyp = original.nsys > 1 ? 2 : 1;
+  c.dump_level = -1;
+  c.ntyp_galerkin = variant;
+  tier::hierarchy h;
+  matrix s;
+  tier::clear_timers();
+  for (auto step : state) {
+    state.PauseTiming();
+    s = original;  // set-up reorders the rows
+    set_first_level(h, s);
+    tier::memory.memi = tier::memory.memd = 0;
+    state.ResumeTiming();
+    tier::create_levels(h, c);
+  }
+  const auto milliseconds = [&state](tier::phase p) {
+    return 1e3 * tier::accumulated(p) / static_cast<double>(state.iterations());
+  };
+  for (const tier::phase p : {tier::phase::rwsrt, tier::phase::split, tier::phase::pwint, tier::phase::opdfn})
+    state.counters[tier::name_of(p)] = milliseconds(p);
+  double entries = 0.0;
+  for (int k = 1; k <= h.levels_created; ++k) entries += h(k).entries();
+  const double caller = bytes(s.n + h(1).entries(), h(1).entries());
+  const double own = bytes(tier::memory.nisum, tier::memory.ndsum);
+  state.counters["levels"] = h.levels_created;
+  state.counters["complexity"] = entries / h(1).entries();
+  state.counters["peak/final"] = (caller + bytes(tier::memory.memi, tier::memory.memd)) / (caller + own);
+  state.counters["ns/entry"] =
+      benchmark::Counter(static_cast<double>(h(1).entries()) * 1e-9,
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void poisson2(benchmark::State& state) {
+  run(state, poisson(static_cast<int>(std::lround(std::sqrt(state.range(0)))), 2), 1);
+}
+void poisson3(benchmark::State& state) {
+  run(state, poisson(static_cast<int>(std::lround(std::cbrt(state.range(0)))), 3), 1);
+}
+void ribbedPlate(benchmark::State& state) { run(state, ribbed_plate(state.range(0)), 2); }
+
+void scalar_sizes(benchmark::internal::Benchmark* bench) {
+  bench->Unit(benchmark::kMillisecond)->UseRealTime()->ArgNames({"rows", "threads"});
+  for (long rows : {10000, 100000, 1000000})
+    for (long threads : {1, 2}) bench->Args({rows, threads});
+}
+void plate_sizes(benchmark::internal::Benchmark* bench) {
+  bench->Unit(benchmark::kMillisecond)->UseRealTime()->ArgNames({"triangles", "threads"});
+  for (long triangles : {10000, 40000, 160000})
+    for (long threads : {1, 2}) bench->Args({triangles, threads});
+}
+BENCHMARK(poisson2)->Apply(scalar_sizes);
+BENCHMARK(poisson3)->Apply(scalar_sizes);
+BENCHMARK(ribbedPlate)->Apply(plate_sizes);
+
+}  // namespace

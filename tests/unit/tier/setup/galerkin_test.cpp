@@ -1,0 +1,261 @@
+// Galerkin products against explicit triple products, truncation and repair.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include <cmath>
+#include <cstring>
+
+#include "support/tier/sparse_system.h"
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
+#include "tier/frame/threads.h"
+#include "tier/setup/correct.h"
+#include "tier/setup/galerkin_step.h"
+#include "tier/setup/galerkin_truncate.h"
+#include "tier/setup/opdfn.h"
+#include "tier/setup/pcol.h"
+#include "tier/setup/prepare_opdfn.h"
+#include "tier/setup/pwint_aa.h"
+#include "tier/setup/rwsrt.h"
+#include "tier/setup/weight_assembly.h"
+
+namespace {
+
+using namespace testing_support;
+using dense = std::vector<std::vector<double>>;
+
+dense zeros(int rows, int columns) {
+  return dense(static_cast<std::size_t>(rows) + 1,
+               std::vector<double>(static_cast<std::size_t>(columns) + 1, 0.0));
+}
+
+template <class Pointers, class Columns, class Values>
+dense dense_of(int rows, int columns, const Pointers& ia, const Columns& ja, const Values& a) {
+  dense d = zeros(rows, columns);
+  for (int i = 1; i <= rows; ++i)
+    for (int p = ia[i]; p < ia[i + 1]; ++p)
+      d[static_cast<std::size_t>(i)][static_cast<std::size_t>(ja[p])] += a[p];
+  return d;
+}
+
+dense product(const dense& a, const dense& b) {
+  dense c(a.size(), std::vector<double>(b[0].size(), 0.0));
+  for (std::size_t i = 1; i < a.size(); ++i)
+    for (std::size_t k = 1; k < b.size(); ++k)
+      for (std::size_t j = 1; j < b[0].size(); ++j) c[i][j] += a[i][k] * b[k][j];
+  return c;
+}
+
+dense transposed(const dense& a) {
+  dense t(a[0].size(), std::vector<double>(a.size(), 0.0));
+  for (std::size_t i = 1; i < a.size(); ++i)
+    for (std::size_t j = 1; j < a[0].size(); ++j) t[j][i] = a[i][j];
+  return t;
+}
+
+/// Level 1 with its interpolation, level 2 laid out.
+struct two_levels {
+  sparse_system s;
+  tier::hierarchy h;
+
+  explicit two_levels(sparse_system system) : s(std::move(system)) {
+    set_first_level(h, s);
+    tier::level& lv = h(1);
+    tier::rwsrt(tier::couplings_of(lv, false), {});
+    lv.icg.allocate(lv.n, "icg", "test");
+    tier::pcol(tier::couplings_of(lv, false), {}, lv.icg);
+    tier::pwint1_aa(lv, {}, false, false);
+    tier::restore_diagonals(lv.n, lv.ia, lv.ja);
+    tier::prepare_opdfn(lv, h(2));
+  }
+};
+
+class Galerkin : public testing::TestWithParam<std::tuple<int, int>> {};
+
+TEST_P(Galerkin, EqualsTheTripleProductInEveryVariant) {
+  const auto [variant, threads] = GetParam();
+#ifdef _OPENMP
+  omp_set_num_threads(threads);
+#endif
+  tier::set_max_threads(1000);
+  two_levels t(random_system(8000, 6, 0.1, 11));
+  tier::opdfn(t.h(1), t.h(2), tier::opdfn_variant::detrlen, false);
+  tier::level reference = std::move(t.h(2));
+  t.h(2) = tier::level();
+  t.h(2).n = reference.n;
+  tier::set_max_threads(1);
+
+  tier::opdfn(t.h(1), t.h(2), static_cast<tier::opdfn_variant>(variant), false);
+
+  const tier::level& coarse = t.h(2);
+  ASSERT_EQ(coarse.entries(), reference.entries());
+  const auto entries = static_cast<std::size_t>(coarse.entries());
+  EXPECT_EQ(std::memcmp(coarse.ja.data(), reference.ja.data(), entries * sizeof(int)), 0);
+  EXPECT_EQ(std::memcmp(coarse.a.data(), reference.a.data(), entries * sizeof(double)), 0);
+  EXPECT_EQ(coarse.own_ja.size(), coarse.entries());
+}
+
+INSTANTIATE_TEST_SUITE_P(Variants, Galerkin, testing::Combine(testing::Range(1, 7), testing::Values(1, 3)));
+
+TEST(Opdfn, EqualsTheExplicitTripleProduct) {
+  two_levels t(random_system(300, 6, 0.3, 5));
+  const tier::level& fine = t.h(1);
+  tier::opdfn(fine, t.h(2), tier::opdfn_variant::standard, false);
+  const tier::level& coarse = t.h(2);
+  const dense p = dense_of(fine.n, coarse.n, fine.iw, fine.jw, fine.w);
+  const dense expected =
+      product(transposed(p), product(dense_of(fine.n, fine.n, fine.ia, fine.ja, fine.a), p));
+  const dense actual = dense_of(coarse.n, coarse.n, coarse.ia, coarse.ja, coarse.a);
+  for (int i = 1; i <= coarse.n; ++i) {
+    EXPECT_EQ(coarse.ja[coarse.ia[i]], i);
+    for (std::size_t j = 1; j < actual.size(); ++j)
+      ASSERT_NEAR(actual[static_cast<std::size_t>(i)][j], expected[static_cast<std::size_t>(i)][j], 1e-13);
+  }
+}
+
+// Identity interpolation, a stored zero at (1, 2): it makes an entry when zeros are kept.
+TEST(Opdfn, StoredZeros) {
+  for (const bool keep : {false, true}) {
+    for (const int variant : {1, 2, 6}) {
+      sparse_system s;
+      s.add_row(1.0, {{2, 0.0}});
+      s.add_row(1.0, {{1, -1.0}});
+      tier::hierarchy h;
+      set_first_level(h, s);
+      h(1).icg.allocate(2, 1, "icg", "test");
+      h(1).iw.allocate(3, 0, "iw", "test");
+      h(1).jw.allocate(2, 0, "jw", "test");
+      h(1).w.allocate(2, 1.0, "w", "test");
+      for (int i = 1; i <= 3; ++i) h(1).iw[i] = i;
+      for (int i = 1; i <= 2; ++i) h(1).jw[i] = i;
+      tier::prepare_opdfn(h(1), h(2));
+
+      tier::opdfn(h(1), h(2), static_cast<tier::opdfn_variant>(variant), keep);
+
+      EXPECT_EQ(h(2).entries(), keep ? 4 : 3);
+    }
+  }
+}
+
+tier::level level_of(const sparse_system& s) {
+  tier::level lv;
+  lv.n = s.n;
+  lv.own_ia.allocate(s.n + 1, "ia", "test");
+  lv.own_ja.allocate(static_cast<int>(s.ja.size()), "ja", "test");
+  lv.own_a.allocate(static_cast<int>(s.a.size()), "a", "test");
+  std::copy(s.ia.begin(), s.ia.end(), lv.own_ia.data());
+  std::copy(s.ja.begin(), s.ja.end(), lv.own_ja.data());
+  std::copy(s.a.begin(), s.a.end(), lv.own_a.data());
+  lv.ia = lv.own_ia;
+  lv.ja = lv.own_ja;
+  lv.a = lv.own_a;
+  return lv;
+}
+
+struct truncation_case {
+  const char* name;
+  double a12, a21;  // beside a_13 = a_31 = -1, diagonals 2
+  bool by_rows;
+  std::vector<int> lengths;         // of the rows left; empty: ierr 152
+  std::vector<double> diagonals{};  // of them
+};
+class Truncation : public testing::TestWithParam<truncation_case> {};
+
+TEST_P(Truncation, DropsOntoTheDiagonal) {
+  const truncation_case& c = GetParam();
+  sparse_system s;
+  s.add_row(2.0, {{2, c.a12}, {3, -1.0}});
+  s.add_row(2.0, c.a21 == 0.0 ? std::vector<std::pair<int, double>>{}
+                              : std::vector<std::pair<int, double>>{{1, c.a21}});
+  s.add_row(2.0, {{1, -1.0}});
+  tier::level lv = level_of(s);
+  tier::parm::mode_mess = -3;
+
+  int ierr = 0;
+  try {
+    tier::galerkin_truncate(lv, 0.1, c.by_rows);
+  } catch (const tier::failure& e) {
+    ierr = e.ierr;
+  }
+
+  ASSERT_EQ(ierr, c.lengths.empty() ? 152 : 0);
+  for (std::size_t i = 1; i <= c.lengths.size(); ++i) {
+    const int row = static_cast<int>(i);
+    EXPECT_EQ(lv.ia[row + 1] - lv.ia[row], c.lengths[i - 1]);
+    EXPECT_DOUBLE_EQ(lv.a[lv.ia[row]], c.diagonals[i - 1]);
+    EXPECT_EQ(lv.ja[lv.ia[row]], row);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Truncation,
+    testing::Values(truncation_case{"AtTheLimitGoes", -0.2, -0.2, true, {2, 1, 2}, {1.8, 1.8, 2}},
+                    truncation_case{"EachRowByItself", -0.1, -1.0, true, {2, 2, 2}, {1.9, 2, 2}},
+                    truncation_case{"CounterpartGoesToo", -0.1, -1.0, false, {2, 1, 2}, {1.9, 1, 2}},
+                    truncation_case{"CounterpartMissing", -0.1, 0.0, false, {}},
+                    truncation_case{"DiagonalUsedUp", -0.1, -2.5, false, {}}),
+    [](const auto& c) { return std::string(c.param.name); });
+
+// P = [1 0; 0 1; -3 1.5] and A = diag(1, 1, d) with a_13 = a_31 = c: A_c(1,1) = 1 - 6c + 9d.
+struct repair_case {
+  const char* name;
+  double w1, d, c;
+  int maxop_restart;
+  std::vector<double> expected;  // F row's weights afterwards; empty: ierr 100
+};
+class Repair : public testing::TestWithParam<repair_case> {};
+
+TEST_P(Repair, MakesDiagonalsPositive) {
+  const repair_case& c = GetParam();
+  sparse_system s;
+  s.add_row(1.0, {{3, c.c}});
+  s.add_row(1.0, {});
+  s.add_row(c.d, {{1, c.c}});
+  tier::hierarchy h;
+  set_first_level(h, s);
+  tier::level& lv = h(1);
+  lv.icg.allocate(3, 1, "icg", "test");
+  lv.icg[3] = -1;
+  lv.iw.allocate(4, 0, "iw", "test");
+  lv.jw.allocate(4, 0, "jw", "test");
+  lv.w.allocate(4, 1.0, "w", "test");
+  const std::vector<int> iw{1, 2, 3, 5}, jw{1, 2, 1, 2};
+  std::copy(iw.begin(), iw.end(), lv.iw.data());
+  std::copy(jw.begin(), jw.end(), lv.jw.data());
+  lv.w[3] = c.w1;
+  lv.w[4] = 1.5;
+  tier::prepare_opdfn(lv, h(2));
+  tier::controls controls;
+  controls.ntyp_galerkin = 2;
+  tier::parm::maxop_restart = c.maxop_restart;
+  tier::parm::mode_mess = -3;
+
+  int ierr = 0;
+  try {
+    tier::form_operator(h, 1, controls);
+  } catch (const tier::failure& e) {
+    ierr = e.ierr;
+  }
+
+  ASSERT_EQ(ierr, c.expected.empty() ? 100 : 0);
+  if (ierr != 0) return;
+  ASSERT_EQ(lv.iw[4] - lv.iw[3], static_cast<int>(c.expected.size()));
+  for (int k = 0; k < lv.iw[4] - lv.iw[3]; ++k)
+    EXPECT_DOUBLE_EQ(lv.w[lv.iw[3] + k], c.expected[static_cast<std::size_t>(k)]);
+  EXPECT_EQ(lv.rt[3] - 1, lv.iw[4] - 1) << "the transpose follows";
+  for (int i = 1; i <= 2; ++i) EXPECT_GT(h(2).a[h(2).ia[i]], 0.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Repair,
+                         testing::Values(repair_case{"GoodStays", -0.5, 1.0, 0.1, 2, {-0.5, 1.5}},
+                                         repair_case{
+                                             "NegativeWeightGoesRowSumStays", -0.5, 1.0, 1.3, 2, {1.0}},
+                                         repair_case{"PositiveWeightIsHalved", 1.0, 0.1, -0.6, 2, {0.5, 1.5}},
+                                         repair_case{"GivesUp", 8.0, 0.0001, -0.9, 1, {}}),
+                         [](const auto& c) { return std::string(c.param.name); });
+
+}  // namespace

@@ -1,0 +1,315 @@
+"""From a mesh file to the triangles and runners of a job: reading, cutting, merging, choosing.
+
+Called by job_cli. Gmsh, STL and other formats come through meshio, card decks through readers of their own.
+"""
+
+from __future__ import annotations
+
+import contextlib
+import io
+import math
+import re
+import resource
+import warnings
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import meshio
+import numpy as np
+
+from . import abaqus_deck, nastran_deck, surface
+from .findings import BadFile, Findings, count_of
+from .raw_mesh import RawMesh, filled
+
+DECKS = {".bdf": nastran_deck, ".nas": nastran_deck, ".fem": nastran_deck, ".dat": nastran_deck, ".inp": abaqus_deck}
+CORNERS = {"triangle": 3, "triangle6": 3, "triangle7": 3, "quad": 4, "quad8": 4, "quad9": 4}
+LINES = {"line", "line3"}
+FARTHEST = 1e6  # mm; beyond it a coordinate is damaged or in a wrong unit
+STL_TOLERANCE = 1e-6  # of the part's extent: nodes of an STL that lie nearer are one
+
+
+@dataclass
+class JobMesh:
+    """The mesh of a job in mm, indices from 0; triangles first, then runners, in the file's order."""
+
+    points: np.ndarray  # (N, 3)
+    node_numbers: np.ndarray  # (N,) the number of each node in the mesh file
+    triangles: np.ndarray  # (T, 3)
+    source: np.ndarray  # (T,) index into the file's shell elements
+    shell_numbers: np.ndarray  # (S,) their numbers in the file
+    runners: np.ndarray  # (R, 2)
+    diameter: np.ndarray  # (R,) mm, nan where unknown
+    runner_numbers: np.ndarray  # (R,)
+    card_thickness: np.ndarray  # (S,) mm, nan where the file gives none
+    groups: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) mask
+    cell_data: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) or (S, n)
+    notes: list[str] = field(default_factory=list)
+
+    @property
+    def numbers(self) -> np.ndarray:
+        """(T,) the mesh file's number of each triangle's element."""
+        return self.shell_numbers[self.source]
+
+    @property
+    def extent(self) -> float:
+        return float(np.ptp(self.points[np.unique(self.triangles)], axis=0).max()) if len(self.triangles) else 0.0
+
+
+def read_raw(path: Path) -> RawMesh:
+    """The mesh of a file. Raises BadFile for whatever can't be read."""
+    if not path.is_file():
+        raise BadFile(path, "there is no such mesh file")
+    deck = DECKS.get(path.suffix.lower())
+    try:
+        return deck.read(path) if deck else from_meshio(path)
+    except (OSError, MemoryError) as error:
+        raise BadFile(path, f"can't be read: {error}") from None
+
+
+def from_meshio(path: Path) -> RawMesh:
+    """Any format of meshio. Its readers end in every kind of exception on a bad file, even in an exit."""
+    said = io.StringIO()
+    try:
+        with (
+            contextlib.redirect_stdout(said),
+            contextlib.redirect_stderr(said),
+            warnings.catch_warnings(),
+            limited_memory(2**30 + 60 * path.stat().st_size),
+        ):
+            # NumPy only warns of text in place of a number and of numbers beyond an integer's range.
+            warnings.filterwarnings("error", "string or file could not be read", DeprecationWarning)
+            warnings.filterwarnings("error", "NumPy will stop allowing conversion", DeprecationWarning)
+            mesh = meshio.read(path)
+            raw = from_blocks(mesh, path)
+    except (Exception, SystemExit) as error:
+        if isinstance(error, BadFile):
+            raise
+        words = " ".join((said.getvalue() if isinstance(error, SystemExit) else str(error)).split())
+        raise BadFile(path, f"can't be read as a mesh: {words[:200] or type(error).__name__}") from None
+    raw.shares_nodes = path.suffix.lower() != ".stl"
+    return raw
+
+
+@contextlib.contextmanager
+def limited_memory(more: int):
+    """Let the process grow by `more` bytes at most: a damaged count makes meshio ask for all the memory there is."""
+    soft, hard = resource.getrlimit(resource.RLIMIT_AS)
+    pages = int(Path("/proc/self/statm").read_text().split()[0])
+    wanted = pages * resource.getpagesize() + more
+    resource.setrlimit(resource.RLIMIT_AS, (wanted if soft < 0 else min(soft, wanted), hard))
+    try:
+        yield
+    finally:
+        resource.setrlimit(resource.RLIMIT_AS, (soft, hard))
+
+
+def from_blocks(mesh: meshio.Mesh, path: Path) -> RawMesh:
+    """Cell blocks of meshio as shells and lines; numbers are places in the file, counted from 1."""
+    points = np.asarray(mesh.points, float)
+    points = np.column_stack([points, np.zeros((len(points), 3 - points.shape[1]))])
+    shells, lines, left_out, chosen = [], [], {}, []
+    referenced = np.zeros(len(points), bool)
+    for index, block in enumerate(mesh.cells):
+        data = np.asarray(block.data, np.int64)
+        if data.size and (data.min() < 0 or data.max() >= len(points)):
+            raise BadFile(path, f"an element of kind {block.type} has a node that isn't in the file")
+        if block.type != "vertex":
+            referenced[data.ravel()] = True
+        if block.type in CORNERS:
+            corners = CORNERS[block.type]
+            shells.append(np.column_stack([data[:, :corners], np.full((len(data), 4 - corners), -1)]))
+            chosen.append(index)
+        elif block.type in LINES:
+            lines.append(data[:, :2])
+        elif block.type != "vertex":
+            left_out[block.type] = left_out.get(block.type, 0) + len(data)
+    shell = np.concatenate(shells) if shells else np.zeros((0, 4), np.int64)
+    line = np.concatenate(lines) if lines else np.zeros((0, 2), np.int64)
+    unknown = np.full(len(shell), math.nan)
+    data = {
+        name: np.concatenate([np.asarray(blocks[i]) for i in chosen])
+        for name, blocks in mesh.cell_data.items()
+        if chosen
+    }
+    if path.suffix.lower() == ".msh" and any(not name.startswith("gmsh:") for name in data):
+        check_element_data_order(path)
+    return filled(
+        points,
+        np.arange(1, len(points) + 1),
+        shell,
+        np.arange(1, len(shell) + 1),
+        unknown,
+        line,
+        np.arange(1, len(line) + 1),
+        np.full(len(line), math.nan),
+        groups=gmsh_groups(mesh, chosen, data),
+        cell_data=data,
+        left_out=left_out,
+        referenced=referenced,
+    )
+
+
+def gmsh_groups(mesh: meshio.Mesh, chosen: list[int], data: dict) -> dict[str, np.ndarray]:
+    """Physical groups of surfaces by name, and by number."""
+    groups = {}
+    if "gmsh:physical" in data:
+        tags = data["gmsh:physical"]
+        groups = {str(tag): tags == tag for tag in np.unique(tags)}
+        groups |= {name: tags == tag for name, (tag, dim) in mesh.field_data.items() if dim == 2}
+    for name, blocks in mesh.cell_sets.items():
+        if name in mesh.field_data and mesh.field_data[name][1] == 2:
+            groups[name] = np.concatenate([np.isin(np.arange(len(mesh.cells[i].data)), blocks[i]) for i in chosen])
+    return groups
+
+
+def check_element_data_order(path: Path) -> None:
+    """meshio takes $ElementData by order, whatever elements its lines name: only rising numbers are safe."""
+    for block in re.finditer(rb"\$ElementData\s(.*?)\$EndElementData", path.read_bytes(), re.S):
+        lines = block[1].split(b"\n")
+        try:
+            texts = int(lines[0])
+            reals = int(lines[1 + texts])
+            whole = int(lines[2 + texts + reals])
+            rows = lines[3 + texts + reals + whole :]
+            numbers = np.array([int(row.split(None, 1)[0]) for row in rows if row.strip()])
+        except (ValueError, IndexError):
+            return  # binary: meshio itself refuses another order
+        if (np.diff(numbers) <= 0).any():
+            raise BadFile(path, "the elements of $ElementData don't stand in rising order; give the values as a CSV")
+
+
+def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
+    """The job's mesh of what a file holds: mm, quadrilaterals cut, unused nodes dropped."""
+    points = raw.points * request.to_mm
+    notes = [f"{count} element{'s' * (count > 1)} of kind {kind} left out" for kind, count in raw.left_out.items()]
+    if raw.left_out:
+        findings.warn(str(request.path), "; ".join(notes) + ": KELD works on a mid-surface of triangles")
+    if not np.isfinite(points).all():
+        bad = raw.node_numbers[~np.isfinite(points).all(axis=1)]
+        findings.fault(str(request.path), f"{count_of(bad, 'node')} without finite coordinates")
+        points = np.where(np.isfinite(points), points, 0.0)
+    if np.abs(points).max(initial=0.0) > FARTHEST:
+        findings.fault(
+            str(request.path), f"a node lies {np.abs(points).max():g} mm from the origin, beyond {FARTHEST:g} mm"
+        )
+        points = np.clip(points, -FARTHEST, FARTHEST)
+    triangles, source = cut(points, raw.shells)
+    lines, line_numbers, diameter = raw.lines, raw.line_numbers, raw.line_diameter * request.to_mm
+    triangles, lines = merge(points, triangles, lines, raw, request, notes)
+    whole = (triangles != triangles[:, [1, 2, 0]]).all(axis=1)
+    if not whole.all():
+        findings.warn(
+            str(request.path),
+            f"{count_of(raw.shell_numbers[source[~whole]], 'triangle')} with a corner " "twice left out",
+        )
+        triangles, source = triangles[whole], source[whole]
+    runner = runner_mask(triangles, lines, request.runners)
+    if request.runners and len(lines) > runner.sum():
+        notes.append(f"{len(lines) - runner.sum()} two-node elements along edges of triangles left out")
+    mesh = JobMesh(
+        points,
+        raw.node_numbers,
+        triangles,
+        source,
+        raw.shell_numbers,
+        lines[runner],
+        diameter[runner],
+        line_numbers[runner],
+        raw.shell_thickness * request.to_mm,
+        raw.groups,
+        raw.cell_data,
+        notes,
+    )
+    if request.orient and len(triangles):
+        turn = surface.turned_alike(triangles, surface.edges_of(triangles))
+        mesh.triangles[turn] = mesh.triangles[turn][:, [0, 2, 1]]
+        notes.append(f"{turn.sum()} triangles turned round, so that neighbours agree")
+    drop_unused_nodes(mesh, raw, findings, str(request.path))
+    return mesh
+
+
+def cut(points: np.ndarray, shells: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
+    """Triangles (T, 3) of shells (S, 4) and the shell of each; a quadrilateral is cut along its shorter diagonal.
+
+    Where the shorter one lies outside (a re-entrant corner) the other is taken.
+    """
+    quad = (shells[:, 3] >= 0) & (shells[:, 3] != shells[:, 2])
+    q = shells[quad]
+    p = points[q]
+    across13 = np.linalg.norm(p[:, 2] - p[:, 0], axis=1) <= np.linalg.norm(p[:, 3] - p[:, 1], axis=1) * (1 + 1e-12)
+    by13, by24 = q[:, [0, 1, 2, 0, 2, 3]], q[:, [0, 1, 3, 1, 2, 3]]
+
+    def folded(halves):
+        both = [surface.crosses(points, halves[:, :3]), surface.crosses(points, halves[:, 3:])]
+        return np.einsum("ij,ij->i", *both) < 0
+
+    across13 = np.where(folded(by13) & ~folded(by24), False, across13 | (folded(by24) & ~folded(by13)))
+    first = shells[:, :3].copy()
+    halves = np.where(across13[:, None], by13, by24)
+    first[quad] = halves[:, :3]
+    every = np.concatenate([first, halves[:, 3:]])
+    source = np.concatenate([np.arange(len(shells)), np.flatnonzero(quad)])
+    order = np.argsort(source, kind="stable")
+    return every[order], source[order]
+
+
+def merge(points, triangles, lines, raw: RawMesh, request, notes: list[str]):
+    """Triangles and lines with nodes of one place made one, where asked or where the format shares none."""
+    tolerance = request.merge_tolerance
+    if tolerance is None and not raw.shares_nodes and len(points):
+        tolerance = STL_TOLERANCE * float(np.ptp(points, axis=0).max())
+    if tolerance is None or not len(points):
+        return triangles, lines
+    node = surface.merged_nodes(points, tolerance)
+    count = int((node != np.arange(len(points))).sum())
+    notes.append(f"{count} nodes merged with others at their place")
+    return node[triangles], node[lines]
+
+
+def runner_mask(triangles: np.ndarray, lines: np.ndarray, wanted: bool) -> np.ndarray:
+    """Two-node elements that are runners: those that don't lie along the edge of a triangle, as meshed curves do."""
+    if not wanted or not len(lines):
+        return np.zeros(len(lines), bool)
+    span = int(max(triangles.max(initial=0), lines.max())) + 1
+    low, high = np.sort(lines, axis=1).T
+    edges = surface.edges_of(triangles).nodes if len(triangles) else np.zeros((0, 2), np.int64)
+    return ~np.isin(low * span + high, edges[:, 0] * span + edges[:, 1])
+
+
+def drop_unused_nodes(mesh: JobMesh, raw: RawMesh, findings: Findings, place: str) -> None:
+    """Renumber without the nodes that nothing uses; those that no element of the file has are worth a warning."""
+    used = np.zeros(len(mesh.points), bool)
+    used[mesh.triangles.ravel()] = True
+    used[mesh.runners.ravel()] = True
+    new = np.cumsum(used) - 1
+    loose = raw.loose()
+    if loose.any():
+        findings.warn(place, f"{count_of(raw.node_numbers[loose], 'loose node')} left out: no element has them")
+    mesh.points, mesh.node_numbers = mesh.points[used], mesh.node_numbers[used]
+    mesh.triangles, mesh.runners = new[mesh.triangles], new[mesh.runners]
+
+
+def find_nodes(mesh: JobMesh, wanted: list, what: str, place: str, findings: Findings) -> list[int]:
+    """Node indices of numbers of the mesh file, or of the nodes nearest to points; triangles' nodes alone.
+
+    A point farther than a quarter of the part's extent from every node is a fault.
+    """
+    on_part = np.unique(mesh.triangles)
+    found = []
+    for entry in wanted:
+        if isinstance(entry, int):
+            index = np.flatnonzero(mesh.node_numbers == entry)
+            if not len(index):
+                findings.fault(place, f"{what} {entry} is no node of the mesh that an element uses")
+                continue
+            index = int(index[0])
+            if what == "boundary node" and index not in on_part:
+                findings.fault(place, f"boundary node {entry} belongs to no triangle")
+        else:
+            candidates = on_part if what == "boundary node" else np.arange(len(mesh.points))
+            distance = np.linalg.norm(mesh.points[candidates] - entry, axis=1)
+            index = int(candidates[distance.argmin()])
+            if distance.min() > 0.25 * mesh.extent:
+                findings.fault(place, f"the point {list(entry)} mm lies {distance.min():.4g} mm from the nearest node")
+        found.append(index)
+    return found

@@ -1,0 +1,312 @@
+"""Reading PART.toml: what the user asks for, with every fault named by line, section and key.
+
+Called by job_cli. Values leave here in the units of units.py; nothing here looks at the mesh.
+"""
+
+from __future__ import annotations
+
+import math
+import re
+import tomllib
+from dataclasses import dataclass, field
+from pathlib import Path
+
+from . import polymers, units
+from .findings import BadFile, Findings
+from .part_section import FieldRequest, Section, is_number
+from .polymers import Filler, Polymer
+
+
+@dataclass
+class MeshRequest:
+    path: Path = Path()
+    place: str = ""
+    to_mm: float = 1.0
+    merge_tolerance: float | None = None  # mm; None: only for formats without shared nodes
+    thickness: FieldRequest | None = None  # mm
+    thickness_by_group: dict[str, float] = field(default_factory=dict)  # mm
+    runners: bool = True
+    runner_diameter: float | None = None  # mm
+    gate_nodes: list = field(default_factory=list)  # numbers, or points in mm
+    orient: bool = False
+
+
+@dataclass
+class Conditions:
+    """Degrees Celsius; the fields that KELD only echoes keep their usual values where none is given."""
+
+    melt: float = math.nan
+    second_melt: float | None = None
+    mould: float = math.nan
+    ambient: float = 23.0
+    fill_time: float = 1.0  # s
+    packing_time: float = 5.0  # s
+    packing_pressure: float = 40.0  # MPa
+    cooling_time: float = 15.0  # s
+    opening_time: float = 5.0  # s
+    pressure: float = 80.0  # MPa
+    flow_rate: float = 30.0  # cm3/s
+
+
+@dataclass
+class Part:
+    title: str = ""
+    base: Path = Path()
+    mesh: MeshRequest = field(default_factory=MeshRequest)
+    polymer: Polymer = field(default_factory=Polymer)
+    second: Polymer | None = None
+    filler: Filler | None = None
+    conditions: Conditions = field(default_factory=Conditions)
+    fields: dict[str, FieldRequest] = field(default_factory=dict)
+    csv: Path | None = None
+    boundary_nodes: list = field(default_factory=list)  # numbers, or points in mm
+    direct_solver: bool = True
+    cycle_limit: int = 3000
+    places: dict[str, str] = field(default_factory=dict)  # section -> "file:line: [section]"
+
+
+# Per-element quantities of [fields]: name -> (kind of unit, number of components)
+FIELDS = {
+    "stress1": ("stress", 1),
+    "stress2": ("stress", 1),
+    "fibre_direction": ("number", 3),
+    "orientation": ("number", 1),
+    "kind_fraction": ("number", 1),
+    "ejection_temperature": ("temperature", 1),
+    "ejection_temperature_lower": ("temperature", 1),
+    "ejection_temperature_upper": ("temperature", 1),
+}
+
+
+def read_part_file(path: Path, findings: Findings) -> Part:
+    """The part of a TOML file. Raises BadFile when it can't be read or isn't TOML."""
+    try:
+        text = path.read_bytes().decode("utf-8")
+        document = tomllib.loads(text)
+    except OSError as error:
+        raise BadFile(path, f"can't be read: {error.strerror}") from None
+    except UnicodeDecodeError as error:
+        raise BadFile(path, f"is no UTF-8 text (byte {error.start})") from None
+    except (tomllib.TOMLDecodeError, RecursionError) as error:
+        raise BadFile(path, f"is no TOML: {error}") from None
+    return read_part(document, path, key_lines(text), findings, path.parent)
+
+
+def key_lines(text: str) -> dict[tuple[str, str], int]:
+    """(section, key) -> line number, (section, "") -> line of its head, for messages."""
+    lines, section = {}, ""
+    for number, line in enumerate(text.splitlines(), 1):
+        if head := re.match(r"\s*\[\s*([^\[\]]+?)\s*\]", line):
+            section = head[1].replace('"', "")
+            lines.setdefault((section, ""), number)
+        elif key := re.match(r"\s*\"?([\w-]+)\"?\s*=", line):
+            lines.setdefault((section, key[1]), number)
+    return lines
+
+
+def read_part(document: dict, path, lines: dict, findings: Findings, folder: Path) -> Part:
+    """The part of a parsed document; all faults go to `findings`, relative paths start at `folder`."""
+
+    def section(name: str) -> Section:
+        return Section(name, document.get(name, {}), path, lines, findings)
+
+    top, part = Section("", document, path, lines, findings), Part()
+    for name in ("mesh", "polymer", "second_polymer", "filler", "conditions", "fields", "boundary", "solver"):
+        top.known.append(name)
+        part.places[name] = Section(name, {}, path, lines, Findings()).place()
+    part.title = top.take("title", str, "a text", "")
+    output = top.take("output", str, "a text", "") or Path(path).stem
+    part.base = folder / output
+    top.finish()
+    read_mesh(section("mesh"), part, folder)
+    material = section("polymer")
+    base = library_values(material)
+    part.polymer = read_polymer(material, base)
+    if "second_polymer" in document:
+        second = section("second_polymer")
+        part.second = read_polymer(second, library_values(second))
+    read_filler(section("filler"), part, base.get("filler", {}), "filler" in document)
+    read_conditions(section("conditions"), part, base)
+    read_fields(section("fields"), part, folder, base)
+    boundary = section("boundary")
+    part.boundary_nodes = boundary.nodes("fixed")
+    boundary.finish()
+    read_solver(section("solver"), part)
+    return part
+
+
+def read_mesh(section: Section, part: Part, folder: Path) -> None:
+    mesh = part.mesh
+    name = section.take("file", str, "a file name", "")
+    mesh.place = section.place("file")
+    if not name and "file" not in section.table:
+        section.fault("", "has no file: the mesh to read")
+    mesh.path = folder / name
+    unit = section.take("length_unit", str, "a unit", "mm")
+    if unit not in units.LENGTH_TO_MM:
+        section.fault("length_unit", f"{unit!r} is not known; one of {', '.join(units.LENGTH_TO_MM)}")
+    mesh.to_mm = units.LENGTH_TO_MM.get(unit, 1.0)
+    mesh.merge_tolerance = section.quantity("merge_tolerance", "length", least=0.0)
+    mesh.thickness = section.field("thickness", "length", 1)
+    if mesh.thickness and mesh.thickness.value is not None and mesh.thickness.value <= 0.0:
+        section.findings.fault(mesh.thickness.place, "a thickness must be above 0")
+    found = section.find("thickness_by_group", "length")
+    groups = section.table[found[0]] if found else {}
+    if not isinstance(groups, dict) or not all(is_number(v) and v > 0 for v in groups.values()):
+        section.fault(found[0], "expected a table of group = thickness above 0")
+        groups = {}
+    mesh.thickness_by_group = {str(k): units.to_inside(float(v), "length", found[1]) for k, v in groups.items()}
+    mesh.runners = section.take("runners", bool, "true or false", True)
+    mesh.runner_diameter = section.quantity("runner_diameter", "length", above=0.0)
+    mesh.orient = section.take("orient_triangles", bool, "true or false", False)
+    mesh.gate_nodes = section.nodes("gate")
+    section.finish()
+
+
+def library_values(section: Section) -> dict:
+    """What the library gives under the section's `name`; empty without a name."""
+    name = section.take("name", str, "a name of the library", None)
+    if name is None:
+        return {}
+    if name not in polymers.names():
+        section.fault("name", f"{name!r} is not in the library, which has {', '.join(polymers.names())}")
+        return {}
+    return polymers.plain_values(polymers.library()[name]) | {"title": polymers.library()[name]["title"]}
+
+
+def read_polymer(section: Section, base: dict) -> Polymer:
+    """The library's values with the section's own in their place."""
+    own = section.table
+
+    def has(name, kind):
+        return any(units.split_key(key, name, kind) is not None for key in own)
+
+    merged = dict(base)
+    for name, kind in (
+        ("modulus", "stress"),
+        ("poisson", "number"),
+        ("expansion", "expansion"),
+        ("density", "density"),
+    ):
+        if has(name, kind) or name == "density" and "specific_volume" in own:
+            merged = {k: v for k, v in merged.items() if units.split_key(k, name, kind) is None}
+    # Library values of temperatures and the filler table are for read_conditions and read_filler.
+    keep = ("modulus_MPa", "poisson", "expansion_per_K", "density_g_cm3")
+    section.table = {k: v for k, v in merged.items() if k in keep} | own
+    polymer = Polymer(title=section.take("title", str, "a text", base.get("title", "user's own polymer")))
+    polymer.modulus = section.quantity("modulus", "stress", [], True, (1, 2), above=0.0)
+    polymer.poisson = section.quantity("poisson", "number", [], True, (1, 2), above=-1.0, most=0.4999)
+    polymer.shear_modulus = section.quantity("shear_modulus", "stress", above=0.0)
+    polymer.expansion = section.quantity("expansion", "expansion", [], True, (1, 2))
+    tait = section.quantity("specific_volume", "number", [], False, (3, 10, 13))
+    density = section.quantity("density", "density", None, not tait, above=0.0)
+    if tait and density:
+        section.fault("specific_volume", "both a density and specific volume coefficients are given")
+    polymer.specific_volume = tait or ([density] if density else [])
+    section.finish()
+    return polymer
+
+
+def read_filler(section: Section, part: Part, base: dict, given: bool) -> None:
+    if not given and not base:
+        return
+    own = section.table
+    if "volume_percent" in own:
+        base = {k: v for k, v in base.items() if k != "weight_percent"}
+    for name, kind in (
+        ("modulus", "stress"),
+        ("poisson", "number"),
+        ("expansion", "expansion"),
+        ("density", "density"),
+        ("weight_percent", "number"),
+    ):
+        if any(units.split_key(key, name, kind) is not None for key in own):
+            base = {k: v for k, v in base.items() if units.split_key(k, name, kind) is None}
+    section.table = base | own
+    filler = Filler()
+    weight = section.quantity("weight_percent", above=0.0, most=99.0)
+    volume = section.quantity("volume_percent", above=0.0, most=99.0)
+    if weight is None and volume is None and not {"weight_percent", "volume_percent"} & set(section.table):
+        section.fault("", "has neither weight_percent nor volume_percent")
+    if weight is not None and volume is not None:
+        section.fault("volume_percent", "both weight_percent and volume_percent are given")
+    filler.by_weight = weight is not None
+    filler.percent = weight if weight is not None else volume or 0.0
+    filler.modulus = section.quantity("modulus", "stress", filler.modulus, above=0.0)
+    filler.poisson = section.quantity("poisson", "number", filler.poisson, least=0.0, most=0.4999)
+    filler.expansion = section.quantity("expansion", "expansion", filler.expansion, least=0.0)
+    filler.density = section.quantity("density", "density", filler.density, above=0.0)
+    section.finish()
+    part.filler = filler
+
+
+def read_conditions(section: Section, part: Part, base: dict) -> None:
+    c = part.conditions
+
+    def temperature(name: str, default):
+        required = default is None and not any(
+            units.split_key(key, name, "temperature") is not None for key in section.table
+        )
+        value = section.quantity(name, "temperature", default, required, least=-273.0)
+        return math.nan if value is None else value
+
+    c.melt = temperature("melt_temperature", base.get("melt_temperature_C"))
+    c.mould = temperature("mould_temperature", base.get("mould_temperature_C"))
+    c.ambient = temperature("ambient_temperature", c.ambient)
+    c.second_melt = section.quantity("second_melt_temperature", "temperature", None, part.second is not None)
+    if c.second_melt is not None and part.second is None:
+        section.fault("second_melt_temperature", "needs a [second_polymer]")
+    for field_name, name, kind in (
+        ("fill_time", "fill_time", "time"),
+        ("packing_time", "packing_time", "time"),
+        ("cooling_time", "cooling_time", "time"),
+        ("opening_time", "mould_opening_time", "time"),
+        ("pressure", "injection_pressure", "pressure"),
+        ("packing_pressure", "packing_pressure", "pressure"),
+        ("flow_rate", "flow_rate", "flow"),
+    ):
+        setattr(c, field_name, section.quantity(name, kind, getattr(c, field_name), least=0.0))
+    for name in ("ejection_temperature", "ejection_temperature_lower", "ejection_temperature_upper"):
+        request = section.field(name, "temperature", 1)
+        if request:
+            part.fields[name] = request
+    section.finish()
+
+
+def read_fields(section: Section, part: Part, folder: Path, base: dict) -> None:
+    csv = section.take("csv", str, "a file name", None)
+    part.csv = folder / csv if csv else None
+    for name, (kind, components) in FIELDS.items():
+        if name.startswith("ejection"):
+            continue
+        request = section.field(name, kind, components)
+        if request:
+            part.fields[name] = request
+    section.finish()
+    sides = [f"ejection_temperature_{side}" for side in ("lower", "upper")]
+    if "ejection_temperature" in part.fields and any(s in part.fields for s in sides):
+        section.findings.fault(part.places["conditions"], "give ejection_temperature or the two sides, not both")
+    elif (
+        "ejection_temperature" not in part.fields
+        and "ejection_temperature_C" in base
+        and not all(s in part.fields for s in sides)
+        and not any(s in part.fields for s in sides)
+    ):
+        part.fields["ejection_temperature"] = FieldRequest(
+            base["ejection_temperature_C"], kind="temperature", unit="C", place="library"
+        )
+    for request in part.fields.values():
+        if request.kind == "temperature" and request.value is not None and request.value < -273.0:
+            section.findings.fault(request.place, "is below absolute zero")
+
+
+def read_solver(section: Section, part: Part) -> None:
+    method = section.take("method", str, "a text", "direct")
+    if method not in ("direct", "multigrid"):
+        section.fault("method", f'expected "direct" or "multigrid", found {method!r}')
+    part.direct_solver = method != "multigrid"
+    limit = section.take("cycle_limit", int, "a whole number", part.cycle_limit)
+    if not 1 <= limit <= 9999:
+        section.fault("cycle_limit", f"{limit} is out of range: it must be 1 to 9999")
+    part.cycle_limit = limit
+    section.finish()

@@ -1,0 +1,80 @@
+"""The polymer and filler of a job, and the package's library of generic materials.
+
+Used by part_file (which fills them), checks (which tests them) and working_files (which writes them).
+"""
+
+from __future__ import annotations
+
+import tomllib
+from dataclasses import dataclass, field
+from functools import cache
+from pathlib import Path
+
+
+@dataclass
+class Polymer:
+    """Elastic data of one kind; lists of two hold the value along the orientation and the one across it."""
+
+    title: str = ""
+    modulus: list[float] = field(default_factory=list)  # dyn/cm2, one or two
+    poisson: list[float] = field(default_factory=list)  # one or two
+    shear_modulus: float | None = None  # dyn/cm2; None: from modulus and poisson
+    expansion: list[float] = field(default_factory=list)  # 1/K, one or two
+    specific_volume: list[float] = field(default_factory=list)  # density alone, 3 or 10 or 13 coefficients, cm g s
+
+    @property
+    def anisotropic(self) -> bool:
+        return any(len(v) == 2 and v[0] != v[1] for v in (self.modulus, self.poisson, self.expansion))
+
+    def pair(self, values: list[float], falling: bool = False) -> tuple[float, float]:
+        """Two entries as KELD holds them: one is doubled, two are put in order."""
+        first, second = sorted((values * 2)[:2] if len(values) == 1 else values, reverse=falling)
+        return first, second
+
+
+@dataclass
+class Filler:
+    """Fibres or particles that KELD mixes with the polymer."""
+
+    percent: float = 0.0
+    by_weight: bool = True
+    modulus: float = 7e11  # dyn/cm2
+    poisson: float = 0.23
+    expansion: float = 3.5e-6  # 1/K
+    density: float = 2.5  # g/cm3
+
+
+@cache
+def library() -> dict:
+    """The tables of polymers.toml by name, "sources" among them."""
+    return tomllib.loads(Path(__file__).with_name("polymers.toml").read_text(encoding="utf-8"))
+
+
+def names() -> list[str]:
+    return [name for name in library() if name != "sources"]
+
+
+def plain_values(table: dict) -> dict:
+    """A library table without ranges and sources: what a user would write in a part file."""
+    return {
+        key: entry["value"] if "value" in entry else plain_values(entry)
+        for key, entry in table.items()
+        if isinstance(entry, dict)
+    }
+
+
+def listing() -> str:
+    """Every number of the library with its range and source, for `keld-job --polymers`."""
+    sources = library()["sources"]
+    lines = []
+    for name in names():
+        table = library()[name]
+        lines.append(f"{name}: {table['title']}")
+        for prefix, part in (("", table), ("filler ", table.get("filler", {}))):
+            for key, entry in part.items():
+                if isinstance(entry, dict) and "value" in entry:
+                    lines.append(
+                        f"    {prefix + key:30} {entry['value']:<10g} " f"(range {entry['range']}; [{entry['source']}])"
+                    )
+        lines.append("")
+    return "\n".join(lines + [f"[{key}] {text}" for key, text in sources.items()])

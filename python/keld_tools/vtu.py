@@ -1,0 +1,45 @@
+"""The result as an unstructured VTK grid (.vtu) for ParaView and meshio. Called by view_cli."""
+
+from __future__ import annotations
+
+import contextlib
+import io
+from pathlib import Path
+
+import meshio
+import numpy as np
+
+from . import atomic
+from .geometry_file import PartGeometry
+from .results_file import Results
+
+
+def point_data(results: Results, remaining: np.ndarray | None) -> dict[str, np.ndarray]:
+    """mm per node, names with their unit; in-mold only when the run had stress, remaining for a corrected cavity."""
+    data = {
+        "displacement_total_mm": results.total,
+        "displacement_thermal_mm": results.thermal,
+        "displacement_length_mm": results.length,
+        "sink_mark_mm": results.sink,
+    }
+    if results.in_mold is not None:
+        data["displacement_in_mold_mm"] = results.in_mold
+    if remaining is not None:
+        data["remaining_deviation_mm"] = remaining
+    return {name: np.ascontiguousarray(values) for name, values in data.items()}
+
+
+def write_vtu(path: Path, part: PartGeometry, points: dict[str, np.ndarray], ascii_text: bool) -> None:
+    """Triangles, then runners; a runner has its diameter, and nan where a quantity belongs to walls alone."""
+    runners = len(part.runners)
+    cells = [("triangle", part.triangles)] + ([("line", part.runners)] if runners else [])
+    own = {"thickness_mm": (part.thickness, part.diameter), "element": (part.triangle_numbers, part.runner_numbers)}
+    own |= {name: (values, np.full((runners, *values.shape[1:]), np.nan)) for name, values in part.cell_data.items()}
+    cell_data = {name: [np.ascontiguousarray(block) for block in blocks[: len(cells)]] for name, blocks in own.items()}
+    mesh = meshio.Mesh(part.points, cells, point_data=points, cell_data=cell_data)
+
+    def write(target: Path) -> None:
+        with contextlib.redirect_stdout(io.StringIO()), contextlib.redirect_stderr(io.StringIO()):
+            meshio.write(target, mesh, file_format="vtu", binary=not ascii_text)
+
+    atomic.write_file(path, write)

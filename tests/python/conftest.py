@@ -1,0 +1,23 @@
+"""Where the tools' package is, and a fixture that runs keld-job."""
+
+import os
+import sys
+from pathlib import Path
+
+import pytest
+
+os.environ["MPLBACKEND"] = "Agg"
+sys.path[:0] = [str(Path(__file__).resolve().parents[2] / "python"), str(Path(__file__).resolve().parent)]
+
+
+@pytest.fixture
+def job(tmp_path, capsys):
+    """Run keld-job in tmp_path on a part file's text; returns (status, standard error)."""
+    from keld_tools import job_cli
+
+    def call(text, *words):
+        (tmp_path / "part.toml").write_text(text)
+        status = job_cli.main([str(tmp_path / "part.toml"), "-o", str(tmp_path / "j"), *map(str, words)])
+        return status, capsys.readouterr().err
+
+    return call

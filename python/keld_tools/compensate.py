@@ -112,7 +112,7 @@ def moved(path: Path, points: np.ndarray, heading: list[str]) -> bytes:
     order = np.array([int(f[0]) for f in fields]) - 1
     xyz = (points[order] * (CM_PER_MM / factor)).tolist()
     body = [f"{f[0]} {x:.10g} {y:.10g} {z:.10g} {f[4].rstrip()}" for f, (x, y, z) in zip(fields, xyz)]
-    return (working_files.title(heading) + "\n".join([head, *elements, *body]) + "\n").encode()
+    return (working_files.title(heading) + "\n".join([head, *elements, *body]) + "\n").encode(errors="replace")
 
 
 def stl(points: np.ndarray, triangles: np.ndarray) -> bytes:

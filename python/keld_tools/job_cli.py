@@ -16,6 +16,7 @@ from .fields import Fields
 from .findings import BadFile, Findings
 from .mesh_input import JobMesh
 from .part_file import Part
+from .program import run_program
 from .progress import Progress
 
 SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
@@ -45,23 +46,7 @@ def main(argv: list[str] | None = None) -> int:
     if not options.input:
         print("keld-job: give a part file or a mesh; keld-job --help tells more", file=sys.stderr)
         return 1
-    findings = Findings()
-    try:
-        with Progress("keld-job") as progress:
-            summary = run(options, findings, progress)
-    except BadFile as error:
-        findings.faults.append(str(error))
-    except OSError as error:
-        findings.faults.append(f"{error.filename or options.output}: can't be written: {error.strerror or error}")
-    except MemoryError:
-        findings.faults.append(f"{options.input}: needs more memory than there is")
-    findings.show()
-    if findings.faults:
-        count = len(findings.faults)
-        print(f"keld-job: {count} fault{'s' * (count > 1)}; nothing is written", file=sys.stderr)
-        return 1
-    print(summary)
-    return 0
+    return run_program("keld-job", options, run, options.output or options.input, "nothing is written")
 
 
 def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> str:
@@ -88,7 +73,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     progress("writing")
     atomic.write_family(
         part.base,
-        {suffix: text.encode() for suffix, text in contents.items()},
+        {suffix: text.encode(errors="replace") for suffix, text in contents.items()},
         tuple(s for s in SUFFIXES if s not in contents),
         last=".PG1",
     )

@@ -12,6 +12,7 @@ import numpy as np
 from . import __version__, compensate, picture, vtu
 from .findings import BadFile, Findings
 from .geometry_file import PartGeometry, read_geometry, read_prior
+from .program import run_program
 from .progress import Progress
 from .results_file import Results, read_results
 
@@ -52,24 +53,8 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
 
 def main(argv: list[str] | None = None) -> int:
     """Exit status: 0 when everything is written, 1 for a file or an option that can't be used."""
-    findings = Findings()
     options = arguments(argv)
-    summary = ""
-    try:
-        with Progress("keld-view") as progress:
-            summary = run(options, findings, progress)
-    except BadFile as error:
-        findings.faults.append(str(error))
-    except OSError as error:
-        findings.faults.append(f"{error.filename or options.base}: can't be written: {error.strerror or error}")
-    except MemoryError:
-        findings.faults.append(f"{options.base}: needs more memory than there is")
-    findings.show()
-    if findings.faults:
-        print("keld-view: stopped", file=sys.stderr)
-        return 1
-    print(summary)
-    return 0
+    return run_program("keld-view", options, run, options.output or options.base, "stopped")
 
 
 def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> str:
@@ -148,7 +133,7 @@ def make_scene(options, part: PartGeometry, results: Results, remaining, nominal
         vector,
         values,
         "mm",
-        f"{Path(options.base).name}: {words}",
+        f"{Path(options.base).name}: {words}".encode(errors="replace").decode(),
         notes_of(points, part, vector, values, words),
         scale,
         view,

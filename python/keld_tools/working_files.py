@@ -16,7 +16,10 @@ UNKNOWN_NODE = 0
 
 def title(lines: list[str]) -> str:
     """A title block; keld reads lines of at most 120 bytes there."""
-    safe = [line.replace("*/", "* /").replace("\n", " ").encode()[:110].decode(errors="ignore") for line in lines]
+    safe = [
+        line.replace("*/", "* /").replace("\n", " ").encode(errors="replace")[:110].decode(errors="ignore")
+        for line in lines
+    ]
     return "/* " + "\n   ".join(safe) + " */\n"
 
 

@@ -63,7 +63,7 @@ def test_a_flat_plate_shrinks_by_the_formula(tmp_path, more, strain):
     points = plate()[0]
     write_plate(tmp_path / "plate.msh")
     (tmp_path / "part.toml").write_text(PART.format(more=more))
-    base = tmp_path / "a plate"
+    base = tmp_path / os.fsdecode(b"a caf\xe9")  # a blank, and a name that is no text
 
     tool("keld-job", tmp_path / "part.toml", "-o", base)
     keld(base)

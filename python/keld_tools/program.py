@@ -1,0 +1,37 @@
+"""What the mains of keld-job and keld-view share: one run, its findings on the console, its exit status."""
+
+from __future__ import annotations
+
+import sys
+
+from .findings import BadFile, Findings
+from .progress import Progress
+
+
+def run_program(name: str, options, run, subject: str, on_fault: str) -> int:
+    """Call run(options, findings, progress), show what it found, print the summary that it returns.
+
+    Exit status 0 without a fault, 1 with one, 130 when interrupted; a bad file never ends in a traceback.
+    """
+    if hasattr(sys.stdout, "reconfigure"):
+        sys.stdout.reconfigure(errors="backslashreplace")  # a file's name needn't be text
+    findings, summary = Findings(), ""
+    try:
+        with Progress(name) as progress:
+            summary = run(options, findings, progress)
+    except BadFile as error:
+        findings.faults.append(str(error))
+    except OSError as error:
+        findings.faults.append(f"{error.filename or subject}: can't be written: {error.strerror or error}")
+    except MemoryError:
+        findings.faults.append(f"{subject}: needs more memory than there is")
+    except KeyboardInterrupt:
+        print(f"{name}: interrupted", file=sys.stderr)
+        return 130
+    findings.show()
+    if findings.faults:
+        count = len(findings.faults)
+        print(f"{name}: {count} fault{'s' * (count > 1)}; {on_fault}", file=sys.stderr)
+        return 1
+    print(summary)
+    return 0

@@ -28,13 +28,18 @@ void first_pass::allocate_counts() { start_.allocate(std::int64_t{rows()} + 2, "
 void first_pass::count() {
   std::fill_n(start_.data(), start_.size(), 0);
   int* const counts = start_.data() - lo_ + 2;  // counts[j]: dependents of variable j
-  for (int i = lo_; i <= hi_; ++i)
-    if (state_[i] != state_not_taking_part) for_strong(i, [counts](int j) { ++counts[j]; });
+  std::int64_t all = 0;
+  for (int i = lo_; i <= hi_; ++i) {
+    if (state_[i] == state_not_taking_part) continue;
+    all += std::max(0, g_.last_strong(i) - g_.ia[i]);
+    for_strong(i, [counts](int j) { ++counts[j]; });
+  }
   int most = 0;
   for (int k = 3; k <= rows() + 2; ++k) {
     most = std::max(most, start_[k]);
     strong_ += start_[k];
   }
+  leaving_ = all - strong_;
   highest_ = 2 * most;  // each dependent raises the measure once more when it becomes F
 }
 
@@ -142,24 +147,55 @@ void first_pass::run() {
   }
 }
 
-void run_first_pass(const couplings& g, view<int> state, bool threads) {
-  const int team = threads ? setup_team(g.n) : 1;
-  std::vector<std::unique_ptr<first_pass>> blocks;
+namespace {
+
+using blocks_of_rows = std::vector<std::unique_ptr<first_pass>>;
+
+template <class Step>
+void for_blocks(const blocks_of_rows& blocks, Step step) {
+  const int team = static_cast<int>(blocks.size());
+  run_team(team, team, [&](const row_range& range) {
+    for (int b = range.lo; b <= range.hi; ++b) step(*blocks[static_cast<std::size_t>(b - 1)]);
+  });
+}
+
+/// Blocks with their couplings counted.
+blocks_of_rows counted_blocks(const couplings& g, view<int> state, int team) {
+  blocks_of_rows blocks;
   for (int tid = 0; tid < team; ++tid) {
     int lo = 1, hi = g.n;
     chunk_of_thread(1, g.n, tid, team, lo, hi);
     blocks.push_back(std::make_unique<first_pass>(g, state, lo, hi));
     blocks.back()->allocate_counts();
   }
-  const auto for_blocks = [&blocks, team](auto step) {
-    run_team(team, team, [&](const row_range& range) {
-      for (int b = range.lo; b <= range.hi; ++b) step(*blocks[static_cast<std::size_t>(b - 1)]);
-    });
-  };
-  for_blocks([](first_pass& block) { block.count(); });
+  for_blocks(blocks, [](first_pass& block) { block.count(); });
+  return blocks;
+}
+
+/// True when so many couplings join the blocks that a split by blocks would miss what matters, as where the
+/// two faces of a thin wall are numbered one after the other.
+bool too_entangled(const blocks_of_rows& blocks) {
+  constexpr double most_leaving = 0.02;
+  std::int64_t leaving = 0, strong = 0;
+  for (const auto& block : blocks) {
+    leaving += block->leaving();
+    strong += block->strong();
+  }
+  return static_cast<double>(leaving) > most_leaving * static_cast<double>(strong);
+}
+
+}  // namespace
+
+void run_first_pass(const couplings& g, view<int> state, bool threads) {
+  const int team = threads ? setup_team(g.n) : 1;
+  blocks_of_rows blocks = counted_blocks(g, state, team);
+  if (too_entangled(blocks)) {
+    blocks.clear();
+    blocks = counted_blocks(g, state, 1);
+  }
   for (const auto& block : blocks) block->allocate_lists();
   trace(1, "pcol:after initialization", parm::itrace_split);
-  for_blocks([](first_pass& block) { block.run(); });
+  for_blocks(blocks, [](first_pass& block) { block.run(); });
   trace(1, "pcol:after main coarsening phase", parm::itrace_split);
 }
 

@@ -34,7 +34,8 @@ struct split_counts {
 /// on it F; among equals the one that has waited longest. Linear in the number of strong couplings.
 /// Ruge and Stueben, in Multigrid Methods, SIAM 1987, algorithm A2.
 /// With threads, each works on its own block of consecutive rows and leaves couplings out of it aside; what
-/// stays undecided is settled over all blocks. The result then depends on the number of threads.
+/// stays undecided is settled over all blocks. The result then depends on the number of threads. Where blocks
+/// are closely tied, one thread does the first pass, with the result of a serial run.
 split_counts pcol(const couplings& m, const pcol_options& o, view<int> state);
 
 void print_split_counts(const split_counts& n, int nstyp);

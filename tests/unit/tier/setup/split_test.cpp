@@ -184,14 +184,7 @@ TEST_P(FirstPass, AggressiveCoarseningAsASearchDoes) {
 }
 
 #ifdef _OPENMP
-TEST_P(FirstPass, BlocksLeaveLegalStates) {
-  omp_set_num_threads(3);
-  tier::set_max_threads(1);
-  tier::pcol_options o;
-  o.threads = true;
-  const split_result r = split(random_system(3000, 5, 0.3, GetParam()), o),
-                     again = split(random_system(3000, 5, 0.3, GetParam()), o);
-  EXPECT_EQ(r.states, again.states);
+void expect_legal(const split_result& r) {
   for (int i = 1; i <= r.s.n; ++i) {
     const auto& row = r.g[static_cast<std::size_t>(i)];
     const auto has = [&](int state) {
@@ -203,6 +196,23 @@ TEST_P(FirstPass, BlocksLeaveLegalStates) {
     EXPECT_TRUE(state != tier::state_f || has(tier::state_c)) << i;
     EXPECT_TRUE(state != tier::state_undecided || has(tier::state_f)) << i;
   }
+}
+
+// A grid numbered by lines has few couplings between blocks; a random graph is split as by one thread.
+TEST(Pcol, BlocksOfRowsInThreads) {
+  tier::pcol_options threaded;
+  threaded.threads = true;
+  omp_set_num_threads(3);
+  tier::set_max_threads(1);
+
+  const split_result grid = split(five_point(151), threaded), again = split(five_point(151), threaded);
+  const split_result tangled = split(random_system(3000, 5, 0.3, 1), threaded);
+
+  expect_legal(grid);
+  EXPECT_EQ(grid.states, again.states);
+  EXPECT_NE(grid.states, split(five_point(151), {}).states) << "blocks were not used";
+  EXPECT_NEAR(grid.n.ratio, 0.5, 0.02);
+  EXPECT_EQ(tangled.states, split(random_system(3000, 5, 0.3, 1), {}).states);
 }
 #endif
 

@@ -16,6 +16,7 @@ struct controls {
   bool has_ip = false;
   int isym = 2;  // 1 symmetric, 2 not; half storage has been expanded into a copy
   int irow0 = 2;
+  bool half_stored = false;  // the caller stores one triangle of a symmetric matrix
   int iforce0 = 0;
   std::array<int, 1000> iscale{};  // [1..nsys] 1: function fixed only up to a constant
 
@@ -66,7 +67,7 @@ struct controls {
 /// What a call gives back beside u.
 struct run_results {
   double res_in = -1.0, res_out = -1.0;
-  double res0 = -1.0;  // residual after cycle ncyc_start, from which the average reduction counts; -1: not reached
+  double res0 = -1.0;  // residual after cycle ncyc_start, for the average reduction; -1: not reached
   int ncyc_done = 0;
 };
 

@@ -2,9 +2,8 @@
 #include "tier/frame/report.h"
 
 #include <algorithm>
-#include <cstdio>
 
-#include "tier/frame/info.h"
+#include "tier/frame/print_line.h"
 #include "tier/frame/tier.h"
 
 // The default hook does nothing; a program that links the library may define its own.
@@ -15,13 +14,6 @@ namespace tier {
 namespace {
 
 constexpr int level_of_cycles = 2, level_of_processes = 3;
-
-template <class... Values>
-void print(const char* format, Values... values) {
-  char line[160];
-  std::snprintf(line, sizeof line, format, values...);
-  message(line);
-}
 
 }  // namespace
 
@@ -44,20 +36,20 @@ void print_residual_line(const controls& c, int cycle, double residual, double p
   if (c.out_level < level_of_cycles) return;
   const std::string_view tag = norm_tag(c.norm_typ);
   if (c.out_level >= level_of_processes)
-    print("%4d    %.2s    %12.5e    cycle %d", 1, tag.data(), residual, cycle);
+    print_line("%4d    %.2s    %12.5e    cycle %d", 1, tag.data(), residual, cycle);
   else if (previous > 0.0)
-    print("%5d   %.2s    %12.5e    %8.5f", cycle, tag.data(), residual, residual / previous);
+    print_line("%5d   %.2s    %12.5e    %8.5f", cycle, tag.data(), residual, residual / previous);
   else
-    print("%5d   %.2s    %12.5e", cycle, tag.data(), residual);
+    print_line("%5d   %.2s    %12.5e", cycle, tag.data(), residual);
   if (!by_function) return;
   for (int i = 1; i <= c.show_un_res; ++i)
-    print("        %.2s    %12.5e    function %d", tag.data(), by_function[i], i);
+    print_line("        %.2s    %12.5e    function %d", tag.data(), by_function[i], i);
 }
 
 void print_process_line(const controls& c, int grid, double residual, std::string_view process) {
   if (c.out_level < level_of_processes) return;
-  print("%4d    %.2s    %12.5e    %.*s", grid, norm_tag(c.norm_typ).data(), residual,
-        static_cast<int>(process.size()), process.data());
+  print_line("%4d    %.2s    %12.5e    %.*s", grid, norm_tag(c.norm_typ).data(), residual,
+             static_cast<int>(process.size()), process.data());
 }
 
 void current_residual(int cycle, double residual) { TIER_CURRENT_RESIDUAL(&cycle, &residual); }

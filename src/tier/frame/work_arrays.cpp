@@ -6,6 +6,7 @@
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
 
 namespace tier {
 
@@ -37,6 +38,12 @@ void counted_free(void* p, std::size_t count, std::size_t size) {
 
 void allocation_failed(const char* name, const char* routine) {
   fail(ierr_allocation, std::string("Allocation failed for <") + name + "> in (" + routine + ")");
+}
+
+void track_allocation(const char* what, const char* name, const char* routine, std::int64_t n) {
+  if (!parm::trackmem || n == 0) return;
+  message(std::string(what) + " <" + name + "> in (" + routine + "), size " + std::to_string(n) +
+          ", memusage, ni " + std::to_string(memory.nisum) + ", nd " + std::to_string(memory.ndsum));
 }
 
 void extension_failed(const char* name, const char* routine) {

@@ -27,6 +27,9 @@ void counted_free(void* p, std::size_t count, std::size_t size);
 [[noreturn]] void allocation_failed(const char* name, const char* routine);
 [[noreturn]] void extension_failed(const char* name, const char* routine);
 
+/// With the parameter trackmem, prints "<what> <name> in (routine)" with the size and the memory in use.
+void track_allocation(const char* what, const char* name, const char* routine, std::int64_t n);
+
 /// A 1-based view of somebody's array: p[1] .. p[n].
 template <class T>
 class view {
@@ -64,13 +67,16 @@ class work_array {
     std::swap(size_, other.size_);
   }
 
-  /// Frees what was held and takes n elements.
+  /// Takes n elements; what was held is used again if it has that size, else freed.
   void allocate(std::int64_t n, const char* name, const char* routine) {
+    if (n == size_) return track_allocation("Keeping", name, routine, n);
+    if (size_ > 0) track_allocation("De-allocation", name, routine, size_);
     release();
     if (n <= 0) return;
     first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
     if (!first_) allocation_failed(name, routine);
     size_ = n;
+    track_allocation("Allocation", name, routine, n);
   }
 
   /// The same with every element set to `value`.

@@ -1,0 +1,147 @@
+// TIER_SIMPLE: codes from a file and a small store, and a second run where the first one failed.
+#include "tier/frame/tier_simple.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/frame/input_checks.h"
+#include "tier/frame/parameter_file.h"
+#include "tier/frame/parameter_list.h"
+#include "tier/frame/parameters.h"
+#include "tier/frame/tier.h"
+#include "tier/frame/tier_main.h"
+
+namespace tier {
+
+namespace {
+
+std::map<std::string, double> set_controls;  // what is in it was set
+
+call_arguments codes_without_file() {
+  call_arguments call;
+  call.matrix = 22;
+  call.eps = 1e-8;
+  call.chktol = 0.0;
+  call.idump = call.iout = 0;
+  return call;
+}
+
+int read_codes(call_arguments& call) {
+  for (const auto& [name, value] : set_controls) set_control(call, name, value);
+  const std::string file = input_file_name();
+  if (file.empty()) return 0;
+  try {
+    read_assignments(file, call, true);
+  } catch (const failure& f) {
+    return f.ierr;
+  }
+  return 0;
+}
+
+bool was_successful(int ierr) {
+  constexpr int first_warning_of_accelerators = -830;
+  return ierr <= 0 && ierr > first_warning_of_accelerators;
+}
+
+/// The parameters of the second run, put back at the end.
+class emergency_parameters {
+ public:
+  emergency_parameters() {
+    parm::levelx = parm::levelx_2nd;
+    parm::nrd = parm::nrd_2nd;
+    parm::nru = parm::nru_2nd;
+    parm::nrc = 99;
+    parm::lfil_smo = parm::lfil_2nd;
+    parm::droptol_smo = parm::droptol_2nd;
+    parm::force_accel = parm::force_accel_2nd;
+  }
+  ~emergency_parameters() {
+    parm::levelx = levelx_;
+    parm::nrd = nrd_;
+    parm::nru = nru_;
+    parm::nrc = nrc_;
+    parm::lfil_smo = lfil_smo_;
+    parm::droptol_smo = droptol_smo_;
+    parm::force_accel = force_accel_;
+  }
+  emergency_parameters(const emergency_parameters&) = delete;
+  emergency_parameters& operator=(const emergency_parameters&) = delete;
+
+ private:
+  int levelx_ = parm::levelx, nrd_ = parm::nrd, nru_ = parm::nru, nrc_ = parm::nrc,
+      lfil_smo_ = parm::lfil_smo;
+  double droptol_smo_ = parm::droptol_smo;
+  bool force_accel_ = parm::force_accel;
+};
+
+/// ncyc_2nd with BiCGstab, nsolve_2nd with ILUT.
+int with_second_digit(int code, int digit) {
+  std::string digits = std::to_string(std::abs(code));
+  if (digits.size() < 2) digits += '0';
+  digits[1] = static_cast<char>('0' + digit);
+  return std::atoi(digits.c_str());
+}
+
+int emergency_run(call_arguments call, run_results& results) {
+  message("Last TIER run was not (fully) successful!", 1);
+  message("trying ILU-BiCGstab now ...");
+  message("... for original matrix ...");
+  message("... first guess u reset to zero ...");
+  const emergency_parameters parameters;
+  constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000;
+  call.ncyc = with_second_digit(parm::ncyc_2nd, bicgstab);
+  call.nsolve = with_second_digit(parm::nsolve_2nd, ilut);
+  call.ifirst = zero_guess;
+  if (digits_of<8>(call.iswtch)[1] != set_up_once) call.iswtch = set_up_once * largest_power + 1000000;
+  return tier_main(call, results);
+}
+
+}  // namespace
+
+void reset_controls_of_simple() { set_controls.clear(); }
+
+}  // namespace tier
+
+void TIER_SETCONTROL(const char* name, const int* length, const double* value) {
+  const std::string key(tier::trimmed({name, static_cast<std::size_t>(std::max(*length, 0))}));
+  tier::call_arguments trial;
+  if (!tier::set_control(trial, key, *value))
+    tier::emergency_stop("Unknown or not settable parameter " + key);
+  tier::set_controls[key] = *value;
+}
+
+void TIER_SIMPLE(const int* nnu, const int* nna, const int* nsys, const int* ia, int* ja, double* a,
+                 const double* f, double* u, const int* iu, const int* ndiu, const int* ip, const int* ndip,
+                 const int* iscale, double* res_in, double* res_out, int* ncyc_done, int* ierr) {
+  tier::call_arguments call = tier::codes_without_file();
+  call.nnu = *nnu;
+  call.nna = *nna;
+  call.nsys = *nsys;
+  call.ia = ia;
+  call.ja = ja;
+  call.a = a;
+  call.f = f;
+  call.u = u;
+  call.iu = iu;
+  call.ndiu = *ndiu;
+  call.ip = ip;
+  call.ndip = *ndip;
+  call.res_in = *res_in;
+  std::copy_n(iscale, std::clamp(*nsys, 0, tier::most_functions), call.iscale.begin() + 1);
+
+  tier::run_results results;
+  *ierr = tier::read_codes(call);
+  if (*ierr == 0 && call.iswtch == 0)
+    tier::info(tier::message_class::warning,
+               "Nothing to do since iswtch=0: set it in the input file (tier_simple)");
+  if (*ierr == 0) *ierr = tier::tier_main(call, results);
+  if (tier::parm::nsimple_emergency != 0 && !tier::was_successful(*ierr))
+    *ierr = tier::emergency_run(call, results);
+  *res_in = results.res_in;
+  *res_out = results.res_out;
+  *ncyc_done = results.ncyc_done;
+}

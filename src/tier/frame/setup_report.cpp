@@ -86,8 +86,6 @@ void print_banner(const controls& c) {
 
 void print_setup_statistics(const hierarchy& h, const controls& c) {
   if (c.dump_level < 1) return;
-  message(rule, 1);
-  message("AMG setup information");
   print_levels(h);
   print_complexities(measure(h, c));
   print_dimensions(h, c);

@@ -1,0 +1,23 @@
+// The list of TIER's parameters as text, for the tools that write documents and interfaces from it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// One parameter: type "integer", "real", "logical" or "text", and the words of its line in the list.
+struct ParameterRow {
+  std::string name, upper_name, type, initial, effect, meaning;
+};
+
+inline std::vector<ParameterRow> parameter_rows() {
+  return {
+#define TIER_INTEGER(name, NAME, initial, effect, meaning) \
+  {#name, #NAME, "integer", #initial, #effect, meaning},
+#define TIER_REAL(name, NAME, initial, effect, meaning) {#name, #NAME, "real", #initial, #effect, meaning},
+#define TIER_LOGICAL(name, NAME, initial, effect, meaning) \
+  {#name, #NAME, "logical", #initial, #effect, meaning},
+#define TIER_TEXT(name, NAME, width, initial, effect, meaning) \
+  {#name, #NAME, "text", initial, #effect, meaning},
+#include "tier/frame/parameters.def"
+  };
+}

@@ -174,10 +174,14 @@ class BlockReader {
   }
 
   double number(double former, ValueUse use) {
+    file_.skipBlanks();
+    const std::size_t start = file_.position();
     const auto value = file_.readDouble();
     if (!value && file_.atEnd()) file_.fault("a number of a counted list");
-    if (use == ValueUse::used && !(value && std::isfinite(*value)))
+    if (use == ValueUse::used && !(value && std::isfinite(*value))) {
+      file_.moveTo(start);
       file_.fault("a finite number of a counted list");
+    }
     return value.value_or(former);
   }
 
@@ -231,7 +235,7 @@ void readLastEntries(BlockReader& block, PolymerRecord& record) {
 
 /// Returns whether the entries go on to further kinds.
 bool readKind(TextReader& file, const char* tag, PolymerRecord& record) {
-  file.rewind();
+  file.moveTo(0);
   file.needLineStartingWith(tag);
   vPrintMessage(-2, "\n%s\n", tag);
   BlockReader block(file);
@@ -256,7 +260,7 @@ void copyFirstKind() {
 void readPolymerKinds(TextReader& file) {
   polymerRecord = {};
   fillerValues = {};
-  file.rewind();
+  file.moveTo(0);
   vEchoThrough(file, -1);
   const bool twoKinds = processRecord.secondKind == 1;
   if (readKind(file, "[First_Kind]", polymerRecord[1]) && twoKinds)

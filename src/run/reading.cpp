@@ -67,11 +67,15 @@ void readValue(TextReader& file, ValueUse use) {
   requireMore(file);
   file.readInt();  // the flag is dropped
   vSkipPastEquals(file);
+  file.skipBlanks();
+  const std::size_t start = file.position();
   const auto value = file.readDouble();
   if (value) LastValue = *value;
   const bool bad = !value || !std::isfinite(*value);
-  if (file.atEnd() ? !value : use == ValueUse::used && bad)
+  if ((bad && use == ValueUse::used) || (!value && file.atEnd())) {
+    file.moveTo(start);
     file.fault("a finite number as the value of string number " + std::to_string(lastStringNumber));
+  }
   file.skipLine();
 }
 
@@ -102,6 +106,7 @@ int vReadValueLine(TextReader& file, ValueUse use) {
   const StringTable::Record* record = tables.strings.find(lastStringNumber);
 
   int found = 1;
+  if (!record) requireMore(file);
   if (!record && lastStringNumber > lastSilentNumber) {
     vPrintMessage(1, "\n   >>> !! Warning !! <<<  There is inconsistent %d string detected.\n",
                   lastStringNumber);

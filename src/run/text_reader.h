@@ -26,7 +26,8 @@ class TextReader {
   long lineNumber() const;  // line of the cursor from 1, counted when asked for
   bool atEnd() const { return position_ >= text_.size(); }
   std::size_t remaining() const { return text_.size() - position_; }
-  void rewind() { position_ = 0; }
+  std::size_t position() const { return position_; }
+  void moveTo(std::size_t position) { position_ = position; }  // 0, or a place where the cursor was
 
   /// Next character or -1 at the end; get() consumes it.
   int peek() const { return atEnd() ? -1 : static_cast<unsigned char>(text_[position_]); }

@@ -52,6 +52,7 @@ void MessageFile::open(OpenMode mode) {
   const std::string& name = workingFiles.*path;
   vMakeFileName(name, openRoutine);
   handle.reset(std::fopen(name.c_str(), mode == OpenMode::empty ? "we" : "ae"));
+  if (mode == OpenMode::empty) lost = false;
   if (!handle)
     vFatal(openRoutine, mode == OpenMode::empty ? "Couldn't open message file for writing."
                                                 : "Couldn't open added message file for writing.");

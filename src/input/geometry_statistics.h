@@ -24,7 +24,7 @@ double axisLength(double centre, double least, double most);
 /// Axis numbers (x = 1, y = 2, z = 3) of the major, middle and minor of three lengths.
 std::array<int, 3> axisOrder(const std::array<double, 3>& length);
 
-/// Circumradius over twice the inradius of a triangle: a b c / (4 (s - a)(s - b)(s - c)), 1 for equal sides.
+/// Circumradius over inradius of a triangle: a b c / (4 (s - a)(s - b)(s - c)), 2 for equal sides.
 double triangleAspect(double a, double b, double c);
 
 }  // namespace keld

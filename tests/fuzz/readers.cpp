@@ -1,0 +1,188 @@
+// The readers behind their names, with what must hold in the tables after a good read.
+#include "fuzz/readers.h"
+
+#include <cmath>
+#include <initializer_list>
+#include <stdexcept>
+#include <vector>
+
+#include "input/boundary_file.h"
+#include "input/geometry_file.h"
+#include "input/geometry_statistics.h"
+#include "input/mesh_tables.h"
+#include "input/polymer.h"
+#include "input/polymer_file.h"
+#include "input/prior_compact.h"
+#include "input/prior_fields.h"
+#include "input/prior_results.h"
+#include "input/process_file.h"
+#include "input/process_record.h"
+#include "input/solver_settings.h"
+#include "run/labels.h"
+#include "run/reading.h"
+#include "run/streams.h"
+
+namespace keld::fuzz {
+namespace {
+
+void require(bool holds, const char* words) {
+  if (!holds) throw std::logic_error(words);
+}
+
+bool finite(const std::vector<double>& values) {
+  for (const double value : values)
+    if (!std::isfinite(value)) return false;
+  return true;
+}
+
+TextReader textOf(std::string text) { return TextReader::fromText(std::move(text), "input"); }
+
+void process(std::string text) {
+  TextReader file = textOf(std::move(text));
+  const ReportSection section;
+  readProcessConditions(file);
+  const ProcessRecord& r = processRecord;
+  require(finite({r.meltTemperature[1], r.meltTemperature[2], r.ambientTemperature, r.fillerWeightFraction,
+                  r.fillerVolumeFraction}),
+          "finite process values");
+}
+
+void settings(std::string text) {
+  TextReader file = textOf(std::move(text));
+  const ReportSection section;
+  readSettingLines(file);
+}
+
+void boundary(std::string text) {
+  TextReader file = textOf(std::move(text));
+  readFixedNodes(file);
+}
+
+void polymer(std::string text) {
+  processRecord.secondKind = 1;
+  TextReader file = textOf(std::move(text));
+  const ReportSection section;
+  readPolymerKinds(file);
+  for (int k = 1; k <= (polymerMode == 3 ? 1 : 2); ++k) {
+    const PolymerRecord& r = polymerRecord[static_cast<std::size_t>(k)];
+    for (const CountedList* list : {&r.pvt, &r.thermalExpansion, &r.modulus, &r.poisson, &r.shearModulus}) {
+      require(list->count >= 0 && list->count <= list->capacity, "polymer counts within their capacity");
+      for (int i = 1; i <= list->count; ++i) require(!std::isnan((*list)(i)), "polymer numbers");
+    }
+    require(r.modulus.count >= 2 && (r.modulus.count > 2 || r.modulus(1) >= r.modulus(2)), "moduli in order");
+  }
+}
+
+void geometryFile(std::string text) {
+  TextReader file = textOf(std::move(text));
+  readGeometryRecords(file);
+  partCentreAndAxes();
+  checkGeometry();
+  echoGeometry();
+  for (int e = 1; e <= elementTable.elementCount; ++e) {
+    const auto i = static_cast<std::size_t>(e);
+    for (const int node : {elementTable.node1[i], elementTable.node2[i]})
+      require(node >= 1 && node <= nodeTable.nodeCount, "node numbers in range");
+    require(elementTable.node3[i] >= 0 && elementTable.node3[i] <= nodeTable.nodeCount,
+            "third node in range");
+  }
+}
+
+void stress(std::string text) {
+  setTestMesh();
+  const FileElements saved = compactPartElements();
+  clearPriorFields();
+  TextReader file = textOf(std::move(text));
+  readResidualStress(file, saved.node3);
+  for (std::size_t e = 1; e < residualStressField.stress1.size(); ++e)
+    for (const auto* direction : {&residualStressField.direction1, &residualStressField.direction2})
+      require(std::abs(std::hypot((*direction)[e][0], (*direction)[e][1], (*direction)[e][2]) - 1.0) < 1e-9,
+              "directions of unit length");
+  require(finite(residualStressField.stress1) && finite(residualStressField.kindFraction), "finite stress");
+}
+
+void requireTemperatures() {
+  for (const auto* side :
+       {&elementTemperatureField.sideTemperature1, &elementTemperatureField.sideTemperature2}) {
+    require(side->size() == 5 && finite(*side), "finite temperatures");
+    for (std::size_t e = 1; e < side->size(); ++e)
+      require((*side)[e] != 0.0, "a temperature for every element");
+  }
+}
+
+void part(std::string text) {
+  setTestMesh();
+  compactPartElements();
+  clearPriorFields();
+  TextReader file = textOf(std::move(text));
+  readPartTemperature(file);
+  requireTemperatures();
+}
+
+void cool(std::string text) {
+  setTestMesh();
+  const FileElements saved = compactPartElements();
+  clearPriorFields();
+  TextReader file = textOf(std::move(text));
+  readCoolTemperature(file, saved.node3);
+  requireTemperatures();
+}
+
+void strings(std::string text) {
+  const StringTable table = StringTable::parse(text, "strings");
+  for (const int number : {0, 20001, 20002, 60001})
+    if (const auto* record = table.find(number)) table.linesBehind(*record);
+}
+
+void units(std::string text) {
+  const UnitTable table = UnitTable::parse(std::move(text), "units");
+  for (int number = -1; number < 8; ++number)
+    require(table.find(number).size() <= 50, "units of 50 characters");
+}
+
+}  // namespace
+
+const std::array<Reader, 10> readers{{{"process", process},
+                                      {"settings", settings},
+                                      {"boundary", boundary},
+                                      {"polymer", polymer},
+                                      {"geometry", geometryFile},
+                                      {"stress", stress},
+                                      {"part", part},
+                                      {"cool", cool},
+                                      {"strings", strings},
+                                      {"units", units}}};
+
+const Reader& readerNamed(const std::string& name) {
+  for (const Reader& reader : readers)
+    if (name == reader.name) return reader;
+  throw std::invalid_argument("no reader " + name);
+}
+
+std::string utf16(const std::string& text) {
+  std::string bytes;
+  for (const char c : text) bytes += {c, '\0'};
+  return bytes;
+}
+
+void setTestLabels() {
+  std::string table = "[Language= ENGLISH]\n60001 1\n/* Block title\nsecond line */\n";
+  for (int i = 1; i <= 15; ++i) table += std::to_string(20000 + i) + " 2  Value " + std::to_string(i) + "\n";
+  table += "21001 2  Ambient temperature\n30500 1  Cycle limit\n";
+  for (int i = 1; i <= 9; ++i) table += std::to_string(22000 + i) + " 1  Setting " + std::to_string(i) + "\n";
+  setLabelTables({StringTable::parse(utf16(table), "strings"),
+                  UnitTable::parse("[Unit= Metrics]\n1\n2       oC\n", "units")});
+}
+
+void setTestMesh() {
+  elementTable = ElementTable{};
+  elementTable.elementCount = 5;
+  elementTable.fileOrder = {0, 5, 1, 3, 2, 4};
+  elementTable.node1 = elementTable.node2 = {0, 1, 1, 1, 1, 1};
+  elementTable.node3 = {0, 11, 12, 13, 14, 0};
+  elementTable.thickness = {0.0, 0.1, 0.2, 0.3, 0.4, 0.5};
+  processRecord.ambientTemperature = 298.15;
+  ModelKind = 0;
+}
+
+}  // namespace keld::fuzz

@@ -1,0 +1,114 @@
+// The input stage on a whole job: files that are missing, late or in their second place.
+#include "input/input_stage.h"
+
+#include <fstream>
+#include <thread>
+
+#include "input/geometry_file.h"
+#include "input/mesh_tables.h"
+#include "run/labels.h"
+#include "support/input_test.h"
+
+namespace keld {
+namespace {
+
+using testing::HasSubstr;
+using testing_support::replaced;
+using testing_support::ScratchJob;
+
+class InputStage : public testing::Test {
+ protected:
+  void SetUp() override {
+    testing_support::startRun(job_);
+    retryPause = std::chrono::milliseconds(0);
+    forgetLabelTables();
+  }
+
+  std::string standard(const char* name) const { return job_.install() + "Standard/" + name; }
+
+  ScratchJob job_ = ScratchJob::copyOf(std::filesystem::path(TEST_DATA) / ".." / "cases" / "plate-stress");
+};
+
+struct MissingCase {
+  std::vector<const char*> suffixes, standard;
+  const char* words;
+};
+
+class Missing : public InputStage, public testing::WithParamInterface<MissingCase> {};
+
+TEST_P(Missing, EndsTheRunWithItsMessage) {
+  for (const char* suffix : GetParam().suffixes) job_.remove(suffix);
+  for (const char* name : GetParam().standard) std::filesystem::remove(standard(name));
+  EXPECT_THAT(testing_support::faultOf([] { inputStage(); }), HasSubstr(GetParam().words));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, Missing,
+    testing::Values(
+        MissingCase{
+            {".PRC"}, {}, "\n !! Error D1005 !!  KELD process condition file 'filename.PRC' not found \n"},
+        MissingCase{
+            {".MAL"}, {}, "\n !! Error D1009 !!  Polymer properties file 'filename.MAL' not found \n"},
+        MissingCase{
+            {".PG1"}, {}, "\n !! Error D1020 !!  Part geometry file 'filename.PG1/PG2/PG3 not found \n"},
+        MissingCase{{".RS1", ".PT1"},
+                    {},
+                    "\n !! Error D1025 !!  Both of results file 'filename.RS1/RS2'(from FLOW-PACK) and \n"
+                    "                    'filename.CT1/CT2/CT3'(from COOL) or'filename.PT1/PT2/PT3'(from "
+                    "FLOW-PACK) not found.\n"},
+        MissingCase{{".CPU"}, {"File.CPU"}, "Cannot open the solver settings"},
+        MissingCase{{}, {"String.STD"}, "Cannot open the string table"},
+        MissingCase{{}, {"Unit.STD"}, "Cannot open the unit table"}));
+
+TEST_F(InputStage, TakesTheSettingsOfTheInstallationAndNoFixedNodes) {
+  job_.remove(".CPU");
+  job_.remove(".BC1");
+  std::filesystem::remove(job_.path(".PT1"));
+  const std::string settings = testing_support::readText(standard("File.CPU"));
+  std::ofstream(standard("File.CPU"))
+      << replaced(settings, "string= 22005  flag= 1  value= 0", "string= 22005  flag= 1  value= 7");
+
+  inputStage();
+
+  EXPECT_EQ(processRecord.bcNode[1], 7);
+  EXPECT_EQ(elementTable.elementCount, 48);
+  EXPECT_EQ(geometry.axisMajor, 1);
+}
+
+TEST_F(InputStage, WaitsForLateFiles) {
+  retryPause = std::chrono::milliseconds(20);
+  std::vector<std::string> paths;
+  for (const char* suffix : {".PG1", ".PRC", ".MAL", ".CPU"}) paths.push_back(job_.path(suffix));
+  for (const std::string& path : paths) std::filesystem::rename(path, path + ".late");
+  std::thread writer([&paths] {
+    for (const std::string& path : paths) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(30));
+      std::filesystem::rename(path + ".late", path);
+    }
+  });
+  EXPECT_NO_THROW(inputStage());
+  writer.join();
+}
+
+struct NodeCase {
+  const char *nodes, *words;
+};
+
+class BoundaryNodes : public InputStage, public testing::WithParamInterface<NodeCase> {};
+
+TEST_P(BoundaryNodes, MustBeNodesOfTheFile) {
+  job_.write(".BC1", std::string("[Keld_FixBC]\n") + GetParam().nodes);
+  if (GetParam().words)
+    EXPECT_THAT(testing_support::faultOf([] { inputStage(); }),
+                HasSubstr(job_.path(".BC1") + GetParam().words));
+  else
+    EXPECT_NO_THROW(inputStage());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, BoundaryNodes,
+    testing::Values(NodeCase{"1\n36\n9\n", ": boundary node 2 is 36, expected a node number from 1 to 35"},
+                    NodeCase{"1\n5\n-9\n", ": boundary node 3 is -9"}, NodeCase{"0\n36\n-9\n", nullptr}));
+
+}  // namespace
+}  // namespace keld

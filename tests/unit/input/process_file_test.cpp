@@ -1,0 +1,87 @@
+#include "input/process_file.h"
+
+#include "input/boundary_file.h"
+#include "input/solver_settings.h"
+#include "support/input_test.h"
+
+namespace keld {
+namespace {
+
+using testing_support::InputTest;
+using testing_support::replaced;
+using testing_support::seedOf;
+
+std::string valueEcho(const std::string& label, const std::string& value, const std::string& behind) {
+  return "<br>\n   " + label + "      = " + value + " " + behind;
+}
+
+TEST_F(InputTest, ProcessConditionsAreStoredInKelvinAndEchoedWithTheirConversions) {
+  TextReader file = textOf(seedOf("process"));
+
+  const std::string echo = echoOf([&] { readProcessConditions(file); });
+
+  EXPECT_EQ(processRecord.meltTemperature[1], 230 + 273.15);
+  EXPECT_EQ(processRecord.meltTemperature[2], 215 + 273.15);
+  EXPECT_EQ(processRecord.ambientTemperature, 25 + 273.15);
+  std::string expected = "\n" + valueEcho("Value 1", "1.20e+00", "oC\n") +
+                         valueEcho("Value 2", "2.30e+02", "oC (4.46e+02 oF)\n") +
+                         valueEcho("Value 3", "5.00e+01", "oC (1.22e+02 oF)\n") +
+                         valueEcho("Value 4", "8.00e+01", "oC (1.16e+04 psi)\n") +
+                         valueEcho("Value 5", "3.00e+01", "oC (1.01e+00 Ounces/sec)\n");
+  const char* values[] = {"5.00e+00", "1.00e+00", "2.00e+00", "3.00e+00", "4.00e+00",
+                          "1.00e+00", "1.00e+00", "3.00e+01", "1.00e+00"};
+  for (int i = 6; i <= 14; ++i) expected += valueEcho("Value " + std::to_string(i), values[i - 6], "oC\n");
+  expected += valueEcho("Value 15", "2.15e+02", "oC (4.19e+02 oF)\n") + "\n\n" +
+              valueEcho("Ambient temperature", "2.50e+01", "oC (7.70e+01 oF)\n");
+  EXPECT_EQ(echo, expected);
+}
+
+struct FillerCase {
+  const char *present, *kind;
+  double weight, volume;
+};
+
+class FillerFraction : public InputTest, public testing::WithParamInterface<FillerCase> {};
+
+TEST_P(FillerFraction, FollowsPresenceAndKind) {
+  std::string text = replaced(seedOf("process"), "20011  flag= 1  value= 1",
+                              std::string("20011  flag= 1  value= ") + GetParam().present);
+  text = replaced(text, "20012  flag= 1  value= 1", std::string("20012  flag= 1  value= ") + GetParam().kind);
+  fuzz::readerNamed("process").read(text);
+  EXPECT_EQ(processRecord.fillerWeightFraction, GetParam().weight);
+  EXPECT_EQ(processRecord.fillerVolumeFraction, GetParam().volume);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, FillerFraction,
+                         testing::Values(FillerCase{"1", "1.9", 0.3, 0.0}, FillerCase{"1", "2", 0.0, 0.3},
+                                         FillerCase{"1", "0", 0.0, 0.3}, FillerCase{"0", "1", 0.0, 0.0},
+                                         FillerCase{"2", "2", 0.0, 0.0}));
+
+TEST_F(InputTest, SettingsAreTruncatedAndTheCycleLimitHasADefault) {
+  fuzz::readerNamed("settings").read(seedOf("settings"));
+  EXPECT_EQ(processRecord.solverChoice, 2) << "2.9, truncated";
+  EXPECT_THAT(processRecord.bcNode, testing::ElementsAre(0, 4, 5, 6));
+
+  fuzz::readerNamed("settings").read(replaced(seedOf("settings"), "value= 3000", "value= 17.5"));
+  EXPECT_EQ(processRecord.cycleLimit, 17);
+  fuzz::readerNamed("settings").read(seedOf("settings", "unknown_last"));
+  EXPECT_EQ(processRecord.cycleLimit, 3000) << "a string number above 30000 without a record";
+  fuzz::readerNamed("settings").read(replaced(seedOf("settings"), "30500", "300"));
+  EXPECT_EQ(processRecord.cycleLimit, 0) << "a smaller one takes the former value";
+}
+
+TEST_F(InputTest, TheLastTagOfFixedNodesWins) {
+  TextReader file = textOf(seedOf("boundary", "twice"));
+  EXPECT_TRUE(readFixedNodes(file));
+  EXPECT_THAT(processRecord.bcNode, testing::ElementsAre(0, 4, 5, 6));
+  EXPECT_EQ(report(),
+            "<br>\n<br>    BC_node 1= 1\n<br>    BC_node 2= 2\n<br>    BC_node 3= 3\n"
+            "<br>\n<br>    BC_node 1= 4\n<br>    BC_node 2= 5\n<br>    BC_node 3= 6\n");
+
+  TextReader untagged = textOf("no tag\n1\n2\n3\n [Keld_FixBC]\n7\n8\n9\n");
+  EXPECT_FALSE(readFixedNodes(untagged));
+  EXPECT_EQ(processRecord.bcNode[1], 4);
+}
+
+}  // namespace
+}  // namespace keld

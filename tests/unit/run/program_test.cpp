@@ -1,0 +1,98 @@
+// The program from outside: command line, working files, ends of a run.
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <vector>
+
+#include "run/command_line.h"
+#include "support/input_test.h"
+
+namespace keld {
+namespace {
+
+using testing::HasSubstr;
+using testing_support::ScratchJob;
+
+struct WordsCase {
+  std::vector<std::string_view> words;
+  const char *base, *install;
+  int limit;
+};
+
+class CommandLineWords : public testing::TestWithParam<WordsCase> {};
+
+TEST_P(CommandLineWords, AreJoinedBetweenTheMarkers) {
+  const CommandLine line = parseCommandLine(GetParam().words);
+  EXPECT_EQ(line.baseName, GetParam().base);
+  EXPECT_EQ(line.installRoot, GetParam().install);
+  EXPECT_EQ(line.threadLimit, GetParam().limit);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, CommandLineWords,
+    testing::Values(WordsCase{{"my", "", "part", "1@", "in", "stall/", "2@"}, "my  part", "in stall/", 0},
+                    WordsCase{{"a", "1@", "b", "1@", "c", "2@", "d", "2@"}, "a 1@ b", "c 2@ d", 0},
+                    WordsCase{{"a", "2@", "b"}, "", "a", 0}, WordsCase{{"1@", "2@x", "2@"}, "", "2@x", 0},
+                    WordsCase{{"a", "2@", "1@", "b"}, "a 2@", "", 0},
+                    WordsCase{{"-cpu", "12x", "a", "1@", "2@", "-cpu"}, "-cpu 12x a", "", 0},
+                    WordsCase{{"a", "1@", "2@", "-cpu", "-3"}, "a", "", -3}));
+
+/// A copy of the smallest case on the direct path.
+ScratchJob smallJob() {
+  ScratchJob job = ScratchJob::copyOf(std::filesystem::path(TEST_DATA) / ".." / "cases" / "plate-stress");
+  job.chooseSolver(2);
+  return job;
+}
+
+std::string outputOf(const std::string& words) {
+  const std::filesystem::path output =
+      std::filesystem::temp_directory_path() / ("keld-out-" + std::to_string(getpid()));
+  EXPECT_EQ(
+      std::system((std::string("'") + KELD_PROGRAM + "' " + words + " >'" + output.string() + "'").c_str()),
+      0);
+  const std::string text = testing_support::readText(output);
+  std::filesystem::remove(output);
+  return text;
+}
+
+TEST(Program, TellsHelpAndVersion) {
+  EXPECT_THAT(outputOf("--help"), HasSubstr("Usage: keld BASE"));
+  EXPECT_THAT(outputOf("--version"), testing::MatchesRegex("keld [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(Program, RemovesStaleFilesAndTellsTheThreadLimit) {
+  const ScratchJob job = smallJob();
+  for (const char* stale : {".WR2", ".WR9", ".TM1"}) job.write(stale, "stale");
+
+  const auto outcome = job.run("", "-cpu 1 </dev/null");
+
+  EXPECT_EQ(outcome.status, 0) << outcome.console;
+  EXPECT_FALSE(job.has(".WR2") || job.has(".WR9") || job.has(".TM1"));
+  EXPECT_THAT(job.read(".WD1"),
+              HasSubstr("<br> # Number of processor available of running process=   1\n\n"));
+}
+
+TEST(Program, AFailedRunWaitsForTheEndOfInputAndKeepsTheOldResults) {
+  const ScratchJob job = smallJob();
+  job.write(".WR1", "former");
+  job.write(".PG1", testing_support::replaced(job.read(".PG1"), "48 35", "48 36"));
+
+  const auto outcome = job.run();
+
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.console, HasSubstr(job.path(".PG1") + ", line "));
+  EXPECT_EQ(job.read(".WR1"), "former");
+}
+
+#ifndef __SANITIZE_ADDRESS__  // whose own tables need more room than the limit leaves
+TEST(Program, MemoryThatCannotBeHadIsTold) {
+  const ScratchJob job = smallJob();
+  std::filesystem::resize_file(job.path(".RS1"), std::uintmax_t{1} << 40);
+  const auto outcome = job.run("ulimit -v 4000000;");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.console, HasSubstr("Not enough memory"));
+}
+#endif
+
+}  // namespace
+}  // namespace keld

@@ -155,6 +155,16 @@ void readNodes(TextReader& file, const GeometryHeader& header) {
   }
 }
 
+/// Ten attempts with a pause before each.
+void waitForLateGeometry() {
+  constexpr int attempts = 10;
+  for (int attempt = 1; attempt <= attempts; ++attempt) {
+    std::this_thread::sleep_for(retryPause);
+    if (fileReadable(workingFiles.pg1)) return;
+  }
+  vFail(message::D1020);
+}
+
 }  // namespace
 
 GeometryHeader readGeometryHeader(TextReader& file) {
@@ -175,8 +185,7 @@ GeometryHeader readGeometryHeader(TextReader& file) {
 void preReadGeometry() {
   if (!fileReadable(workingFiles.pg1)) {
     if (fileReadable(workingFiles.pg1)) vFail(message::D1020);  // counts as absent: it came just now
-    std::this_thread::sleep_for(retryPause);
-    if (!waitForFile(workingFiles.pg1)) vFail(message::D1020);
+    waitForLateGeometry();
   }
   TextReader file = TextReader::open(workingFiles.pg1);
   readGeometryHeader(file);

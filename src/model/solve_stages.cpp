@@ -53,12 +53,24 @@ void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver
                 seconds() - start);
 }
 
-void solvePassTier(int stressPass, int passCount) {
-  assemblePass(stressPass, passCount);
-  if (stressPass == passCount) releasePattern();
-  const int ierr = solveTier(systemOfPass, solution.rowSolution);
-  if (ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %ld\n", static_cast<long>(ierr));
-  if (ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %ld\n", static_cast<long>(ierr));
+/// The hierarchy of the first pass serves the second, as its matrix does; after a failure it is gone.
+void solvePassTier(int stressPass, int passCount, bool& hierarchyKept) {
+  const bool first = stressPass == 1;
+  if (first) {
+    assemblePass(stressPass, passCount);
+    releasePattern();
+  } else {
+    assembleLoad(stressPass, passCount);
+  }
+  const bool last = stressPass == passCount;
+  const TierPass pass = hierarchyKept ? TierPass::further : last ? TierPass::only : TierPass::first;
+  const double start = seconds();
+  const TierOutcome outcome = solveTier(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass);
+  hierarchyKept = pass != TierPass::only && outcome.ierr <= 0;
+  if (outcome.ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %d\n", outcome.ierr);
+  if (outcome.ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %d\n", outcome.ierr);
+  vPrintMessage(100, "   Solver= TIER  steps= %d  relative residual= %.2e  time= %.2f sec%s\n", outcome.steps,
+                outcome.relativeResidual, seconds() - start, outcome.ierr != 0 ? "  not converged" : "");
 }
 
 }  // namespace
@@ -105,19 +117,21 @@ void analysisDriver() {
   const int passCount = residualStressValid == 1 ? 2 : 1;
   solution.displacementInMold.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0.0);
   std::unique_ptr<DirectSolver> solver;
+  bool hierarchyKept = false;
   for (int stressPass = 1; stressPass <= passCount; ++stressPass) {
     reportPass(stressPass, passCount);
     solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
     if (processRecord.solverChoice == direct_path) {
       solvePassDirect(stressPass, passCount, solver);
     } else {
-      solvePassTier(stressPass, passCount);
+      solvePassTier(stressPass, passCount, hierarchyKept);
     }
     scatterToFreedoms(freedoms, solution.rowSolution, solution.displacementTotal);
     turnToGlobalAxes(freedoms, restraintFrame, solution.displacementTotal);
     if (stressPass < passCount) solution.displacementInMold = solution.displacementTotal;
   }
   solver.reset();  // before the tables that it works on
+  if (hierarchyKept) releaseTier();
   systemOfPass = {};
   solution.rowSolution = {};
 }

@@ -8,8 +8,22 @@
 
 namespace keld {
 
-/// Solves for the system's rowLoad into unknowns [1..n], which holds the first guess, and returns TIER's
-/// `ierr`: 0 good, positive an error, negative a warning.
-int solveTier(CompressedSystem& system, std::span<double> unknowns);
+/// What a call of TIER is for: one pass alone, the first of several, which keeps its hierarchy, or a further
+/// one with the same matrix, which uses it.
+enum class TierPass { only, first, further };
+
+struct TierOutcome {
+  int ierr = 0;                   // 0 good, positive an error, negative a warning
+  int steps = 0;                  // steps of the accelerator
+  double relativeResidual = 0.0;  // ||f - A u|| / ||f|| of the result, 0 for a zero load
+};
+
+/// Solves for the system's rowLoad into unknowns [1..n], which holds the first guess, by at most cycleLimit
+/// steps. The entries of a row may stand in another order afterwards. A cycleLimit outside 1 to 9999 ends the
+/// run.
+TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass);
+
+/// Frees the hierarchy that a first pass has kept.
+void releaseTier();
 
 }  // namespace keld

@@ -140,7 +140,9 @@ double halfUnit(double value) {
   return value == 0.0 ? 0.0 : 0.5e-3 * std::pow(10.0, std::floor(std::log10(std::abs(value))));
 }
 
-TEST_P(Case, ProgramWritesTheDigits) {
+class CaseFiles : public Case {};
+
+TEST_P(CaseFiles, HoldTheDigits) {
   const double tolerance = 2e-4 * 10.0 * greatestLength(answer_);  // mm
 
   const ScratchJob::Outcome outcome = job_.run();
@@ -173,10 +175,14 @@ TEST_P(Case, ProgramWritesTheDigits) {
   expectReport(answer_, job_.read(".WD1"), tolerance);
 }
 
-INSTANTIATE_TEST_SUITE_P(Direct, Case, testing::ValuesIn(runsWith(2)), [](const auto& run) {
+std::string nameOf(const testing::TestParamInfo<CaseRun>& run) {
   std::string name = run.param.name;
   std::replace(name.begin(), name.end(), '-', '_');
   return name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(Direct, Case, testing::ValuesIn(runsWith(2)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Direct, CaseFiles, testing::ValuesIn(runsWith(2)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Multigrid, CaseFiles, testing::ValuesIn(runsWith(1)), nameOf);
 
 }  // namespace keld::testing_support

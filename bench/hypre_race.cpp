@@ -1,0 +1,188 @@
+// Races TIER against BoomerAMG of hypre on the same scalar systems in the same run, one thread each.
+// Usage: hypre_race [unknowns] [repetitions]; prints a Markdown table. Built where libhypre-dev is installed.
+#define OMPI_SKIP_MPICXX 1  // the C interface alone
+#include <HYPRE.h>
+#include <HYPRE_IJ_mv.h>
+#include <HYPRE_krylov.h>
+#include <HYPRE_parcsr_ls.h>
+#include <mpi.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+#include "scalar_systems.h"
+#include "tier.h"
+
+namespace {
+
+using bench::scalar_system;
+
+struct outcome {
+  double seconds = 0.0;  // set-up and solution
+  int steps = 0;
+  double residual = 0.0;
+};
+
+double now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+outcome run_tier(const scalar_system& system) {
+  scalar_system s = system;  // set-up reorders rows
+  std::vector<double> u(s.f.size(), 0.0);
+  const int one = 1, nna = static_cast<int>(s.ja.size()), matrix = 22, nsolve = 1, ifirst = 0;
+  const int ncyc = 1300200, iswtch = 5120, off = -1, iscale = 0;
+  const double eps = 1e-8, chktol = -1.0;
+  double res_in = 0.0, res_out = 0.0, a = 0.0, g = 0.0, p = 0.0, w = 0.0;
+  int steps = 0, ierr = 0;
+  const int quiet = -2, variant = 2;
+  TIER_SET_MODE_MESS(&quiet);
+  TIER_SET_NTYP_GALERKIN(&variant);
+  const double start = now();
+  TIER(&s.n, &nna, &one, s.ia.data(), s.ja.data(), s.a.data(), s.f.data(), u.data(), &one, &one, &one, &one,
+       &matrix, &iscale, &res_in, &res_out, &steps, &ierr, &nsolve, &ifirst, &eps, &ncyc, &iswtch, &a, &g, &p,
+       &w, &chktol, &off, &off);
+  const double seconds = now() - start;
+  if (ierr != 0) std::fprintf(stderr, "TIER returned %d on %s\n", ierr, s.name.c_str());
+  return {seconds, steps, relative_residual(system, u)};
+}
+
+/// The system as a hypre matrix and two vectors.
+struct hypre_system {
+  HYPRE_IJMatrix matrix = nullptr;
+  HYPRE_IJVector right = nullptr, left = nullptr;
+  HYPRE_ParCSRMatrix a = nullptr;
+  HYPRE_ParVector f = nullptr, u = nullptr;
+
+  explicit hypre_system(const scalar_system& s) {
+    HYPRE_IJMatrixCreate(MPI_COMM_WORLD, 0, s.n - 1, 0, s.n - 1, &matrix);
+    HYPRE_IJMatrixSetObjectType(matrix, HYPRE_PARCSR);
+    std::vector<int> length(static_cast<std::size_t>(s.n)), rows(length), columns(s.ja);
+    for (int i = 0; i < s.n; ++i) {
+      length[i] = s.ia[i + 1] - s.ia[i];
+      rows[i] = i;
+    }
+    for (int& c : columns) --c;
+    HYPRE_IJMatrixSetRowSizes(matrix, length.data());
+    HYPRE_IJMatrixInitialize(matrix);
+    HYPRE_IJMatrixSetValues(matrix, s.n, length.data(), rows.data(), columns.data(), s.a.data());
+    HYPRE_IJMatrixAssemble(matrix);
+    HYPRE_IJMatrixGetObject(matrix, reinterpret_cast<void**>(&a));
+    const std::vector<double> zero(s.f.size(), 0.0);
+    make_vector(right, f, rows, s.f);
+    make_vector(left, u, rows, zero);
+  }
+  hypre_system(const hypre_system&) = delete;
+  hypre_system& operator=(const hypre_system&) = delete;
+  ~hypre_system() {
+    HYPRE_IJMatrixDestroy(matrix);
+    HYPRE_IJVectorDestroy(right);
+    HYPRE_IJVectorDestroy(left);
+  }
+
+  static void make_vector(HYPRE_IJVector& vector, HYPRE_ParVector& object, const std::vector<int>& rows,
+                          const std::vector<double>& values) {
+    const int n = static_cast<int>(values.size());
+    HYPRE_IJVectorCreate(MPI_COMM_WORLD, 0, n - 1, &vector);
+    HYPRE_IJVectorSetObjectType(vector, HYPRE_PARCSR);
+    HYPRE_IJVectorInitialize(vector);
+    HYPRE_IJVectorSetValues(vector, n, rows.data(), values.data());
+    HYPRE_IJVectorAssemble(vector);
+    HYPRE_IJVectorGetObject(vector, reinterpret_cast<void**>(&object));
+  }
+};
+
+/// BoomerAMG as preconditioner of conjugate gradients.
+outcome run_hypre(const scalar_system& s, bool classical) {
+  hypre_system system(s);
+  HYPRE_Solver cg, amg;
+  const double start = now();
+  HYPRE_BoomerAMGCreate(&amg);
+  HYPRE_BoomerAMGSetPrintLevel(amg, 0);
+  HYPRE_BoomerAMGSetTol(amg, 0.0);
+  HYPRE_BoomerAMGSetMaxIter(amg, 1);
+  if (classical) {
+    HYPRE_BoomerAMGSetCoarsenType(amg, 3);  // Ruge-Stueben
+    HYPRE_BoomerAMGSetInterpType(amg, 0);   // classical
+    HYPRE_BoomerAMGSetPMaxElmts(amg, 0);
+    HYPRE_BoomerAMGSetCycleRelaxType(amg, 3, 1);  // Gauss-Seidel down, its reverse up, Gauss below
+    HYPRE_BoomerAMGSetCycleRelaxType(amg, 4, 2);
+    HYPRE_BoomerAMGSetCycleRelaxType(amg, 9, 3);
+  }
+  HYPRE_ParCSRPCGCreate(MPI_COMM_WORLD, &cg);
+  HYPRE_PCGSetTol(cg, 1e-8);
+  HYPRE_PCGSetMaxIter(cg, 500);
+  HYPRE_PCGSetTwoNorm(cg, 1);
+  HYPRE_PCGSetPrecond(cg, reinterpret_cast<HYPRE_PtrToSolverFcn>(HYPRE_BoomerAMGSolve),
+                      reinterpret_cast<HYPRE_PtrToSolverFcn>(HYPRE_BoomerAMGSetup), amg);
+  HYPRE_ParCSRPCGSetup(cg, system.a, system.f, system.u);
+  HYPRE_ParCSRPCGSolve(cg, system.a, system.f, system.u);
+  const double seconds = now() - start;
+
+  int steps = 0;
+  HYPRE_PCGGetNumIterations(cg, &steps);
+  std::vector<double> u(s.f.size());
+  std::vector<int> rows(s.f.size());
+  for (int i = 0; i < s.n; ++i) rows[i] = i;
+  HYPRE_IJVectorGetValues(system.left, s.n, rows.data(), u.data());
+  HYPRE_ParCSRPCGDestroy(cg);
+  HYPRE_BoomerAMGDestroy(amg);
+  return {seconds, steps, relative_residual(s, u)};
+}
+
+/// Interleaved runs; the one with the median time of each.
+outcome median(std::vector<outcome>& runs) {
+  std::sort(runs.begin(), runs.end(),
+            [](const outcome& x, const outcome& y) { return x.seconds < y.seconds; });
+  return runs[runs.size() / 2];
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  MPI_Init(&argc, &argv);
+  HYPRE_Init();
+  const int unknowns = argc > 1 ? std::atoi(argv[1]) : 250000,
+            repetitions = argc > 2 ? std::atoi(argv[2]) : 3;
+  const int m2 = static_cast<int>(std::lround(std::sqrt(unknowns)));
+  const int m3 = static_cast<int>(std::lround(std::cbrt(unknowns)));
+  const std::function<scalar_system()> makers[] = {
+      [&] { return bench::poisson_5_point(m2); },
+      [&] { return bench::poisson_9_point(m2); },
+      [&] { return bench::poisson_7_point(m3); },
+      [&] { return bench::anisotropic(m2, 0.001); },
+      [&] { return bench::turned_anisotropic(m2, 0.01, 0.7853981633974483); },
+      [&] { return bench::jumping_coefficients(m2, 1e6); }};
+
+  std::printf(
+      "| system | unknowns | TIER s (steps, residual) | BoomerAMG classical | BoomerAMG defaults | ratio to "
+      "the "
+      "better |\n|---|---|---|---|---|---|\n");
+  double product = 1.0;
+  int count = 0;
+  for (const auto& make : makers) {
+    const scalar_system s = make();
+    std::vector<outcome> tier, classical, defaults;
+    for (int r = 0; r < repetitions; ++r) {
+      tier.push_back(run_tier(s));
+      classical.push_back(run_hypre(s, true));
+      defaults.push_back(run_hypre(s, false));
+    }
+    const outcome t = median(tier), c = median(classical), d = median(defaults);
+    const double ratio = t.seconds / std::min(c.seconds, d.seconds);
+    product *= ratio;
+    ++count;
+    std::printf("| %s | %d | %.3f (%d, %.1e) | %.3f (%d, %.1e) | %.3f (%d, %.1e) | %.2f |\n", s.name.c_str(),
+                s.n, t.seconds, t.steps, t.residual, c.seconds, c.steps, c.residual, d.seconds, d.steps,
+                d.residual, ratio);
+    std::fflush(stdout);
+  }
+  std::printf("\nGeometric mean of the ratios: %.2f\n", std::pow(product, 1.0 / count));
+  HYPRE_Finalize();
+  MPI_Finalize();
+  return 0;
+}

@@ -14,7 +14,19 @@ namespace tier {
 
 namespace {
 
-enum { no_solution = 99, user_solver = 9, least_squares = 8, sparse = 7, full_gauss = 6, lapack = 10 };
+enum {
+  plain_smoothing = 1,
+  ilu_cg = 2,
+  ilut_bicgstab = 3,
+  diagonal_cg = 4,
+  diagonal_bicgstab = 5,
+  full_gauss = 6,
+  sparse = 7,
+  least_squares = 8,
+  user_solver = 9,
+  lapack = 10,
+  no_solution = 99
+};
 
 bool only_up_to_constant(const controls& c, const level& l, int i) {
   return c.iscale[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)] == 1;
@@ -140,6 +152,14 @@ void cgsolve(cycle_state& s, int k) {
   level& l = s.at(k);
   if (s.c.nrc == no_solution || solve_trivial(s, l)) return;
   switch (s.c.nrc) {
+    case plain_smoothing:
+      return cl_smo(s, k);
+    case ilu_cg:
+    case diagonal_cg:
+      return cgc0(s, k);
+    case ilut_bicgstab:
+    case diagonal_bicgstab:
+      return cgstab0(s, k);
     case sparse:
       return solve_sparse_gauss(s, l);
     case full_gauss:

@@ -1,8 +1,11 @@
 // One-level methods.
 #include "tier/solve/one_level.h"
 
+#include <string>
+
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
+#include "tier/solve/level_factors.h"
 #include "tier/solve/row_loop.h"
 
 namespace tier {
@@ -11,13 +14,35 @@ namespace {
 
 constexpr int by_diagonal = 5;
 constexpr int all_rows = 2, jacobi_step = 7;
+enum { conjugate_gradient = 1, bicgstab = 2, flexible_cg = 4 };
+
+bool symmetric_method(int ncgrad) { return ncgrad == conjugate_gradient || ncgrad == flexible_cg; }
+
+ilu_options preconditioner_options(int ncgrad) { return smoother_ilu_options(symmetric_method(ncgrad) ? 1 : 2); }
+
+[[noreturn]] void decomposition_failed(const controls& c) {
+  if (symmetric_method(c.ncgrad)) {
+    const char* routine =
+        c.ncgrad == flexible_cg ? "flexcg_skcycle" : (c.ntyp_cg == 1 ? "old_cgc" : "new_cgc");
+    fail(ierr_accelerator_ilu0, std::string("ILU(0) decomposition failed on level 1 (") + routine + ")!");
+  }
+  fail(ierr_accelerator_ilut, c.ncgrad == bicgstab ? "ILUT decomposition failed in (cgstab)"
+                                                   : "ILUT decomposition failed on level 1 (gmres)");
+}
 
 }  // namespace
 
-void prepare_one_level(cycle_state&) {}
+void prepare_one_level(cycle_state& s) {
+  if (s.c.igam == by_diagonal || s.c.ncgrad == 0) return;
+  if (!ilu_of_level(s.at(1), 1, preconditioner_options(s.c.ncgrad))) decomposition_failed(s.c);
+}
 
 void one_level_precondition(cycle_state& s, view<const double> v, view<double> z) {
   const level& l = s.at(1);
+  if (s.c.igam != by_diagonal) {
+    ilu_of_level(l, 1, preconditioner_options(s.c.ncgrad))->solve(v, z);
+    return;
+  }
   for_chunks(l.n, vector_team(l.n), [&](const row_chunk& c) {
     for (int i = c.lo; i <= c.hi; ++i) z[i] = v[i] / l.a[l.ia[i]];
   });
@@ -26,7 +51,8 @@ void one_level_precondition(cycle_state& s, view<const double> v, view<double> z
 void one_level_sweeps(cycle_state& s, int sweeps) {
   level& l = s.at(1);
   const int step = s.c.igam == by_diagonal ? jacobi_step : all_rows;
-  for (int i = 0; i < sweeps; ++i) relx_gs(l, nullptr, l.f, l.u, step, s.damping, s.scratch, "relx_gs");
+  for (int i = 0; i < sweeps; ++i)
+    relx_gs(l, nullptr, l.f, l.u, step, s.damping, s.scratch, "relx_gs");
 }
 
 }  // namespace tier

@@ -1,17 +1,22 @@
 // Choice of the smoother and its passes.
 #include "tier/solve/smoother.h"
 
+#include <algorithm>
 #include <string>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/timers.h"
+#include "tier/solve/level_factors.h"
+#include "tier/solve/matrix_ops.h"
+#include "tier/solve/relx_pgs.h"
 
 namespace tier {
 
 namespace {
 
 constexpr int variable_based = 1;
+enum { gauss_seidel = 0, ilu0 = 1, ilut = 2, ilutp = 3, by_blocks = 5, block_ilu0 = 6 };
 
 void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
   level& l = s.at(k);
@@ -23,7 +28,61 @@ void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
               s.scratch, routine);
 }
 
+void block_passes(cycle_state& s, int k, const sweep_code& code) {
+  level& l = s.at(k);
+  const bool split = k < s.levels() && l.has_states();
+  for (int pass = 0; pass < code.passes; ++pass)
+    for (int m = 0; m < code.steps; ++m)
+      relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr, code.step[static_cast<std::size_t>(m)]);
+}
+
+ilu_factors& smoother_factors(cycle_state& s, int k, int type) {
+  ilu_factors* factors = ilu_of_level(s.at(k), k, smoother_ilu_options(type));
+  if (!factors && type == ilu0)
+    fail(ierr_smoother_ilu0, "(M)ILU(0) decomposition failed: smoothing (ilux_prepare)!");
+  if (!factors) fail(ierr_smoother_ilut, "ILUT decomposition failed: smoothing (ilux_prepare)!");
+  return *factors;
+}
+
+block_ilu& smoother_blocks(cycle_state& s, int k) {
+  block_ilu* factors = block_ilu_of_level(s.at(k), k, parm::milu != 0, parm::delta_milu);
+  if (!factors) fail(ierr_solution_internal, "Error in BLOCK ILU smoother in (smoother)");
+  return *factors;
+}
+
+/// One sweep: r = f - A u, L U e = r, u = u + e.
+template <class Factors>
+void correction_sweeps(cycle_state& s, level& l, int sweeps, Factors& factors) {
+  for (int pass = 0; pass < sweeps; ++pass) {
+    residual(l, l.f, l.u, s.r);
+    factors.solve(s.r, s.r);
+    add_scaled(l.n, 1.0, s.r, l.u);
+  }
+}
+
+void relx_ilu(cycle_state& s, int k, int type, int sweeps) {
+  correction_sweeps(s, s.at(k), sweeps, smoother_factors(s, k, type));
+}
+
+void relx_block_ilu0(cycle_state& s, int k, int sweeps) {
+  correction_sweeps(s, s.at(k), sweeps, smoother_blocks(s, k));
+}
+
 }  // namespace
+
+void prepare_smoothers(cycle_state& s) {
+  const int last = std::max(1, s.levels() - (s.c.nrc == 1 ? 0 : 1));
+  for (int k = 1; k <= last; ++k) {
+    const int type = smoother_type(s.c, k);
+    if (type >= ilu0 && type <= ilutp) smoother_factors(s, k, type);
+    if (type == by_blocks || type == block_ilu0) {
+      if (!s.at(k).ip)
+        fail(ierr_inconsistent_input, "Block smoothing needs the points of the variables: <ip> is not given");
+      points_of_level(s.at(k), k);
+    }
+    if (type == block_ilu0) smoother_blocks(s, k);
+  }
+}
 
 int smoother_type(const controls& c, int k) {
   const bool replaceable = c.nxtyp == 0 || c.nxtyp == 5;
@@ -37,8 +96,16 @@ void smoother(cycle_state& s, int k, const sweep_code& code) {
   }
   const timed clock(phase::relaxation);
   switch (const int type = smoother_type(s.c, k); type) {
-    case 0:
+    case gauss_seidel:
       return gauss_seidel_passes(s, k, code);
+    case ilu0:
+    case ilut:
+    case ilutp:
+      return relx_ilu(s, k, type, code.passes);
+    case by_blocks:
+      return block_passes(s, k, code);
+    case block_ilu0:
+      return relx_block_ilu0(s, k, code.passes);
     default:
       fail(ierr_illegal_value, "Illegal value of parameter <" + std::to_string(type) + "> in (smoother)");
   }

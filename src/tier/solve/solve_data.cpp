@@ -4,6 +4,7 @@
 #include "tier/frame/omega_jacobi.h"
 #include "tier/frame/parameters.h"
 #include "tier/solve/coarse_solvers.h"
+#include "tier/solve/level_factors.h"
 #include "tier/solve/tier_solve.h"
 
 namespace tier {
@@ -34,6 +35,9 @@ void solve_data(const hierarchy&, controls& c) {
   check_coarsest_solver(c);
 }
 
-void release_solution_data() { coarse_factors() = {}; }
+void release_solution_data() {
+  coarse_factors() = {};
+  release_level_factors();
+}
 
 }  // namespace tier

@@ -14,6 +14,7 @@
 #include "tier/solve/cyc.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
+#include "tier/solve/smoother.h"
 
 namespace tier {
 
@@ -72,7 +73,10 @@ class solution {
   }
 
   void run() {
-    if (c_.igam > 4) prepare_one_level(s_);
+    if (c_.igam > 4)
+      prepare_one_level(s_);
+    else
+      prepare_smoothers(s_);
     if (c_.coarse_trace) show_coarse_convergence(s_);
     first_residual();
     const double target = stop_target();

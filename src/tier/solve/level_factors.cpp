@@ -1,0 +1,90 @@
+// Keeper of the decompositions of all levels.
+#include "tier/solve/level_factors.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
+#include "tier/frame/timers.h"
+
+namespace tier {
+
+namespace {
+
+struct kept_ilu {
+  std::unique_ptr<ilu_factors> factors;
+  int ilu_speed = 0;
+  bool fits(const ilu_options& options) const {
+    return factors && factors->options() == options && ilu_speed == parm::ilu_speed;
+  }
+};
+
+struct kept_factors {
+  std::array<kept_ilu, 2> ilu;  // by ilu_user
+  std::unique_ptr<block_ilu> blocks;
+  std::unique_ptr<point_blocks> points;
+};
+
+std::array<kept_factors, max_levels + 1> kept;
+
+kept_factors& kept_at(int k) { return kept[static_cast<std::size_t>(k)]; }
+
+void trace_change(const kept_ilu& f, const ilu_options& wanted) {
+  const ilu_options& had = f.factors->options();
+  const auto tell = [](const char* what) { trace(1, what, parm::itrace_clsol); };
+  if (f.ilu_speed != parm::ilu_speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
+  if (had.modified != wanted.modified) tell("cgc0 : ilu_dealloc (parm milu changed)");
+  if (had.kind != wanted.kind && wanted.kind == ilu_kind::zero_fill)
+    tell("cgc0 : ilu_dealloc (ilu type changed from ilut to ilu0)");
+}
+
+}  // namespace
+
+ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu_user user) {
+  auto& slots = kept_at(k).ilu;
+  for (kept_ilu& slot : slots)
+    if (slot.fits(options)) return slot.factors.get();
+  kept_ilu& own = slots[static_cast<std::size_t>(user)];
+  if (own.factors) trace_change(own, options);
+  own.factors.reset();
+  const timed clock(phase::ilu_decomposition);
+  auto made = std::make_unique<ilu_factors>();
+  if (!made->decompose(l, options)) return nullptr;
+  own.factors = std::move(made);
+  own.ilu_speed = parm::ilu_speed;
+  return own.factors.get();
+}
+
+const point_blocks& points_of_level(const level& l, int k) {
+  kept_factors& f = kept_at(k);
+  if (!f.points) f.points = std::make_unique<point_blocks>(l);
+  return *f.points;
+}
+
+block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weight) {
+  kept_factors& f = kept_at(k);
+  if (f.blocks) return f.blocks.get();
+  const timed clock(phase::ilu_decomposition);
+  auto made = std::make_unique<block_ilu>();
+  if (!made->decompose(l, points_of_level(l, k), modified, weight)) return nullptr;
+  f.blocks = std::move(made);
+  return f.blocks.get();
+}
+
+ilu_options smoother_ilu_options(int nxtyp) {
+  ilu_options o;
+  o.weight = parm::delta_milu;
+  o.modified = parm::milu != 0 && nxtyp != 2;
+  if (nxtyp == 1) return o;
+  o.kind = nxtyp == 2 ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
+  o.lfil = std::max(0, parm::lfil_smo);
+  o.droptol = parm::droptol_smo;
+  return o;
+}
+
+void release_level_factors() {
+  for (kept_factors& f : kept) f = {};
+}
+
+}  // namespace tier

@@ -2,7 +2,6 @@
 #include "support/tier/known_hierarchy.h"
 
 #include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -12,6 +11,8 @@
 #include <omp.h>
 #endif
 
+#include "support/tier/systems.h"
+#include "tier/frame/info.h"
 #include "tier/frame/threads.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/solve/tier_solve.h"
@@ -56,18 +57,6 @@ sparse_system operator_of(const std::vector<entry>& entries) {
     s.add_row(diagonal, others);
   }
   return s;
-}
-
-double norm_of_residual(const sparse_system& s, const std::vector<double>& u) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < static_cast<std::size_t>(s.n); ++i) {
-    double r = s.f[i];
-    for (int p = s.ia[i]; p < s.ia[i + 1]; ++p)
-      r -= s.a[static_cast<std::size_t>(p) - 1] *
-           u[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(p) - 1]) - 1];
-    sum += r * r;
-  }
-  return std::sqrt(sum);
 }
 
 template <class T>
@@ -134,17 +123,58 @@ void test_run::add_level(const sparse_system& coarse, const std::vector<int>& co
   next.f = next.own_f;
 }
 
-void test_run::solve() {
+int test_run::solve() {
   steps.clear();
   steps_of_run = &steps;
-  tier::solve_data(h, c);
-  tier::tier_solve(h, c, results);
+  results = {};
+  tier::clear_warning();
+  int ierr = 0;
+  try {
+    tier::solve_data(h, c);
+    tier::tier_solve(h, c, results);
+  } catch (const tier::failure& f) {
+    ierr = f.ierr;
+  }
   steps_of_run = nullptr;
+  return ierr != 0 ? ierr : tier::last_warning();
+}
+
+// P^T A P of every second row, formed entry by entry.
+void test_run::coarsen_line() {
+  tier::level& fine = h(h.levels_used);
+  const int n = fine.n, coarse = n / 2;
+  std::vector<int> coarse_of;
+  std::vector<std::vector<std::pair<int, double>>> p;
+  for (int i = 1; i <= n; ++i) {
+    std::vector<std::pair<int, double>> row;
+    if (i % 2 == 0) row = {{i / 2, 1.0}};
+    if (i % 2 == 1 && i > 1) row.emplace_back(i / 2, 0.5);
+    if (i % 2 == 1 && i < n) row.emplace_back(i / 2 + 1, 0.5);
+    coarse_of.push_back(i % 2 == 0 ? i / 2 : -1);
+    p.push_back(row);
+  }
+  const auto size = static_cast<std::size_t>(coarse);
+  std::vector<std::vector<double>> product(size, std::vector<double>(size, 0.0));
+  for (int i = 1; i <= n; ++i)
+    for (int k = fine.ia[i]; k < fine.ia[i + 1]; ++k)
+      for (const auto& [row, left] : p[static_cast<std::size_t>(i) - 1])
+        for (const auto& [column, right] : p[static_cast<std::size_t>(fine.ja[k]) - 1])
+          product[static_cast<std::size_t>(row) - 1][static_cast<std::size_t>(column) - 1] +=
+              left * fine.a[k] * right;
+  sparse_system next;
+  for (int i = 1; i <= coarse; ++i) {
+    std::vector<std::pair<int, double>> others;
+    const auto& row = product[static_cast<std::size_t>(i) - 1];
+    for (int j = 1; j <= coarse; ++j)
+      if (j != i && row[static_cast<std::size_t>(j) - 1] != 0.0)
+        others.emplace_back(j, row[static_cast<std::size_t>(j) - 1]);
+    next.add_row(row[static_cast<std::size_t>(i) - 1], others);
+  }
+  add_level(next, coarse_of, p);
 }
 
 double test_run::relative_residual() const {
-  return norm_of_residual(system, system.u) /
-         norm_of_residual(system, std::vector<double>(system.u.size(), 0.0));
+  return euclidean(residual_of(system, system.u)) / euclidean(system.f);
 }
 
 void read_levels(const std::string& folder, test_run& run) {

@@ -27,9 +27,12 @@ struct test_run {
   void add_level(const sparse_system& coarse, const std::vector<int>& coarse_of,
                  const std::vector<std::vector<std::pair<int, double>>>& interpolation);
 
-  void solve();  // solve_data and tier_solve
+  /// Appends the Galerkin level of every second variable with linear weights, for chains of odd length.
+  void coarsen_line();
 
-  /// |f - A u| / |f - A u_first| in the Euclidean norm, computed here.
+  int solve();  // solve_data and tier_solve; the error, else the last warning, else 0
+
+  /// |f - A u| / |f| in the Euclidean norm, computed here.
   double relative_residual() const;
 
   sparse_system system;

@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <random>
 
-#include "support/tier/sparse_system.h"
+#include "support/tier/systems.h"
 #include "tier/solve/min_degree.h"
 
 namespace {
@@ -15,41 +13,6 @@ namespace {
 using testing_support::sparse_system;
 using tier::sparse_gauss;
 using tier::view;
-
-/// Non-symmetric pattern, about `per_row` entries, diagonal scaled by `dominance`.
-sparse_system random_system(int n, int per_row, double dominance, unsigned seed) {
-  std::mt19937 random(seed);
-  std::uniform_real_distribution<double> value(-1.0, 1.0);
-  std::uniform_int_distribution<int> column(1, n);
-  sparse_system s;
-  for (int i = 1; i <= n; ++i) {
-    std::vector<std::pair<int, double>> others;
-    for (int k = 1; k < per_row; ++k) {
-      const int j = column(random);
-      const auto same = [j](const auto& other) { return other.first == j; };
-      if (j != i && std::none_of(others.begin(), others.end(), same)) others.emplace_back(j, value(random));
-    }
-    s.add_row(dominance * (1.0 + value(random) * value(random)), others);
-  }
-  return s;
-}
-
-double largest_residual(const sparse_system& s, const std::vector<double>& u) {
-  double largest = 0.0;
-  for (int i = 1; i <= s.n; ++i) {
-    double r = s.f[static_cast<std::size_t>(i) - 1];
-    for (auto p = static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i) - 1]);
-         p < static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i)]); ++p)
-      r -= s.a[p - 1] * u[static_cast<std::size_t>(s.ja[p - 1]) - 1];
-    largest = std::max(largest, std::abs(r));
-  }
-  return largest;
-}
-
-struct gauss_case {
-  const char* name;
-  sparse_system system;
-};
 
 class SparseGauss : public testing::TestWithParam<int> {
  protected:
@@ -62,11 +25,11 @@ class SparseGauss : public testing::TestWithParam<int> {
       case 2:
         return testing_support::five_point(60);
       case 3:
-        return random_system(300, 8, 8.0, 1);
+        return testing_support::random_rows(300, 8, 8.0, 1);
       case 4:
-        return random_system(400, 6, 1e-3, 2);  // pivots come from off the diagonal
+        return testing_support::random_rows(400, 6, 1e-3, 2);  // pivots come from off the diagonal
       case 5:
-        return random_system(50, 50, 2.0, 3);
+        return testing_support::random_rows(50, 50, 2.0, 3);
       default:
         return testing_support::coupled(testing_support::five_point(15), 3, 0.1);
     }
@@ -90,7 +53,7 @@ TEST_P(SparseGauss, SolvesToRounding) {
   ASSERT_EQ(outcome, sparse_gauss::done);
   spg.substitute(view<double>(s.f.data()), view<double>(s.u.data()));
 
-  EXPECT_LT(largest_residual(s, s.u), 1e-9);
+  EXPECT_LT(testing_support::euclidean(testing_support::residual_of(s, s.u)), 1e-9);
 }
 
 INSTANTIATE_TEST_SUITE_P(Systems, SparseGauss, testing::Range(0, 7));

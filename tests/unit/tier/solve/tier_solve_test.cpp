@@ -24,7 +24,7 @@ TEST_P(KnownHierarchy, GivesTheResidualsOfAnIndependentComputation) {
   read_levels(folder, run);
   const std::vector<double> expected = read_expected_residuals(folder);
 
-  run.solve();
+  ASSERT_EQ(run.solve(), 0);
 
   ASSERT_GT(run.steps.size(), 5u);
   for (std::size_t step = 0; step < std::min<std::size_t>({run.steps.size(), expected.size(), 21}); ++step)

@@ -1,0 +1,148 @@
+// Smoothing codes and steps against numbers from paper; parallel steps against a loop that freezes foreign rows.
+#include "tier/solve/relax.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/tier/known_hierarchy.h"
+#include "support/tier/systems.h"
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
+#include "tier/frame/parameters.h"
+#include "tier/solve/sweep_code.h"
+
+namespace {
+
+using namespace testing_support;
+
+struct code_case {
+  int code, passes;
+  std::vector<int> steps;
+};
+
+TEST(SweepCode, SplitsIntoPassesAndSteps) {
+  for (const code_case& expected : std::vector<code_case>{{131, 1, {3, 1}},
+                                                          {-131, 1, {-1, -3}},
+                                                          {431, 4, {3, 1}},
+                                                          {12, 1, {2}},
+                                                          {0, 0, {}},
+                                                          {3, 3, {}},
+                                                          {-2147, 2, {-7, -4, -1}},
+                                                          {1123456712, 1, {1, 2, 3, 4, 5, 6, 7, 1, 2}}}) {
+    const tier::sweep_code code = tier::decode_sweeps(expected.code);
+    EXPECT_EQ(code.passes, expected.passes) << expected.code;
+    EXPECT_EQ(std::vector<int>(code.step.begin(), code.step.begin() + code.steps), expected.steps) << expected.code;
+  }
+}
+
+struct step_case {
+  const char* name;
+  int step;
+  double omega_sor_do;
+  bool split;
+  std::vector<double> expected;
+};
+
+class RelxGs : public testing::TestWithParam<step_case> {};
+
+// tridiag(-1, 2, -1), rows C F C, f = 2, u = 0
+TEST_P(RelxGs, GivesNumbersFromPaper) {
+  use_threads(1);
+  sparse_system s = line(3);
+  s.f = {2.0, 2.0, 2.0};
+  tier::hierarchy h;
+  set_first_level(h, s);
+  const int icg[] = {1, -1, 2};
+  std::vector<double> scratch(3);
+  tier::parm::omega_sor_do = GetParam().omega_sor_do;
+  tier::parm::omega_sor_up = 1.5;  // without effect whatever the step
+
+  tier::relx_gs(h(1), GetParam().split ? icg : nullptr, h(1).f, h(1).u, GetParam().step, {},
+                tier::vector(scratch.data()), "relx_gs");
+
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_DOUBLE_EQ(s.u[i], GetParam().expected[i]) << i;
+}
+
+const std::vector<double> up{1.0, 1.5, 1.75}, down{1.75, 1.5, 1.0};
+INSTANTIATE_TEST_SUITE_P(
+    Steps, RelxGs,
+    testing::Values(step_case{"FRows", 1, 0.0, true, {0.0, 1.0, 0.0}}, step_case{"All", 2, 0.0, true, up},
+                    step_case{"CRows", 3, 0.0, true, {1.0, 0.0, 1.0}}, step_case{"AllDown", 5, 0.0, true, down},
+                    step_case{"FDown", 4, 0.0, true, {0.0, 1.0, 0.0}},
+                    step_case{"CDown", 6, 0.0, true, {1.0, 0.0, 1.0}},
+                    step_case{"MinusTwoIsDown", -2, 0.0, true, down}, step_case{"MinusFiveIsUp", -5, 0.0, true, up},
+                    step_case{"NoSplitF", 1, 0.0, false, up}, step_case{"NoSplitCDown", 6, 0.0, false, down},
+                    step_case{"NoSplitMinusF", -1, 0.0, false, down},
+                    step_case{"SorUp", 2, 0.5, true, {0.5, 0.625, 0.65625}},
+                    step_case{"SorNotDown", 5, 0.5, true, down}, step_case{"SorNotReversed", -2, 0.5, true, down},
+                    step_case{"Jacobi", 7, 0.0, true, {0.5, 0.5, 0.5}}),
+    [](const auto& tested) { return tested.param.name; });
+
+TEST(RelxGs, RefusesAnUnknownStep) {
+  sparse_system s = line(3);
+  tier::hierarchy h;
+  set_first_level(h, s);
+  for (int step : {0, 8, -9}) {
+    try {
+      tier::relx_gs(h(1), nullptr, h(1).f, h(1).u, step, {}, h(1).u, "relx_gs");
+      FAIL() << step;
+    } catch (const tier::failure& f) {
+      EXPECT_EQ(f.ierr, tier::ierr_illegal_value);
+    }
+  }
+}
+
+TEST(RelxGs, JacobiTakesAFactorPerFunction) {
+  sparse_system s = coupled(line(1), 2, 0.0);
+  s.f = {2.0, 2.0};
+  tier::hierarchy h;
+  set_first_level(h, s);
+  double factors[] = {0.25, 1.0}, scratch[2];
+
+  tier::relx_gs(h(1), nullptr, h(1).f, h(1).u, 7, {0.5, tier::const_vector(factors)}, tier::vector(scratch),
+                "relx_ugs");
+
+  EXPECT_EQ(s.u, (std::vector<double>{0.25, 1.0}));
+}
+
+// A thread reads rows of others as they were when the step began, so a parallel step has one right result.
+class ParallelStep : public testing::TestWithParam<int> {};
+
+TEST_P(ParallelStep, FreezesForeignRows) {
+  constexpr int team = 3;
+  sparse_system s = turned_anisotropy(40, 30.0, 0.1);
+  for (std::size_t i = 0; i < s.u.size(); ++i) s.u[i] = 0.001 * static_cast<double>(i % 17);
+  tier::hierarchy h;
+  set_first_level(h, s);
+  std::vector<int> icg(s.u.size());
+  for (std::size_t i = 0; i < icg.size(); ++i) icg[i] = i % 3 == 0 ? 1 : -1;
+  std::vector<double> expected = s.u, scratch(s.u.size());
+  const int step = GetParam(), mode = std::abs(step), size = s.n / team;
+  const bool descending = (mode > 3) != (step < 0);
+  for (int t = 0; t < team; ++t) {
+    const int lo = t * size + 1, hi = t + 1 == team ? s.n : lo + size - 1;
+    std::vector<double> seen = s.u;  // own rows change, others stay
+    for (int m = 0; m <= hi - lo; ++m) {
+      const int i = descending ? hi - m : lo + m;
+      const bool coarse = icg[static_cast<std::size_t>(i) - 1] > 0;
+      if ((mode % 3 == 1 && coarse) || (mode % 3 == 0 && !coarse)) continue;
+      double d = s.f[static_cast<std::size_t>(i) - 1];
+      const int first = s.ia[static_cast<std::size_t>(i) - 1];
+      for (int p = first + 1; p < s.ia[static_cast<std::size_t>(i)]; ++p)
+        d -= s.a[static_cast<std::size_t>(p) - 1] *
+             seen[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(p) - 1]) - 1];
+      expected[static_cast<std::size_t>(i) - 1] = seen[static_cast<std::size_t>(i) - 1] =
+          d / s.a[static_cast<std::size_t>(first) - 1];
+    }
+  }
+
+  use_threads(team);
+  tier::relx_gs(h(1), icg.data(), h(1).f, h(1).u, step, {}, tier::vector(scratch.data()), "relx_gs");
+
+  for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_NEAR(s.u[i], expected[i], 1e-14) << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(Steps, ParallelStep, testing::Values(1, 2, 3, -1, 5, 6));
+
+}  // namespace

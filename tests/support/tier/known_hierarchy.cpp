@@ -126,7 +126,7 @@ void test_run::add_level(const sparse_system& coarse, const std::vector<int>& co
 int test_run::solve() {
   steps.clear();
   steps_of_run = &steps;
-  results = {};
+  results = {.res_in = results.res_in};
   tier::clear_warning();
   int ierr = 0;
   try {

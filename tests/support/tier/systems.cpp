@@ -108,7 +108,9 @@ sparse_system turned_anisotropy(int m, double degrees, double epsilon) {
 
 sparse_system plane_stress(int mx, int my) {
   const auto k = square_stiffness();
-  const auto free_number = [my](int x, int y, int function) { return 2 * ((x - 1) * (my + 1) + y) + function; };
+  const auto free_number = [my](int x, int y, int function) {
+    return 2 * ((x - 1) * (my + 1) + y) + function;
+  };
   std::vector<row_map> rows(static_cast<std::size_t>(2 * mx * (my + 1)));
   constexpr int corner[4][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
   for (int ex = 0; ex < mx; ++ex)
@@ -148,8 +150,8 @@ void set_known_solution(sparse_system& s) {
   std::vector<double> x(static_cast<std::size_t>(s.n));
   for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(static_cast<double>(i + 1));
   std::fill(s.f.begin(), s.f.end(), 0.0);
-  s.f = residual_of(s, x);
-  for (double& value : s.f) value = -value;
+  const std::vector<double> minus = residual_of(s, x);
+  for (std::size_t i = 0; i < x.size(); ++i) s.f[i] = -minus[i];  // in place: views of f stay
 }
 
 std::vector<double> residual_of(const sparse_system& s, const std::vector<double>& u) {

@@ -15,7 +15,9 @@ memory_counters memory;
 namespace {
 
 void count_words(std::int64_t count, std::size_t size) {
-  (size == sizeof(double) ? memory.ndsum : memory.nisum) += count;
+  const bool reals = size == sizeof(double);
+  (reals ? memory.ndsum : memory.nisum) +=
+      reals ? count : count * static_cast<std::int64_t>(size / sizeof(int));
   memory.memi = std::max(memory.memi, memory.nisum);
   memory.memd = std::max(memory.memd, memory.ndsum);
 }

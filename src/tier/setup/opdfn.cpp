@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <vector>
 
+#include "tier/frame/ierr.h"
+#include "tier/frame/info.h"
 #include "tier/setup/team.h"
 
 namespace tier {
@@ -150,9 +153,19 @@ struct product {
   }
 };
 
+[[noreturn]] void too_many_entries() {
+  fail(ierr_extension_failed, "Memory extension failed (integer overflow for size of array a in opdfn)");
+}
+
+/// Row lengths to row pointers.
 void prefix_sum(level& coarse) {
+  std::int64_t next = 1;
   coarse.own_ia[1] = 1;
-  for (int c = 1; c <= coarse.n; ++c) coarse.own_ia[c + 1] += coarse.own_ia[c];
+  for (int c = 1; c <= coarse.n; ++c) {
+    next += coarse.own_ia[c + 1];
+    if (next > std::numeric_limits<int>::max()) too_many_entries();
+    coarse.own_ia[c + 1] = static_cast<int>(next);
+  }
 }
 
 void two_sweeps(product& g) {
@@ -196,7 +209,9 @@ void one_serial_sweep(product& g) {
       coarse.own_ia[++c] = static_cast<int>(next);
       continue;
     }
+    if (room == std::numeric_limits<int>::max() - 1) too_many_entries();
     room = std::max(expected_room(start, c, coarse.n), room + room / 8);
+    room = std::min<std::int64_t>(room, std::numeric_limits<int>::max() - 1);
     coarse.own_ja.resize(room, "ja", routine);
     coarse.own_a.resize(room, "a", routine);
   }

@@ -52,6 +52,7 @@ void decode_nwt(int nwt, setup_controls& s) {
   s.intlev = levels_of_digit(field[2]);
   require(s.nwtint >= 1 && s.nwtint <= 4, "nwtint");
   require(field[3] <= 1, "iall");
+  s.iall = field[3];
 }
 
 }  // namespace

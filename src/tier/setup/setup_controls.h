@@ -24,6 +24,7 @@ struct setup_controls {
   int nwtint = 2;     // 1 direct, 2 standard, 3 extended, 4 multipass
   int itint = 0;      // Jacobi improvements
   int intlev = 1;     // on levels up to this one
+  int iall = 0;       // has no effect
   double etr1 = 0.2;  // truncation of the first build
   double etr2 = 0.2;  // truncation of the improvement
 };

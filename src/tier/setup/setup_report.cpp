@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
 #include "tier/setup/create_levels.h"
@@ -94,6 +95,7 @@ void report_galerkin(const controls& c) {
 
 void crsng_data(const controls& c) {
   const setup_controls s = decode_setup(c);
+  if (s.iall != 0) warn(warn_setting_adjusted, "Parameter <iall> has no effect (crsng_data)!");
   if (c.dump_level < 0) return;
   message("======================", 1);
   message("AMG setup information");

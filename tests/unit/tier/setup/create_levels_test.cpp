@@ -11,6 +11,7 @@
 #include <cmath>
 #include <functional>
 
+#include "support/tier/known_hierarchy.h"
 #include "support/tier/sparse_system.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
@@ -316,6 +317,80 @@ TEST(CreateLevels, ThreadsGiveASoundHierarchy) {
   EXPECT_NEAR(sizes[1], sizes[0], 0.1 * sizes[0]);
 }
 #endif
+
+/// Two grids of m x m, numbered one after the other, tied point by point as the faces of a wall are.
+sparse_system two_faces(int m) {
+  const sparse_system face = five_point(m);
+  sparse_system s;
+  for (int i = 0; i < 2 * face.n; ++i) {
+    const auto row = static_cast<std::size_t>(i % face.n);
+    const int shift = i < face.n ? 0 : face.n;
+    std::vector<std::pair<int, double>> others;
+    for (auto p = static_cast<std::size_t>(face.ia[row]); p < static_cast<std::size_t>(face.ia[row + 1]) - 1;
+         ++p)
+      others.emplace_back(face.ja[p] + shift, face.a[p]);
+    others.emplace_back(i < face.n ? i + 1 + face.n : i + 1 - face.n, -20.0);
+    s.add_row(24.0, others);
+  }
+  return s;
+}
+
+int steps_of(const sparse_system& s, int threads, const std::function<void(tier::controls&)>& set) {
+  test_run run(s);
+  use_threads(threads);
+  tier::controls c = quiet_controls();
+  run.c.ncg = c.ncg;
+  run.c.nptmn = c.nptmn;
+  run.c.ntyp_galerkin = 2;
+  set(run.c);
+  tier::create_levels(run.h, run.c);
+  run.solve();
+  EXPECT_GE(run.h.levels_created, 2);
+  EXPECT_LE(run.relative_residual(), 1.0000001e-8);
+  return run.results.ncyc_done;
+}
+
+TEST(CreateLevels, ThreadsKeepTheNumberOfSteps) {
+  for (const sparse_system& s :
+       {five_point(120), five_point(120, -1.0, -0.01), random_system(6000, 6, 0.1, 3), two_faces(80)}) {
+    const int serial = steps_of(s, 1, as_it_is);
+    for (const int threads : {2, 4}) EXPECT_LE(steps_of(s, threads, as_it_is), std::ceil(1.2 * serial));
+  }
+}
+
+struct convergence_case {
+  const char* name;
+  int nstyp, nint_force, internal, ncg, nwt, most_steps;
+};
+class Convergence : public testing::TestWithParam<convergence_case> {};
+
+TEST_P(Convergence, WithinSteps) {
+  const convergence_case& p = GetParam();
+  const int steps =
+      steps_of(p.nstyp == 1 ? five_point(60) : coupled(five_point(40), 2, 0.05), 1, [&](auto& c) {
+        c.nstyp = p.nstyp;
+        c.nint_force = p.nint_force;
+        c.internal = p.internal;
+        c.nprim = p.nstyp == 3 ? 1 : 0;
+        c.ncg = p.ncg;
+        c.nwt = p.nwt;
+      });
+  EXPECT_LE(steps, p.most_steps);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, Convergence,
+                         testing::Values(convergence_case{"Direct", 1, 0, 0, 1, 1, 7},
+                                         convergence_case{"Standard", 1, 0, 0, 1, 2, 8},
+                                         convergence_case{"Improved", 1, 0, 0, 1, 21, 8},
+                                         convergence_case{"SecondPass", 1, 0, 0, 10001, 2, 8},
+                                         convergence_case{"AggressiveMultipass", 1, 0, 0, 11, 4, 17},
+                                         convergence_case{"AggressiveA2", 1, 0, 0, 12, 4, 11},
+                                         convergence_case{"UnknownBased", 2, 0, 0, 4, 2, 8},
+                                         convergence_case{"PointsSeparate", 3, 1, 0, 1, 2, 8},
+                                         convergence_case{"PointsSame", 3, 2, 3, 1, 2, 8},
+                                         convergence_case{"PointsBlocks", 3, 3, 4, 1, 2, 8},
+                                         convergence_case{"BlocksMultipass", 3, 3, 0, 1, 4, 8}),
+                         [](const auto& c) { return std::string(c.param.name); });
 
 TEST(RecomputeOperators, FollowsTheNewValues) {
   sparse_system s = five_point(30);

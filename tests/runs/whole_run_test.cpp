@@ -1,10 +1,11 @@
 // The program as an application starts it: golden files, odd surroundings, parts that have no answer.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <string_view>
 
 #include "part_maker.h"
 #include "support/job.h"
@@ -19,11 +20,16 @@ ScratchJob caseJob(const std::string& name, const std::string& stem = "job") {
 }
 
 /// Replaces what differs from run to run: times, paths, the machine's processors.
-std::string masked(const std::string& text) {
-  static const std::regex changing(
-      "(Date/time : |Software Released Time: KELD/C-Style  |File path : |Number of processor= *|"
-      "run-time system= *|of running process= *|CPU Time     \\*\\*  : |Recorded - )[^\n]*");
-  return std::regex_replace(text, changing, "$1...");
+std::string masked(std::string text) {
+  for (const char* key :
+       {"Date/time : ", "KELD/C-Style  ", "File path : ", "Number of processor= ", "run-time system= ",
+        "of running process= ", "CPU Time     **  : ", "Recorded - "}) {
+    for (std::size_t at = 0; (at = text.find(key, at)) != std::string::npos; at += 3) {
+      at += std::string_view(key).size();
+      text.replace(at, text.find('\n', at) - at, "...");
+    }
+  }
+  return text;
 }
 
 class Golden : public testing::TestWithParam<const char*> {};
@@ -45,7 +51,9 @@ TEST_P(Golden, ReportAndResultsAreThoseOfTheFiles) {
 
 INSTANTIATE_TEST_SUITE_P(Files, Golden, testing::Values("ribbed-everything", "cup-refused-stress"),
                          [](const auto& name) {
-                           return std::regex_replace(std::string(name.param), std::regex("-"), "_");
+                           std::string word = name.param;
+                           std::replace(word.begin(), word.end(), '-', '_');
+                           return word;
                          });
 
 struct Surroundings {

@@ -85,6 +85,7 @@ int runExternalProgram(const std::string& path, const std::vector<std::string>& 
   std::vector<std::string> own{path};
   own.insert(own.end(), words.begin(), words.end());
   std::vector<char*> arguments;
+  arguments.reserve(own.size() + 1);
   for (std::string& word : own) arguments.push_back(word.data());
   arguments.push_back(nullptr);
 

@@ -34,7 +34,7 @@ std::string faultOf(const Action& action) {
     status = end.status;
   }
   std::fflush(stdout);
-  const std::string console = testing::internal::GetCapturedStdout();
+  std::string console = testing::internal::GetCapturedStdout();
   EXPECT_EQ(status, 1) << "the run should have ended; console: " << console;
   return console;
 }

@@ -87,9 +87,9 @@ struct FaultCase {
 class Fault : public InputTest, public testing::WithParamInterface<FaultCase> {};
 
 TEST_P(Fault, IsNamedWithItsLine) {
-  const auto& [reader, what, by, words] = GetParam();
-  const std::string text = replaced(seedOf(reader), what, by);
-  EXPECT_THAT(refusalOf([&] { fuzz::readerNamed(reader).read(text); }), HasSubstr(words));
+  const FaultCase& fault = GetParam();
+  const std::string text = replaced(seedOf(fault.reader), fault.what, fault.by);
+  EXPECT_THAT(refusalOf([&] { fuzz::readerNamed(fault.reader).read(text); }), HasSubstr(fault.words));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -171,8 +171,11 @@ void set_points(level& l, const call_arguments& call, const controls& c) {
   l.ip = c.has_ip ? view<int>(const_cast<int*>(call.ip)) : view<int>();
   l.npnts = c.npnts;
   constexpr int point_based = 3;
-  if (c.has_ip || c.nstyp != point_based) return;
-  l.own_ip.allocate(c.nnu, "ip", routine);  // one function: each variable is a point
+  if (c.nsys > 1 || c.nstyp != point_based) return;
+  l.own_iu.allocate(c.nnu, 1, "iu", routine);
+  l.iu = l.own_iu;
+  if (c.has_ip) return;
+  l.own_ip.allocate(c.nnu, "ip", routine);  // each variable is a point
   for (int i = 1; i <= c.nnu; ++i) l.own_ip[i] = i;
   l.ip = l.own_ip;
   l.npnts = c.nnu;
@@ -213,6 +216,7 @@ void release_level_one(level& fine, system_scaling& scaling) {
   fine.a = fine.f = fine.u = view<double>();
   fine.own_ia.release();
   fine.own_ja.release();
+  fine.own_iu.release();
   fine.own_ip.release();
   fine.own_a.release();
   fine.own_f.release();

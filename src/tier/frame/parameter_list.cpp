@@ -1,7 +1,6 @@
 // The list of parameters, and values as text.
 #include "tier/frame/parameter_list.h"
 
-#include <array>
 #include <cstdio>
 #include <unordered_map>
 
@@ -20,7 +19,7 @@ constexpr auto acts = parameter_effect::acts, prints = parameter_effect::prints,
 #define TIER_LOGICAL(name, NAME, initial, effect, meaning) TIER_INTEGER(name, NAME, initial, effect, meaning)
 #define TIER_TEXT(name, NAME, width, initial, effect, meaning) \
   parameter_entry{#name, &parm::name, std::string_view(initial), width, effect, meaning},
-const std::array list{
+const parameter_entry list[] = {
 #include "tier/frame/parameters.def"
 };
 

@@ -34,7 +34,7 @@ namespace tier {
 
 namespace {
 
-constexpr int keep_operators = 1, new_operators = 3, set_up_and_keep = 4, set_up_once = 5;
+constexpr int new_operators = 3, set_up_and_keep = 4, set_up_once = 5;
 constexpr int level_of_dump = 2;
 
 void start_call(const call_arguments& call, run_results& results) {

@@ -202,7 +202,7 @@ void sparse_gauss::substitute(view<const double> f, view<double> u) {
   double* x = x_.data();
   const int n = n_, m = n - block_ + 1;
   const auto sum = [x](const work_array<int>& index, const work_array<double>& value, int first, int end) {
-    return row_sum(index.data() + first - 1, value.data() + first - 1, x, end - first);
+    return row_sum(index.data() + (first - 1), value.data() + (first - 1), x, end - first);
   };
   for (int k = 1; k < block_; ++k) x[k - 1] = (f[order_[k]] - sum(ui_, ux_, up_[k], up_[k + 1])) / pivot_[k];
   double* y = x + block_ - 1;

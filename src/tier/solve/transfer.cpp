@@ -9,7 +9,7 @@ namespace tier {
 void resc(const level& fine, level& coarse, vector r) {
   const int n = fine.n, nc = coarse.n;
   const vector fc = coarse.f, uc = coarse.u;
-  for_chunks(n, restriction_team(n), [&, n, nc, fc, uc](const row_chunk& c) {
+  for_chunks(n, restriction_team(n), [&, nc, fc, uc](const row_chunk& c) {
     for (int i = c.lo; i <= c.hi; ++i) r[i] = fine.f[i] - row_product(fine, i, fine.u.data());
     team_barrier(c);
     const row_chunk rows = chunk_like(c, nc);

@@ -44,10 +44,10 @@ int main(void) {
   for (int i = 0; i < rows; ++i) f[i] = 1.0;
 
   const int nsys = 1, one = 1, none = 0;
-  const int matrix = 22;     /* non-symmetric, row sums that don't vanish */
+  const int matrix = 12;     /* symmetric, row sums that don't vanish */
   const int nsolve = 0;      /* default approach and smoother */
   const int ifirst = 1;      /* first guess zero */
-  const int ncyc = 1300100;  /* V-cycle, GMRES, at most 100 cycles */
+  const int ncyc = 1100100;  /* V-cycle, conjugate gradients, at most 100 cycles */
   const int iswtch = 5140;   /* set up, solve, clean up; work arrays may grow; strategy 40 */
   const int silent = -1;
   const double eps = 1e-8, chktol = 0.0;

@@ -57,7 +57,7 @@ void refuse_block_scaling() {
 }
 
 /// The matrix transformations that iforce0 can ask for.
-void check_transformation(const controls& c) {
+void check_transformation(const controls& c, int matrix) {
   constexpr int force1 = 4, last_scalar = 7, force_test = 9;
   if (c.iforce0 >= force1 && c.iforce0 <= last_scalar && c.nsys > 1)
     fail(ierr_illegal_value, "Setting of parameter <iforce0-" + std::to_string(c.iforce0) +
@@ -65,8 +65,11 @@ void check_transformation(const controls& c) {
   switch (c.iforce0) {
     case 0:
     case 2:
+      return;
     case 6:
     case 7:
+      if (digits_of<4>(matrix)[4] != 0)
+        not_released("matrix: scaling digits of iforce0=" + std::to_string(c.iforce0));
       return;
     case 1:
     case 3:
@@ -85,7 +88,7 @@ controls check_call(const call_arguments& call) {
   check_matrix(call, c);
   c.npnts = count_points(call, c);
   print_banner(c);
-  check_transformation(c);
+  check_transformation(c, call.matrix);
   test_matrix(call, c);
   check_points(call, c);
   return c;

@@ -73,6 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Irow0", 20, "Illegal value of parameter <irow0>!", [](tier_call& x) { x.matrix = 23; }},
         Case{"Iforce0NotReleased", 80, "Parameter setting not yet permitted <iforce0=3>",
              [](tier_call& x) { x.matrix = 223; }},
+        Case{"ScalingDigits", 80, "Parameter setting not yet permitted <matrix: scaling digits of iforce0=6>",
+             [](tier_call& x) { x.matrix = 2261; }},
         Case{"Iforce0Unknown", 20, "Illegal value of parameter <iforce0> in (tier_main)!",
              [](tier_call& x) { x.matrix = 228; }},
         Case{"Iextent", 20, "Illegal value of parameter <iextent>!", [](tier_call& x) { x.iswtch = 5420; }},

@@ -76,6 +76,23 @@ TEST_F(TierSimple, TakesCodesThatWereSet) {
   EXPECT_EQ(call.ncyc_done, 0);
 }
 
+TEST_F(TierSimple, TriesAgainWithIlu) {
+  write("temp.in", "iswtch=5120\nncyc=1000001\nidump=-1\niout=-1\nnrc=9\n");
+  tier_call call = poisson_call();
+  call.run_simple();
+  EXPECT_GT(call.ierr, 0);  // there is no user solver
+
+  parm::nsimple_emergency = 1;
+  call.run_simple();
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_LT(call.relative_residual(), 1.1e-8);
+  for (const char* words : {"Last TIER run was not (fully) successful!", "trying ILU-BiCGstab now ...",
+                            "... for original matrix ...", "... first guess u reset to zero ..."})
+    EXPECT_THAT(call.said, HasSubstr(words));
+  EXPECT_EQ(std::tuple(parm::levelx, parm::nrc, parm::force_accel),
+            std::tuple(tier::unset_integer, 9, false));
+}
+
 TEST_F(ParameterFile, IsReadOnlyWhenBothSwitchesAllowIt) {
   write("tier.in", "iscale(1)=0\nnsys=1\nncyc=1300002\n");
   tier_call call = poisson_call(20);

@@ -33,7 +33,7 @@ struct caller_matrix {
 template <class Predicate>
 int first_bad(int lo, int hi, Predicate bad) {
   std::atomic<int> first{hi + 1};
-  const int team = team_size(hi - lo + 1, parm::nmin_matrix);
+  [[maybe_unused]] const int team = team_size(hi - lo + 1, parm::nmin_matrix);
 #pragma omp parallel for num_threads(team) schedule(static)
   for (int i = lo; i <= hi; ++i) {
     if (i >= first.load(std::memory_order_relaxed) || !bad(i)) continue;

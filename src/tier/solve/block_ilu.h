@@ -9,7 +9,8 @@
 
 namespace tier {
 
-/// Variables of each point: variable[start[p]] .. variable[start[p+1]-1], ascending, for points p = 1..points.
+/// Variables of each point: variable[start[p]] .. variable[start[p+1]-1], ascending, for points p
+/// = 1..points.
 struct point_blocks {
   explicit point_blocks(const level& l);
   int size_of(int p) const { return start[p + 1] - start[p]; }
@@ -18,14 +19,14 @@ struct point_blocks {
   work_array<int> place;  // of a variable within its point, from 0
 };
 
-/// Solves the dense m x m system by rows, in place, with row pivoting or, `full`, row and column pivoting; the
-/// solution takes the place of b. order: scratch of m integers. False: zero pivot.
+/// Solves the dense m x m system by rows, in place, with row pivoting or, `full`, row and column pivoting;
+/// the solution takes the place of b. order: scratch of m integers. False: zero pivot.
 bool solve_small(int m, double* a, double* b, int* order, bool full);
 
 class block_ilu {
  public:
-  /// Block ILU(0); `modified`: row sums of dropped blocks times `weight` go to the diagonal. False: a singular
-  /// diagonal block.
+  /// Block ILU(0); `modified`: row sums of dropped blocks times `weight` go to the diagonal. False: a
+  /// singular diagonal block.
   bool decompose(const level& l, const point_blocks& points, bool modified, double weight);
 
   /// z <- (L U)^-1 v. v and z may be the same. No allocation.
@@ -40,8 +41,9 @@ class block_ilu {
   int find(int row, int column) const;
 
   const point_blocks* points_ = nullptr;
-  work_array<int> start_, column_, diagonal_;  // block rows with ascending columns; place of the diagonal block
-  work_array<std::int64_t> at_;                // first value of a block, by rows
+  work_array<int> start_, column_,
+      diagonal_;                 // block rows with ascending columns; place of the diagonal block
+  work_array<std::int64_t> at_;  // first value of a block, by rows
   work_array<double> value_, x_, small_;
   work_array<int> order_;
 };

@@ -83,8 +83,8 @@ class coarse_cg {
 
   bool positive(double product, const char* name) {
     if (product > 0.0) return true;
-    warn(warn_coarsest_cg, std::string(product < 0.0 ? "Negative (" : "Zero (") + name +
-                               ") on coarsest level (cgc0)!");
+    warn(warn_coarsest_cg,
+         std::string(product < 0.0 ? "Negative (" : "Zero (") + name + ") on coarsest level (cgc0)!");
     return false;
   }
 
@@ -141,16 +141,15 @@ class coarse_bicgstab {
 
   void restart(double first) {
     if (++restarts_ > parm::maxop_restart) {
-      if (!singular_) fail(ierr_coarsest_bicgstab,
-                           "BI-CGSTAB failed on coarsest level (cgstab0) after repeated restart!");
+      if (!singular_)
+        fail(ierr_coarsest_bicgstab, "BI-CGSTAB failed on coarsest level (cgstab0) after repeated restart!");
       info(message_class::error, "Breakdown of BI-CGSTAB on coarsest level (cgstab0):");
       fail(ierr_coarsest_bicgstab, "Coarsest level matrix is singular!");
     }
     const bool diverged = norm() > first;
-    info(message_class::warning,
-         restarts_ == 1 ? "Re-start with modified <rbar> on coarsest level (cgstab0)!"
-         : diverged     ? "Re-start with new initial guess on coarsest level (cgstab0)!"
-                        : "Re-start of precond. BI-CGSTAB on coarsest level (cgstab0)!");
+    info(message_class::warning, restarts_ == 1 ? "Re-start with modified <rbar> on coarsest level (cgstab0)!"
+                                 : diverged ? "Re-start with new initial guess on coarsest level (cgstab0)!"
+                                            : "Re-start of precond. BI-CGSTAB on coarsest level (cgstab0)!");
     if (restarts_ > 1 && diverged) fill(l_.n, 0.0, l_.u);
     residual(l_, l_.f, l_.u, r_);
     begin();

@@ -15,8 +15,8 @@ struct coarse_decomposition {
   std::unique_ptr<sparse_gauss> spg;
   std::unique_ptr<dense_solver> dense;
   std::unique_ptr<krylov_block> vectors;  // of the iterative methods
-  work_array<int> pinned;    // [1..n] nonzero: u of this variable is held at 0; empty: none
-  work_array<double> right;  // [1..n] right-hand side with 0 at the pinned variables
+  work_array<int> pinned;                 // [1..n] nonzero: u of this variable is held at 0; empty: none
+  work_array<double> right;               // [1..n] right-hand side with 0 at the pinned variables
 };
 
 coarse_decomposition& coarse_factors();
@@ -32,8 +32,8 @@ void solve_dense(cycle_state& s, level& l);
 /// most itmax_conv. One sweep is the nrd passes, then the nru passes; without steps four full ones.
 void cl_smo(cycle_state& s, int k);
 
-/// CG with ILU(0) (nrc 2) or the diagonal (4), BiCGstab with ILUT (3) or the diagonal (5), to the same limits.
-/// Errors: 920, 930; warning -920.
+/// CG with ILU(0) (nrc 2) or the diagonal (4), BiCGstab with ILUT (3) or the diagonal (5), to the same
+/// limits. Errors: 920, 930; warning -920.
 void cgc0(cycle_state& s, int k);
 void cgstab0(cycle_state& s, int k);
 

@@ -19,12 +19,17 @@ struct cycle_state {
   controls& c;
   sweep_code pre, post;  // from nrd and nru
   jacobi_damping damping;
-  work_array<double> r, scratch;                // of level 1's length
-  work_array<double> copy1, copy2, e1, e2, ae;  // V*-cycle: u before the correction, directions; else empty
-  std::array<int, max_levels + 1> visits{};     // [1..levels] in the current cycle
+  std::array<split_rows, max_levels + 1> split;  // [1..levels-1] where Gauss-Seidel smooths
+  work_array<double> r, scratch;                 // of level 1's length
+  work_array<double> copy1, copy2, e1, e2, ae;   // V*-cycle: u before the correction, directions; else empty
+  std::array<int, max_levels + 1> visits{};      // [1..levels] in the current cycle
 
   int levels() const { return h.levels_used; }
   level& at(int k) { return h(k); }
+  const split_rows* split_of(int k) const {
+    const split_rows& rows = split[static_cast<std::size_t>(k)];
+    return rows.row.size() > 0 ? &rows : nullptr;
+  }
 };
 
 /// Puts other vectors in the place of level k's u and f while it lives.

@@ -9,27 +9,24 @@ namespace tier {
 
 namespace {
 
-/// w <- w - h v, returns (w, next) of the new w.
-double update_and_dot(double* w, const double* v, double h, const double* next, int n) {
-  double s = 0.0;
-#pragma omp simd reduction(+ : s)
-  for (int i = 0; i < n; ++i) {
-    const double x = w[i] - h * v[i];
-    w[i] = x;
-    s += x * next[i];
+/// w <- w - h v, returns (w, next) of the new w; without `next` (w, w). Eight running sums.
+template <bool Square>
+double update_and_dot(double* __restrict w, const double* __restrict v, double h,
+                      const double* __restrict next, int n) {
+  double s[8] = {};
+  const auto update = [=](int i) { return w[i] = w[i] - h * v[i]; };
+  int i = 0;
+  for (; i + 8 <= n; i += 8)
+    for (int k = 0; k < 8; ++k) {
+      const double x = update(i + k);
+      s[k] += x * (Square ? x : next[i + k]);
+    }
+  double rest = 0.0;
+  for (; i < n; ++i) {
+    const double x = update(i);
+    rest += x * (Square ? x : next[i]);
   }
-  return s;
-}
-
-double update_and_square(double* w, const double* v, double h, int n) {
-  double s = 0.0;
-#pragma omp simd reduction(+ : s)
-  for (int i = 0; i < n; ++i) {
-    const double x = w[i] - h * v[i];
-    w[i] = x;
-    s += x * x;
-  }
-  return s;
+  return ((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7])) + rest;
 }
 
 }  // namespace
@@ -43,8 +40,8 @@ double orthogonalise(int n, int j, krylov_block& v, view<double> h, view<double>
     double coefficient = h[1];
     for (int i = 1; i <= j; ++i) {
       const double* vi = &v(i)[c.lo];
-      const double part = i < j ? update_and_dot(own, vi, coefficient, &v(i + 1)[c.lo], rows)
-                                : update_and_square(own, vi, coefficient, rows);
+      const double part = i < j ? update_and_dot<false>(own, vi, coefficient, &v(i + 1)[c.lo], rows)
+                                : update_and_dot<true>(own, vi, coefficient, nullptr, rows);
       thread_parts& sums = parts[static_cast<std::size_t>(i % 2)];
       sums.put(c.tid, part);
       team_barrier(c);

@@ -239,12 +239,14 @@ void ilu_factors::solve(const_vector v, vector z) {
   double* x = x_.data();
   for (int i = 1; i <= n_; ++i) {
     double s = v[i];
-    for (int p = lower_.start[i]; p < lower_.start[i + 1]; ++p) s -= lower_.value[p] * x[lower_.column[p] - 1];
+    for (int p = lower_.start[i]; p < lower_.start[i + 1]; ++p)
+      s -= lower_.value[p] * x[lower_.column[p] - 1];
     x[i - 1] = s;
   }
   for (int i = n_; i >= 1; --i) {
     double s = x[i - 1];
-    for (int p = upper_.start[i]; p < upper_.start[i + 1]; ++p) s -= upper_.value[p] * x[upper_.column[p] - 1];
+    for (int p = upper_.start[i]; p < upper_.start[i + 1]; ++p)
+      s -= upper_.value[p] * x[upper_.column[p] - 1];
     x[i - 1] = s * inverse_[i];
   }
   for (int i = 1; i <= n_; ++i) z[column_at_[i]] = x[i - 1];

@@ -21,8 +21,8 @@ struct ilu_options {
 
 class ilu_factors {
  public:
-  /// A Q ~ L U with unit diagonal of L; Q is the identity but for threshold_pivoting. ILUT: Saad, Numer. Linear
-  /// Algebra Appl. 1 (1994) 387-402. False: a zero or non-finite pivot.
+  /// A Q ~ L U with unit diagonal of L; Q is the identity but for threshold_pivoting. ILUT: Saad, Numer.
+  /// Linear Algebra Appl. 1 (1994) 387-402. False: a zero or non-finite pivot.
   bool decompose(const level& l, const ilu_options& options);
 
   /// z <- Q (L U)^-1 v. v and z may be the same. No allocation.
@@ -53,9 +53,9 @@ class ilu_factors {
   int n_ = 0;
   ilu_options options_;
   triangle lower_, upper_;
-  work_array<double> inverse_;  // 1 / diagonal of U
-  work_array<double> row_;      // work row, by position in the pivot order
-  work_array<int> in_row_;      // nonzero: position is in the work row
+  work_array<double> inverse_;     // 1 / diagonal of U
+  work_array<double> row_;         // work row, by position in the pivot order
+  work_array<int> in_row_;         // nonzero: position is in the work row
   work_array<int> below_, above_;  // positions of the work row left and right of the diagonal
   work_array<int> finished_;       // positions of finished multipliers
   int count_below_ = 0, count_above_ = 0;

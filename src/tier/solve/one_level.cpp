@@ -18,7 +18,9 @@ enum { conjugate_gradient = 1, bicgstab = 2, flexible_cg = 4 };
 
 bool symmetric_method(int ncgrad) { return ncgrad == conjugate_gradient || ncgrad == flexible_cg; }
 
-ilu_options preconditioner_options(int ncgrad) { return smoother_ilu_options(symmetric_method(ncgrad) ? 1 : 2); }
+ilu_options preconditioner_options(int ncgrad) {
+  return smoother_ilu_options(symmetric_method(ncgrad) ? 1 : 2);
+}
 
 [[noreturn]] void decomposition_failed(const controls& c) {
   if (symmetric_method(c.ncgrad)) {
@@ -51,8 +53,7 @@ void one_level_precondition(cycle_state& s, view<const double> v, view<double> z
 void one_level_sweeps(cycle_state& s, int sweeps) {
   level& l = s.at(1);
   const int step = s.c.igam == by_diagonal ? jacobi_step : all_rows;
-  for (int i = 0; i < sweeps; ++i)
-    relx_gs(l, nullptr, l.f, l.u, step, s.damping, s.scratch, "relx_gs");
+  for (int i = 0; i < sweeps; ++i) relx_gs(l, nullptr, l.f, l.u, step, s.damping, s.scratch, "relx_gs");
 }
 
 }  // namespace tier

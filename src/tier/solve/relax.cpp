@@ -1,6 +1,7 @@
 // Gauss-Seidel and Jacobi steps on one level.
 #include "tier/solve/relax.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -17,18 +18,11 @@ enum class rows { fine, all, coarse };
 
 struct relaxation {
   const level& l;
-  const int* icg;
+  const split_rows* split;
   const_vector f;
   vector u, u_start;
   double omega;  // SOR factor, 0: none
 };
-
-template <rows Which>
-inline bool selected(const int* icg, int i) {
-  if constexpr (Which == rows::fine) return icg[i - 1] <= 0;
-  if constexpr (Which == rows::coarse) return icg[i - 1] > 0;
-  return true;
-}
 
 /// row_sum with columns outside lo..hi read from u_start.
 inline double row_sum_from_two(const int* ja, const double* a, const double* u1, const double* start1, int lo,
@@ -50,6 +44,31 @@ inline double row_sum_from_two(const int* ja, const double* a, const double* u1,
   return (s0 + s1) + (s2 + s3);
 }
 
+/// Positions first..last of the split's list whose rows lie in the chunk; for all rows the rows themselves.
+struct stretch {
+  int first, last;
+};
+template <rows Which>
+stretch rows_of_chunk(const relaxation& x, const row_chunk& c) {
+  if constexpr (Which == rows::all) return {c.lo, c.hi};
+  const int* list = x.split->row.data();
+  const int from = Which == rows::coarse ? 0 : x.split->coarse;
+  const int to = Which == rows::coarse ? x.split->coarse : x.l.n;
+  const auto place = [=](int row) {
+    return static_cast<int>(std::lower_bound(list + from, list + to, row) - list);
+  };
+  return {place(c.lo) + 1, place(c.hi + 1)};
+}
+
+constexpr int rows_ahead = 2;  // a row of the analysis is about 800 bytes
+
+inline void fetch_row(const int* ia, const int* ja, const double* a, int i) {
+  constexpr int line = 64;
+  const int first = ia[i - 1] - 1, end = ia[i] - 1;
+  for (int p = first; p < end; p += line / static_cast<int>(sizeof(double))) __builtin_prefetch(a + p);
+  for (int p = first; p < end; p += line / static_cast<int>(sizeof(int))) __builtin_prefetch(ja + p);
+}
+
 /// The sweep over one chunk; `Alone` when the chunk is the whole level.
 template <rows Which, bool Alone>
 void sweep(const relaxation& x, const row_chunk& c, bool descending) {
@@ -58,10 +77,14 @@ void sweep(const relaxation& x, const row_chunk& c, bool descending) {
   const double* a = x.l.a.data();
   const double *f = x.f.data(), *start = x.u_start.data();
   double* u = x.u.data();
-  const int count = c.hi - c.lo + 1, way = descending ? -1 : 1;
-  int i = descending ? c.hi : c.lo;
-  for (int done = 0; done < count; ++done, i += way) {
-    if (!selected<Which>(x.icg, i)) continue;
+  const int* list = Which == rows::all ? nullptr : x.split->row.data();
+  const stretch range = rows_of_chunk<Which>(x, c);
+  const int way = descending ? -1 : 1, count = range.last - range.first + 1;
+  int at = descending ? range.last : range.first;
+  for (int done = 0; done < count; ++done, at += way) {
+    const int i = Which == rows::all ? at : list[at - 1];
+    if (Which != rows::all && done + rows_ahead < count)
+      fetch_row(ia, ja, a, list[at - 1 + rows_ahead * way]);
     const int diagonal = ia[i - 1] - 1;
     const int others = ia[i] - 2 - diagonal;
     const double sum =
@@ -99,18 +122,26 @@ void jacobi(const relaxation& x, const jacobi_damping& damping) {
 
 }  // namespace
 
-void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step,
+split_rows::split_rows(int n, const int* icg) {
+  row.allocate(n, "split", "relx_gs");
+  for (int i = 1; i <= n; ++i)
+    if (icg[i - 1] > 0) row[++coarse] = i;
+  for (int i = 1, to = coarse; i <= n; ++i)
+    if (icg[i - 1] <= 0) row[++to] = i;
+}
+
+void relx_gs(const level& l, const split_rows* split, const_vector f, vector u, int step,
              const jacobi_damping& damping, vector scratch, const char* routine) {
   const int mode = std::abs(step);
   if (mode < 1 || mode > 7)
     fail(ierr_illegal_value, std::string("Unknown relaxation step requested in (") + routine + ")");
-  relaxation x{l, icg, f, u, scratch, 0.0};
+  relaxation x{l, split, f, u, scratch, 0.0};
   if (mode == 7) {
     jacobi(x, damping);
     return;
   }
   const bool descending = (mode > 3) != (step < 0);
-  const int filter = icg ? (mode > 3 ? mode - 3 : mode) : 2;
+  const int filter = split ? (mode > 3 ? mode - 3 : mode) : 2;
   if (filter == 2 && mode <= 3 && step > 0) x.omega = parm::omega_sor_do;
   if (filter == 1)
     gauss_seidel<rows::fine>(x, descending);

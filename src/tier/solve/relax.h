@@ -7,6 +7,15 @@
 
 namespace tier {
 
+/// The rows of a level by their state: C rows, then F rows, each ascending. A sweep over one kind reads its
+/// matrix rows along this list, so that it knows the next ones early enough to fetch them.
+struct split_rows {
+  split_rows() = default;
+  split_rows(int n, const int* icg);  // C above 0
+  work_array<int> row;
+  int coarse = 0;  // C rows are row[1..coarse]
+};
+
 /// Damping factors of the Jacobi step: one for all rows, or one per function.
 struct jacobi_damping {
   double all = 0.5;
@@ -14,13 +23,13 @@ struct jacobi_damping {
 };
 
 /// One step on all rows of a level, in place: u_i <- (f_i - sum_{j/=i} a_ij u_j) / a_ii on the selected rows.
-/// icg      C above 0, F else; null where the level has no split
+/// split    null where the level has no C and F rows
 /// step     1 F rows, 2 all, 3 C rows ascending; 4 to 6 the same descending; 7 damped Jacobi on all rows;
 ///          a negative step runs in the other direction. Without states all rows are taken.
 /// scratch  of the level's length; holds u as it was when a parallel step began, so that a thread reads rows
 ///          of other threads from there and timing never shows in the result.
 /// Errors: 20 for an unknown step, named after `routine` ("relx_gs" or "relx_ugs").
-void relx_gs(const level& l, const int* icg, const_vector f, vector u, int step,
+void relx_gs(const level& l, const split_rows* split, const_vector f, vector u, int step,
              const jacobi_damping& damping, vector scratch, const char* routine);
 
 }  // namespace tier

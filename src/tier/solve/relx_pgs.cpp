@@ -36,7 +36,7 @@ class small_system {
 
  private:
   static constexpr int usual = 8;
-  std::array<double, usual * (usual + 1)> few_;
+  std::array<double, usual*(usual + 1)> few_;
   std::array<int, usual> few_places_;
   std::vector<double> values_;
   std::vector<int> places_;

@@ -29,7 +29,8 @@ verdict judge_step(accelerated_run& run, const accelerator_words& words, double 
 
   const double real = run.results.res_out = real_residual(run, fresh);
   const decision by_real = run.rules.decide(steps, real);
-  if (run.rules.reached(real) && (by_real != decision::go_on || at_limit || real == 0.0)) return verdict::done;
+  if (run.rules.reached(real) && (by_real != decision::go_on || at_limit || real == 0.0))
+    return verdict::done;
   if (!run.rules.reached(real) && run.rules.quasi_differs(quasi, real)) {
     stop_words(words, words.quasi_warning, "quasi and real residual too different");
     return verdict::done;

@@ -1,5 +1,5 @@
-// What the accelerators with short recurrences share: the judgement after each step, by the updated and now and
-// then by the real residual. Called by the CG kinds and BiCGstab.
+// What the accelerators with short recurrences share: the judgement after each step, by the updated and now
+// and then by the real residual. Called by the CG kinds and BiCGstab.
 #pragma once
 
 #include "tier/solve/accelerators.h"
@@ -14,10 +14,9 @@ struct accelerator_words {
 
 enum class verdict { go_on, done, refresh };
 
-/// Counts the step with norm `quasi` of the updated residual r. Where a rule or the limit would end the run, and
-/// every tenth step, the real residual is formed in `fresh` and decides:
-/// done     the run ends; its warning has been given
-/// refresh  the updated residual was too good: the caller goes on from `fresh`
+/// Counts the step with norm `quasi` of the updated residual r. Where a rule or the limit would end the run,
+/// and every tenth step, the real residual is formed in `fresh` and decides: done     the run ends; its
+/// warning has been given refresh  the updated residual was too good: the caller goes on from `fresh`
 verdict judge_step(accelerated_run& run, const accelerator_words& words, double quasi, double& previous,
                    view<double> fresh);
 

@@ -20,12 +20,11 @@ enum { gauss_seidel = 0, ilu0 = 1, ilut = 2, ilutp = 3, by_blocks = 5, block_ilu
 
 void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
   level& l = s.at(k);
-  const bool split = k < s.levels() && l.has_states();
   const char* routine = s.c.nstyp == variable_based ? "relx_gs" : "relx_ugs";
   for (int pass = 0; pass < code.passes; ++pass)
     for (int m = 0; m < code.steps; ++m)
-      relx_gs(l, split ? l.icg.data() : nullptr, l.f, l.u, code.step[static_cast<std::size_t>(m)], s.damping,
-              s.scratch, routine);
+      relx_gs(l, s.split_of(k), l.f, l.u, code.step[static_cast<std::size_t>(m)], s.damping, s.scratch,
+              routine);
 }
 
 void block_passes(cycle_state& s, int k, const sweep_code& code) {
@@ -33,7 +32,8 @@ void block_passes(cycle_state& s, int k, const sweep_code& code) {
   const bool split = k < s.levels() && l.has_states();
   for (int pass = 0; pass < code.passes; ++pass)
     for (int m = 0; m < code.steps; ++m)
-      relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr, code.step[static_cast<std::size_t>(m)]);
+      relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr,
+               code.step[static_cast<std::size_t>(m)]);
 }
 
 ilu_factors& smoother_factors(cycle_state& s, int k, int type) {
@@ -71,9 +71,17 @@ void relx_block_ilu0(cycle_state& s, int k, int sweeps) {
 }  // namespace
 
 void prepare_smoothers(cycle_state& s) {
+  if (s.levels() > 1 && smoother_type(s.c, 2) != s.c.nxtyp) {
+    if (parm::nxtyp_coarse != gauss_seidel && parm::nxtyp_coarse != by_blocks)
+      fail(ierr_illegal_value, "Illegal value of parameter <nxtyp_coarse> in (smoother)");
+    if (parm::print_nxtyp_coarse_msg)
+      info(message_class::note, "special variant: V/U/BGS enforced on coarse levels!");
+  }
   const int last = std::max(1, s.levels() - (s.c.nrc == 1 ? 0 : 1));
   for (int k = 1; k <= last; ++k) {
     const int type = smoother_type(s.c, k);
+    if (type == gauss_seidel && k < s.levels() && s.at(k).has_states())
+      s.split[static_cast<std::size_t>(k)] = split_rows(s.at(k).n, s.at(k).icg.data());
     if (type >= ilu0 && type <= ilutp) smoother_factors(s, k, type);
     if (type == by_blocks || type == block_ilu0) {
       if (!s.at(k).ip)
@@ -85,8 +93,9 @@ void prepare_smoothers(cycle_state& s) {
 }
 
 int smoother_type(const controls& c, int k) {
-  const bool replaceable = c.nxtyp == 0 || c.nxtyp == 5;
-  return k > 1 && replaceable && parm::nxtyp_coarse >= 0 ? parm::nxtyp_coarse : c.nxtyp;
+  const bool replaceable = c.nxtyp == gauss_seidel || c.nxtyp == by_blocks;
+  if (k == 1 || !replaceable || parm::nxtyp_coarse < 0) return c.nxtyp;
+  return c.nsys == 1 && parm::nxtyp_coarse == by_blocks ? gauss_seidel : parm::nxtyp_coarse;
 }
 
 void smoother(cycle_state& s, int k, const sweep_code& code) {

@@ -9,7 +9,7 @@ namespace tier {
 /// Errors: 20 for an unknown step or type, 220 for a singular block.
 void smoother(cycle_state& s, int k, const sweep_code& code);
 
-/// Makes the decompositions and point structures that the smoothers of all levels need.
+/// Makes what the smoothers of all levels need: lists of C and F rows, decompositions, point structures.
 /// Errors: 50 without ip, 200, 230, 240.
 void prepare_smoothers(cycle_state& s);
 

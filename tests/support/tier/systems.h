@@ -18,8 +18,8 @@ sparse_system convection_diffusion(int m, double velocity);
 /// Nine-point discretisation of diffusion 1 along `degrees` and epsilon across, on m x m.
 sparse_system turned_anisotropy(int m, double degrees, double epsilon);
 
-/// Plane stress of a strip of mx x my bilinear squares, E = 1, nu = 0.3, clamped at the left, pulled down at the
-/// right end; two functions, point by point.
+/// Plane stress of a strip of mx x my bilinear squares, E = 1, nu = 0.3, clamped at the left, pulled down at
+/// the right end; two functions, point by point.
 sparse_system plane_stress(int mx, int my);
 
 /// Random columns and values in (-1, 1), about `per_row` entries, diagonal around `diagonal`; not symmetric.

@@ -36,7 +36,9 @@ TEST(Ilu, IsExactWhereNothingIsDropped) {
   std::vector<exact_case> cases{
       {"tridiagonal has no fill", line(50), {}},
       {"full fill", random_rows(80, 6, 8.0, 1), {ilu_kind::threshold, false, 1.0, 80, 0.0}},
-      {"full fill with exchanges", random_rows(80, 6, 1e-3, 2), {ilu_kind::threshold_pivoting, false, 1.0, 80, 0.0}},
+      {"full fill with exchanges",
+       random_rows(80, 6, 1e-3, 2),
+       {ilu_kind::threshold_pivoting, false, 1.0, 80, 0.0}},
       {"convection", convection_diffusion(9, 40.0), {ilu_kind::threshold, false, 1.0, 81, 0.0}}};
   for (exact_case& c : cases) {
     tier::hierarchy h;

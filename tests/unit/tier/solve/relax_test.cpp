@@ -1,4 +1,5 @@
-// Smoothing codes and steps against numbers from paper; parallel steps against a loop that freezes foreign rows.
+// Smoothing codes and steps against numbers from paper; parallel steps against a loop that freezes foreign
+// rows.
 #include "tier/solve/relax.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +33,8 @@ TEST(SweepCode, SplitsIntoPassesAndSteps) {
                                                           {1123456712, 1, {1, 2, 3, 4, 5, 6, 7, 1, 2}}}) {
     const tier::sweep_code code = tier::decode_sweeps(expected.code);
     EXPECT_EQ(code.passes, expected.passes) << expected.code;
-    EXPECT_EQ(std::vector<int>(code.step.begin(), code.step.begin() + code.steps), expected.steps) << expected.code;
+    EXPECT_EQ(std::vector<int>(code.step.begin(), code.step.begin() + code.steps), expected.steps)
+        << expected.code;
   }
 }
 
@@ -54,11 +56,12 @@ TEST_P(RelxGs, GivesNumbersFromPaper) {
   tier::hierarchy h;
   set_first_level(h, s);
   const int icg[] = {1, -1, 2};
+  const tier::split_rows split(3, icg);
   std::vector<double> scratch(3);
   tier::parm::omega_sor_do = GetParam().omega_sor_do;
   tier::parm::omega_sor_up = 1.5;  // without effect whatever the step
 
-  tier::relx_gs(h(1), GetParam().split ? icg : nullptr, h(1).f, h(1).u, GetParam().step, {},
+  tier::relx_gs(h(1), GetParam().split ? &split : nullptr, h(1).f, h(1).u, GetParam().step, {},
                 tier::vector(scratch.data()), "relx_gs");
 
   for (std::size_t i = 0; i < 3; ++i) EXPECT_DOUBLE_EQ(s.u[i], GetParam().expected[i]) << i;
@@ -67,16 +70,15 @@ TEST_P(RelxGs, GivesNumbersFromPaper) {
 const std::vector<double> up{1.0, 1.5, 1.75}, down{1.75, 1.5, 1.0};
 INSTANTIATE_TEST_SUITE_P(
     Steps, RelxGs,
-    testing::Values(step_case{"FRows", 1, 0.0, true, {0.0, 1.0, 0.0}}, step_case{"All", 2, 0.0, true, up},
-                    step_case{"CRows", 3, 0.0, true, {1.0, 0.0, 1.0}}, step_case{"AllDown", 5, 0.0, true, down},
-                    step_case{"FDown", 4, 0.0, true, {0.0, 1.0, 0.0}},
-                    step_case{"CDown", 6, 0.0, true, {1.0, 0.0, 1.0}},
-                    step_case{"MinusTwoIsDown", -2, 0.0, true, down}, step_case{"MinusFiveIsUp", -5, 0.0, true, up},
-                    step_case{"NoSplitF", 1, 0.0, false, up}, step_case{"NoSplitCDown", 6, 0.0, false, down},
-                    step_case{"NoSplitMinusF", -1, 0.0, false, down},
-                    step_case{"SorUp", 2, 0.5, true, {0.5, 0.625, 0.65625}},
-                    step_case{"SorNotDown", 5, 0.5, true, down}, step_case{"SorNotReversed", -2, 0.5, true, down},
-                    step_case{"Jacobi", 7, 0.0, true, {0.5, 0.5, 0.5}}),
+    testing::Values(
+        step_case{"FRows", 1, 0.0, true, {0.0, 1.0, 0.0}}, step_case{"All", 2, 0.0, true, up},
+        step_case{"CRows", 3, 0.0, true, {1.0, 0.0, 1.0}}, step_case{"AllDown", 5, 0.0, true, down},
+        step_case{"FDown", 4, 0.0, true, {0.0, 1.0, 0.0}}, step_case{"CDown", 6, 0.0, true, {1.0, 0.0, 1.0}},
+        step_case{"MinusTwoIsDown", -2, 0.0, true, down}, step_case{"MinusFiveIsUp", -5, 0.0, true, up},
+        step_case{"NoSplitF", 1, 0.0, false, up}, step_case{"NoSplitCDown", 6, 0.0, false, down},
+        step_case{"NoSplitMinusF", -1, 0.0, false, down},
+        step_case{"SorUp", 2, 0.5, true, {0.5, 0.625, 0.65625}}, step_case{"SorNotDown", 5, 0.5, true, down},
+        step_case{"SorNotReversed", -2, 0.5, true, down}, step_case{"Jacobi", 7, 0.0, true, {0.5, 0.5, 0.5}}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST(RelxGs, RefusesAnUnknownStep) {
@@ -137,8 +139,9 @@ TEST_P(ParallelStep, FreezesForeignRows) {
     }
   }
 
+  const tier::split_rows split(s.n, icg.data());
   use_threads(team);
-  tier::relx_gs(h(1), icg.data(), h(1).f, h(1).u, step, {}, tier::vector(scratch.data()), "relx_gs");
+  tier::relx_gs(h(1), &split, h(1).f, h(1).u, step, {}, tier::vector(scratch.data()), "relx_gs");
 
   for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_NEAR(s.u[i], expected[i], 1e-14) << i;
 }

@@ -58,9 +58,10 @@ bool interpolation_row::eliminate_row(int j) {
 }
 
 bool interpolation_row::eliminate_rows(bool extended) {
-  const int diagonal = m_.ia[i_], end = m_.ia[i_ + 1], last = m_.last_strong(i_);
+  const int diagonal = m_.ia[i_], end = m_.ia[i_ + 1];
   if (!for_fine_neighbours(false, [this](int j) { return eliminate_row(j); })) return false;
-  if (!extended) return true;
+  if (!extended || end - diagonal == 1) return true;
+  const int last = std::max(diagonal, m_.last_strong(i_));  // all are weak in a row that is unusable
   const double limit = std::abs(m_.a[diagonal + 1]) * o_.ewt2;
   for (int p = last + 1; p < end; ++p)
     if (m_.a[p] > limit && couples(m_.ja[p]) && !eliminate_row(m_.ja[p])) return false;

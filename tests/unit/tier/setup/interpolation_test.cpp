@@ -140,6 +140,24 @@ TEST(Pwint1, EliminatesStrongFineNeighbours) {
   }
 }
 
+// Row 3 has a positive coupling alone, to C-variable 1, which couples strongly with C-variable 2:
+//   2 e3 + e1 = 0, e1 - e2 = 0  =>  e3 = -e2 / 2; row 4 has no coupling at all.
+TEST(Pwint1, ExtendsRowsWithoutStrongCouplings) {
+  sparse_system s;
+  s.add_row(1.0, {{2, -1.0}});
+  s.add_row(1.0, {});
+  s.add_row(2.0, {{1, 1.0}});
+  s.add_row(1.0, {});
+  prepared_level p(s, std::vector{1, 1, -1, -1});
+  tier::interpolation_options o;
+  o.nwtint = 3;
+
+  EXPECT_EQ(tier::pwint1_aa(p.lv, o, false, false), 1);
+
+  expect_row(p.weights(3), {{2, -0.5}});
+  expect_row(p.weights(4), {{4, 1.0}});
+}
+
 // Chain 1 .. 8 with C at 1 and 8: pass 1 reaches 2 and 7, pass 2 reaches 3 and 6, pass 3 reaches 4 and 5.
 // Away from C each takes its neighbour's row: 2 e3 = e2 + e4 with e4 lumped by scaling.
 TEST(Pwint2, PassesReachTheMiddleOfAChain) {

@@ -29,6 +29,8 @@ struct call_arguments {
   double a_cmplx = 0.0, g_cmplx = 0.0, p_cmplx = 0.0, w_avrge = 0.0;
   double chktol = -1.0;
   int idump = -1, iout = -1;
+
+  bool file_was_read = false;  // codes and parameters come from an input file already
 };
 
 }  // namespace tier

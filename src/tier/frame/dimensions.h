@@ -14,9 +14,9 @@ struct work_dimensions {
   std::int64_t a = 0, u = 0, v = 0, w = 0;
 };
 
-/// Expected sizes: complexity * 1.001 * base, 1.1 * base for a complexity below 1; interpolation counts w_avrge *
-/// 1.005 for each variable of all levels. Errors: 10
-/// for a system above ihuge or an estimate that a 32-bit index cannot hold. Nothing is allocated by them.
+/// Expected sizes: complexity * 1.001 * base, 1.1 * base for a complexity below 1; interpolation counts
+/// w_avrge * 1.005 for each variable of all levels. Errors: 10 for a system above ihuge or an estimate that a
+/// 32-bit index cannot hold. Nothing is allocated by them.
 work_dimensions tier_dimensions(const controls& c);
 
 /// What levels 2 to `levels` hold.

@@ -138,7 +138,7 @@ void read_assignments(const std::string& file, call_arguments& call, bool simple
 }
 
 void read_input_parms(call_arguments& call) {
-  if (!parm::allow_filnam_in) return;
+  if (!parm::allow_filnam_in || call.file_was_read) return;
   if (!parm::allow_private_in) {
     parm::allow_filnam_in = false;
     return;

@@ -116,7 +116,6 @@ void make_levels(hierarchy& h, controls& c) {
   crsng_data(c);
   if (c.levelx == 1 && c.dump_level >= 0) message("One level method requested by user (levelx=1).");
   create_levels(h, c);
-  check_dimensions(h, h.levels_created, c);
 }
 
 void finish_call(call_state& s) {

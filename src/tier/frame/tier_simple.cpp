@@ -34,6 +34,7 @@ int read_codes(call_arguments& call) {
   for (const auto& [name, value] : set_controls) set_control(call, name, value);
   const std::string file = input_file_name();
   if (file.empty()) return 0;
+  call.file_was_read = true;
   try {
     read_assignments(file, call, true);
   } catch (const failure& f) {

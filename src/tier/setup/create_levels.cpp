@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "tier/frame/dimensions.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
 #include "tier/frame/timers.h"
@@ -108,6 +109,7 @@ int level_loop(setup_state& t) {
       break;
     }
     make_next_level(t, k);
+    check_dimensions(t.h, k + 1, t.c);
   }
   if (wanted > 1) apply_emergency_rule(t.c, t.h(k).n);
   return k;

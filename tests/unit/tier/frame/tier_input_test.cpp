@@ -252,6 +252,8 @@ INSTANTIATE_TEST_SUITE_P(
                          [](tier_call& x) { x.iscale[0] = 1, x.chktol = 1e-6; }},
                     Case{"Symmetry", -50, "Parameter <isym> may be wrong. Check!",
                          [](tier_call& x) { x.matrix = 12, x.chktol = 1e-6, x.s.a[1] *= 1.1; }},
+                    Case{"MemoryCounters", -60, "Integers left: 0, Doubles left: 3",
+                         [](tier_call&) { tier::memory.ndsum = 3; }},
                     Case{"BlockScaling", -50, "block scaling requested but not computed.",
                          [](tier_call&) { parm::block_scale = 1; }},
                     Case{"OldResiduals", -50, "num_old_res < num_old_apps! Reset: num_old_res=num_old_apps",

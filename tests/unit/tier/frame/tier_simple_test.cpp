@@ -48,6 +48,7 @@ TEST_F(TierSimple, DoesNothingWithoutFile) {
 }
 
 TEST_F(TierSimple, TakesCodesAndParametersFromItsFile) {
+  parm::allow_private_in = true;  // the file is read once
   write(
       "tier.in",
       "control = 12\niswtch=5120\r\nncyc=1300050\nidump=-1\n\niout=-1\neps=1.d-4\nnptmn = +20\nlogfile=\"\"\n"

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <new>
 #include <string>
 
@@ -259,11 +260,15 @@ int tier_main(call_arguments& call, run_results& results) {
   } catch (const std::bad_alloc&) {
     info(message_class::error, "Allocation/Deallocation failed in (tier)");
     ierr = ierr_allocation;
+  } catch (const std::exception& e) {  // nothing may cross the C interface
+    info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what());
+    ierr = ierr_internal;
   }
   if (ierr > 0) clean_up("Error_in_tier_main");
   last_call.total_seconds = elapsed_time() - start;
   last_call.nflag = ierr;
   trace_exit(ierr > 0 ? "leaving tier_main, ierr " : "leaving tier_main (regular exit), ierr ", ierr);
+  flush_output();
   return ierr;
 }
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 
 #include "tier/frame/info.h"
 
@@ -12,8 +11,7 @@ namespace tier {
 
 void idec(int value, int nnum, int& ndigit, int* digits) {
   constexpr int most_fields = 9;
-  if (nnum < 1 || nnum > most_fields)
-    emergency_stop("Illegal use of routine idec: " + std::to_string(nnum) + " out of range!");
+  if (nnum < 1 || nnum > most_fields) emergency_stop("Illegal use of routine idec: <nnum> out of range!");
 
   std::int64_t rest = std::abs(std::int64_t{value});
   while (rest > 999999999) rest /= 10;

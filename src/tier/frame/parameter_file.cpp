@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <cmath>
 #include <fstream>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <variant>
@@ -157,10 +159,9 @@ bool set_control(call_arguments& call, const std::string& name, double value) {
   for (const std::string_view k : known) {
     if (k != name) continue;
     const parameter_reference place = argument_place(call, name, true);
-    if (int* const* i = std::get_if<int*>(&place))
-      **i = static_cast<int>(value);
-    else
-      *std::get<double*>(place) = value;
+    if (double* const* real = std::get_if<double*>(&place)) return **real = value, true;
+    if (!(std::abs(value) <= std::numeric_limits<int>::max())) return false;
+    *std::get<int*>(place) = static_cast<int>(value);
     return true;
   }
   return false;

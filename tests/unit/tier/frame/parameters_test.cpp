@@ -139,6 +139,10 @@ TEST(ParametersDeath, StopOnWrongNamesAndTypes) {
     const double value = 1.0;
     TIER_SETCONTROL("levelx", &six, &value);
   });
+  stops([&] {
+    const double too_large = 1e10;
+    TIER_SETCONTROL("iswtch", &six, &too_large);
+  });
 }
 
 TEST(Parameters, ArePrintedInColumns) {

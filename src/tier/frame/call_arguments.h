@@ -2,6 +2,7 @@
 // replace. Filled by the entries, read by tier_input and tier_main.
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 namespace tier {
@@ -31,6 +32,11 @@ struct call_arguments {
   int idump = -1, iout = -1;
 
   bool file_was_read = false;  // codes and parameters come from an input file already
+
+  /// Copies iscale(1..nsys); nothing where nsys is out of range, as its length isn't known then.
+  void take_iscale(const int* given) {
+    if (nsys >= 1 && nsys <= std::min(nnu, most_functions)) std::copy_n(given, nsys, iscale.begin() + 1);
+  }
 };
 
 }  // namespace tier

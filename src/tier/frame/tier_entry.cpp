@@ -8,6 +8,7 @@
 #include "tier/frame/controls.h"
 #include "tier/frame/info.h"
 #include "tier/frame/log_file.h"
+#include "tier/frame/omega_jacobi.h"
 #include "tier/frame/parameters.h"
 #include "tier/frame/performance_meter.h"
 #include "tier/frame/solver_state.h"
@@ -43,7 +44,7 @@ void TIER(const int* nnu, const int* nna, const int* nsys, const int* ia, int* j
   tier::call_arguments call{*nnu,  *nna,    *nsys,    ia,       ja,       a,        f,       u,       iu,
                             *ndiu, ip,      *ndip,    *matrix,  {},       *res_in,  *nsolve, *ifirst, *eps,
                             *ncyc, *iswtch, *a_cmplx, *g_cmplx, *p_cmplx, *w_avrge, *chktol, *idump,  *iout};
-  std::copy_n(iscale, std::clamp(*nsys, 0, tier::most_functions), call.iscale.begin() + 1);
+  call.take_iscale(iscale);
   tier::run_results results;
   *ierr = tier::tier_main(call, results);
   *res_in = results.res_in;
@@ -62,6 +63,7 @@ void TIER_LEAVE(int* ierr) {
   const std::string file = tier::parm::logfile;
   tier::reset_parameters();
   tier::reset_controls_of_simple();
+  tier::omega_jacobi_vec = {};
   tier::parm::logio = unit;
   tier::parm::logfile = file;
   tier::parm::refresh_called = true;

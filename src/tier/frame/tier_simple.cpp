@@ -81,7 +81,8 @@ class emergency_parameters {
 
 /// ncyc_2nd with BiCGstab, nsolve_2nd with ILUT.
 int with_second_digit(int code, int digit) {
-  std::string digits = std::to_string(std::abs(code));
+  constexpr int largest = 999999999;  // what a split looks at
+  std::string digits = std::to_string(std::abs(std::clamp(code, -largest, largest)));
   if (digits.size() < 2) digits += '0';
   digits[1] = static_cast<char>('0' + digit);
   return std::atoi(digits.c_str());
@@ -132,7 +133,7 @@ void TIER_SIMPLE(const int* nnu, const int* nna, const int* nsys, const int* ia,
   call.ip = ip;
   call.ndip = *ndip;
   call.res_in = *res_in;
-  std::copy_n(iscale, std::clamp(*nsys, 0, tier::most_functions), call.iscale.begin() + 1);
+  call.take_iscale(iscale);
 
   tier::run_results results;
   *ierr = tier::read_codes(call);

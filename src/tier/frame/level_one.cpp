@@ -5,7 +5,6 @@
 #include <cmath>
 #include <string>
 
-#include "tier/frame/first_guess.h"
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/input_checks.h"
@@ -134,8 +133,7 @@ double scale_columns(level& l, int n, work_array<double>& column) {
 }
 
 void modify_mat(level& l, int n, int digits, system_scaling& scaling, const controls& c) {
-  if (first_guess_kind(c.ifirst) > 1)
-    fail(ierr_inconsistent_input, "Only ifirst=0 or 1 possible now (modify_mat)");
+  if (c.ifirst > 1) fail(ierr_inconsistent_input, "Only ifirst=0 or 1 possible now (modify_mat)");
   if (!(parm::factor_matrix_scale >= 1.0 && parm::factor_matrix_scale <= 1.1))
     fail(ierr_illegal_value, "modify_mat: scale factor not in range [1.0:1.1]");
   const std::string steps = std::to_string(digits);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #include "tier/frame/approach_code.h"
@@ -17,6 +18,8 @@
 namespace tier {
 
 namespace {
+
+constexpr int most_integer = std::numeric_limits<int>::max();
 
 int signed_level(int code) {
   const int level = digits_of<2>(code)[1];
@@ -79,7 +82,7 @@ void take(T user, T& value) {
 }
 
 void take_threshold(double user, double fallback, double& value) {
-  value = !is_set(user) || user < 0.0 ? fallback : user;
+  if (is_set(user)) value = user < 0.0 ? fallback : user;
 }
 
 void read_user_strategy(controls& c) {
@@ -93,12 +96,14 @@ void read_user_strategy(controls& c) {
   take_threshold(parm::ewt, parm::ewt_default, c.ewt);
   take_threshold(parm::etr, parm::etr_default, c.etr);
   c.coarse_trace = c.levelx < 0;
-  c.levelx = std::abs(c.levelx);
+  c.levelx = std::abs(std::max(c.levelx, -most_integer));
+  if (parm::clsolver_finest != 0) c.levelx = 1;  // its solver works on the finest level
 }
 
 /// A code below 10 is a plain number of passes over C, then F.
 int smoothing_code(int code) {
-  if (parm::force_accel || code == 0 || std::abs(std::int64_t{code}) >= 10) return code;
+  code = std::max(code, -most_integer);  // its sign can be changed
+  if (parm::force_accel || code == 0 || std::abs(code) >= 10) return code;
   return code < 0 ? -(-code * 100 + 31) : code * 100 + 31;
 }
 

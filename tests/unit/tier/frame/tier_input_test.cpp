@@ -60,7 +60,8 @@ TEST_P(Fault, EndsTheCallWithItsNumberAndWords) { expect_fault(testing_support::
 INSTANTIATE_TEST_SUITE_P(
     Arguments, Fault,
     testing::Values(
-        Case{"NsysHigh", 50, "Parameter out of range <nsys>!", [](tier_call& x) { x.nsys = 1000; }},
+        Case{"NsysHigh", 50, "Parameter out of range <nsys>!",
+             [](tier_call& x) { x.nsys = 1000, x.iscale = {0}; }},
         Case{"NsysAboveRows", 50, "Parameter out of range <nsys>!", [](tier_call& x) { x.nsys = 145; }},
         Case{"NoRows", 50, "Parameter out of range <nnu>!", [](tier_call& x) { x.nnu = 0; }},
         Case{"FewEntries", 50, "Parameter out of range <nnu>!", [](tier_call& x) { x.nna = 100; }},
@@ -151,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Schwarz", 80, "Parameter setting not yet permitted <nblk_solve: Schwarz blocks>",
              [](tier_call&) { parm::nblk_solve = 3; }},
         Case{"ModifyMatGuess", 50, "Only ifirst=0 or 1 possible now (modify_mat)",
-             [](tier_call& x) { parm::modify_mat = 2, x.ifirst = 2; }},
+             [](tier_call& x) { parm::modify_mat = 2, x.ifirst = 12; }},
         Case{"ScaleFactor", 20, "modify_mat: scale factor not in range [1.0:1.1]",
              [](tier_call&) { parm::modify_mat = 2, parm::factor_matrix_scale = 1.2; }},
         Case{"Ihuge", 10, "ihuge too small: ihuge < nna in (tier_dimensions)",
@@ -297,6 +298,8 @@ TEST(TierInput, ResolvesUserValues) {
   parm::nrc = 73;
   parm::levelx = -6;
   parm::ecg = -1.0;
+  parm::ecg_default = 20.5;
+  parm::ewt_default = 0.3;
   parm::ntr = 104;
   parm::iauto_stop = 1105;
 
@@ -305,7 +308,8 @@ TEST(TierInput, ResolvesUserValues) {
   EXPECT_EQ(std::tuple(c.nrd, c.nru, c.nrc),
             std::tuple(431, -431, 7));  // conjugate gradients: symmetric sweeps
   EXPECT_EQ(std::tuple(c.nkdim, c.ncycle, c.n_default), std::tuple(20, 3, 20));
-  EXPECT_EQ(std::tuple(c.levelx, c.coarse_trace, c.ecg, c.norm_typ), std::tuple(6, true, 21.25, 3));
+  EXPECT_EQ(std::tuple(c.levelx, c.coarse_trace, c.ecg, c.norm_typ), std::tuple(6, true, 20.5, 3));
+  EXPECT_EQ(c.ewt, 0.2);  // unset, so that ewt_default doesn't count
   EXPECT_DOUBLE_EQ(c.galerkin_eps, 1e-4);
   EXPECT_EQ(std::tuple(c.num_old_res, c.num_old_apps), std::tuple(5, 0));
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <string>
 #include <vector>
@@ -20,6 +21,12 @@ namespace {
 constexpr int reuse_all = 1, new_operators = 3, set_up_and_keep = 4, set_up_once = 5, automatic = 6,
               automatic_operators = 7, automatic_reuse = 8;
 constexpr double smallest_normal = std::numeric_limits<double>::min();
+
+std::string figure(double x) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.6e", x);
+  return text;
+}
 
 void control(std::string_view text) { info(message_class::control, text); }
 
@@ -48,8 +55,8 @@ bool first_guess_satisfies(call_state& s) {
   if (!(residual <= target)) return false;
 
   control("First guess satisfies eps-criterion:");
-  control("Residual of first guess  = " + std::to_string(residual));
-  control("Residual to be undershot = " + std::to_string(target));
+  control("Residual of first guess  = " + figure(residual));
+  control("Residual to be undershot = " + figure(target));
   if (s.c.iswit == set_up_and_keep || s.c.iswit == new_operators) {
     control("TIER setup will be performed anyway: user-enforced (iswit=" + std::to_string(s.c.iswit) + ").");
     return false;
@@ -118,7 +125,6 @@ class automatic_run {
   void solve_part(int cycles) {
     const run_results before = s_.results;
     s_.c.ncycle = cycles;
-    clear_warning();
     solve(s_);
     s_.results.ncyc_done += before.ncyc_done;
     if (before.res_in >= 0.0) s_.results.res_in = before.res_in;
@@ -138,15 +144,18 @@ class automatic_run {
   bool test_convergence() {
     const int cycles = std::clamp(parm::cntrl_retry_iter, 1, limit_);
     control("Testing convergence with <= " + std::to_string(cycles) + " cycles");
+    const int warning = last_warning();  // those of a test that isn't the end don't count
     try {
       solve_part(cycles);
     } catch (const failure&) {
+      note_warning(warning);
       control("... with very first guess.");
       std::copy(first_guess_.begin(), first_guess_.end(), s_.call.u);
       s_.results = run_results();
       return false;
     }
     if (done()) return true;
+    note_warning(warning);
     const double growth = s_.results.res_out / s_.results.res_in;
     const double rho = std::pow(growth, 1.0 / std::max(1, s_.results.ncyc_done));
     if (growth > parm::divergence) {

@@ -8,6 +8,7 @@
 #include "tier/frame/info.h"
 #include "tier/frame/input_checks.h"
 #include "tier/frame/parameters.h"
+#include "tier/frame/results_of_run.h"
 
 namespace tier {
 
@@ -33,7 +34,8 @@ void check_group(std::int64_t used, std::int64_t provided, const char* name, con
   const std::string routine = std::string(name) + "_extent";
   if (parm::ihuge > 0 && used > parm::ihuge)
     fail(ierr_extension_failed, "Memory extension failed (integer overflow for size of array " +
-                                    std::string(name) + " in " + routine + " (1))");
+                                    std::string(name) + " in " + routine +
+                                    " (1)), limit [MB]: " + std::to_string(megabytes_of_reals(parm::ihuge)));
   if (c.iextent > 0 || used <= provided) return;
   info(message_class::error, "Insufficient dimensioning: <" + std::string(name) + "> in (" + routine + ")");
   fail(ierr_work_arrays_too_small, "Either adjust dimensions or activate memory extension switch.");

@@ -53,9 +53,9 @@ int open_logfile() {
   if (name.empty()) {
     close_logfile();
     if (unit == unit_none || unit == unit_standard) return 0;
-    return invalid_unit(unit == unit_input
-                            ? "Unit=5: Specify a logfile or another unit number (open_logfile)!"
-                            : "Specified unit has no file: specify a logfile or unit 6 (open_logfile)!");
+    if (unit == unit_input)
+      return problem("Unit=5: Specify a logfile or another unit number (open_logfile)!");
+    return invalid_unit("Specified unit has no file: specify a logfile or unit 6 (open_logfile)!");
   }
   if (connected.file && connected.name == name) {
     if (connected.unit == unit) return 0;

@@ -47,6 +47,17 @@ TEST(Tier, SolvesOnOneLevelAndOnManyAndFreesAll) {
   }
 }
 
+TEST(Tier, SolvesOnTheFinestLevelAlone) {
+  tier_call call = poisson_call();
+  parm::nptmn = 10;
+  parm::clsolver_finest = 1;
+  call.run();
+  int levels = 0;
+  TIER_GET_LEVELS_CREATED(&levels);
+  EXPECT_EQ(std::pair(call.ierr, levels), std::pair(0, 1)) << call.said;
+  EXPECT_LT(call.relative_residual(), solved);
+}
+
 TEST(Tier, RepeatsItsBits) {
   tier_call first = coupled_call(20), second = coupled_call(20);
   first.run();
@@ -197,12 +208,17 @@ TEST(Tier, KeepsMemoryOverRefreshWhereAsked) {
 
 TEST(Tier, LeaveResetsParametersButTheLog) {
   int ierr = -1;
+  const int one = 1;
+  const double factor = 0.7;
+  TIER_OMEGA_JACOBI_ALLOC(&one, &ierr);
   parm::levelx = 3;
   parm::logio = 17;
   parm::logfile = "kept";
   TIER_LEAVE(&ierr);
   EXPECT_EQ(std::tuple(ierr, parm::levelx, parm::logio, parm::logfile, parm::refresh_called),
             std::tuple(0, tier::unset_integer, 17, std::string("kept"), true));
+  TIER_OMEGA_JACOBI_SET(&one, &factor, &ierr);
+  EXPECT_EQ(ierr, 20);  // the factors are gone
 }
 
 TEST(Tier, FreesEverythingWhicheverAllocationFails) {
@@ -210,13 +226,23 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
     const char* name;
     void (*choose)(tier_call&);
   };
-  const kind kinds[] = {{"one level", [](tier_call&) { parm::nptmn = 100; }},
-                        {"levels", [](tier_call&) { parm::nptmn = 8; }},
-                        {"half stored, scaled", [](tier_call& x) {
-                           x.matrix = 12, x.ncyc = 1300100, x.chktol = 0.0;
-                           parm::modify_mat = 23;
-                           parm::nptmn = 8;
-                         }}};
+  const kind kinds[] = {
+      {"one level", [](tier_call&) { parm::nptmn = 100; }},
+      {"levels", [](tier_call&) { parm::nptmn = 8; }},
+      {"kept, automatic", [](tier_call& x) { parm::nptmn = 8, x.iswtch = 6120; }},
+      {"ILUT, BiCGstab, iterative coarsest level",
+       [](tier_call& x) { parm::nptmn = 8, parm::nrc = 3, x.nsolve = 12, x.ncyc = 1200100; }},
+      {"points, CG, W, dense",
+       [](tier_call& x) {
+         x = coupled_call(6), x.matrix = 12, x.nsolve = 5040000, x.ncyc = 3100100;
+         parm::nptmn = 8, parm::nrc = 10, parm::show_un_res = 2, parm::nstar_typ = 3;
+       }},
+      {"one-level flexible CG", [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm::iauto_stop = 110202; }},
+      {"half stored, scaled", [](tier_call& x) {
+         x.matrix = 12, x.ncyc = 1300100, x.chktol = 0.0;
+         parm::modify_mat = 23;
+         parm::nptmn = 8;
+       }}};
   for (const kind& k : kinds) {
     tier::reset_parameters();
     int failures = 0;
@@ -229,6 +255,8 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
       if (!done) {
         ASSERT_THAT(call.ierr, testing::AnyOf(60, 70)) << k.name << failures << call.said;
         ASSERT_THAT(call.said, HasSubstr("*** ERROR: "));
+      } else {
+        TIER_CLEANUP(&call.ierr);  // of the kept hierarchy
       }
       expect_nothing_held();
     }
@@ -262,7 +290,8 @@ TEST(Control, SkipsASolutionThatIsGoodEnough) {
   call.ifirst = 0;
 
   call.run();
-  EXPECT_THAT(call.said, HasSubstr(">>> CNTRL: TIER solver skipped."));
+  EXPECT_THAT(call.said,
+              HasSubstr("Residual to be undershot = 1.000000e-06\n>>> CNTRL: TIER solver skipped."));
   EXPECT_EQ(std::tuple(call.ierr, call.ncyc_done, call.s.u), std::tuple(0, 0, solution));
   EXPECT_LE(call.res_out, 1e-6);
   EXPECT_EQ(call.res_in, call.res_out);
@@ -306,7 +335,9 @@ TEST(Control, RenewsTheHierarchyWhenItHasBecomeBad) {
   EXPECT_THAT(call.said, HasSubstr("Performing TIER setup"));
   EXPECT_LT(call.relative_residual(), solved);
 
+  parm::block_scale = 1;
   call.run();
+  EXPECT_EQ(call.ierr, -50);  // the warning outlives the test of convergence
   EXPECT_THAT(call.said, HasSubstr("Testing convergence with <= 10 cycles"));
   EXPECT_THAT(call.said, Not(HasSubstr("Performing TIER setup")));
   EXPECT_LT(call.relative_residual(), solved);
@@ -382,6 +413,11 @@ TEST(Transformed, HalfStorageSolvesTheWholeMatrix) {
     call.run();
     EXPECT_EQ(call.ierr, 0) << call.said;
     for (std::size_t i = 0; i < call.s.u.size(); ++i) ASSERT_NEAR(call.s.u[i], whole.s.u[i], 1e-6);
+
+    call.matrix = 31;  // claims row sums of zero
+    call.chktol = 1e-6;
+    call.run();
+    EXPECT_THAT(call.said, HasSubstr("Parameter <irow0> may be wrong. Check!"));
   }
 }
 

@@ -15,11 +15,8 @@ constexpr int ierr_changed_descriptor = 53;
 constexpr int ierr_changed_size = 54;
 constexpr int ierr_extension_failed = 60;
 constexpr int ierr_allocation = 70;
-constexpr int ierr_interpolation_thread = 72;
-constexpr int ierr_interpolation_storage = 73;
 constexpr int ierr_not_released = 80;
 constexpr int ierr_setup_internal = 100;
-constexpr int ierr_reduce_memory = 110;
 constexpr int ierr_no_strong_connections = 120;
 constexpr int ierr_interpolation = 140;
 constexpr int ierr_galerkin_truncation = 152;
@@ -40,7 +37,6 @@ constexpr int ierr_coarsest_bicgstab = 930;
 constexpr int ierr_full_gauss = 960;
 constexpr int ierr_sparse_gauss = 970;
 constexpr int ierr_dense_direct = 980;
-constexpr int ierr_user_solver = 990;
 
 constexpr int warn_approach_changed = -1;
 constexpr int warn_unknown_without_variable = -40;
@@ -57,6 +53,5 @@ constexpr int warn_bicgstab_restarts = -843;
 constexpr int warn_gmres_quasi_residual = -851;
 constexpr int warn_gmres_not_converged = -852;
 constexpr int warn_coarsest_cg = -920;
-constexpr int warn_illegal_nrc = -990;
 
 }  // namespace tier

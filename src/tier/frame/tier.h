@@ -32,10 +32,11 @@ extern "C" {
  *   f, u         right-hand side; first guess, then the solution
  *   iu, ndiu     function number of each row, and the declared length of iu (1 will do for nsys 1)
  *   ip, ndip     point number of each row, and the declared length of ip; below nnu, or 1: no points given
- *   matrix       code of the matrix: symmetry, row sums, transformation (21: non-symmetric, 22 the same with
- * row sums that don't vanish, 12 symmetric) iscale       nsys elements: 1 where a function is fixed only up
- * to a constant, else 0 res_in       residual norm of the first guess, an input where the parameter
- * ntake_res_in is set; else -1.0 until known res_out      residual norm at the end, -1.0 until known
+ *   matrix       code of the matrix: symmetry, row sums, transformation (21 non-symmetric, 12 symmetric; the
+ *                second digit is 2 where row sums don't vanish)
+ *   iscale       nsys elements: 1 where a function is fixed only up to a constant, else 0
+ *   res_in       residual norm of the first guess, -1.0 until known; an input where ntake_res_in is set
+ *   res_out      residual norm at the end, -1.0 until known
  *   ncyc_done    cycles performed
  *   ierr         0 good, positive: an error that ended the call, negative: the last warning
  *   nsolve       code of the approach, 0 for the default
@@ -46,9 +47,10 @@ extern "C" {
  *   iswtch       code of the run: 5xxx set-up, solution and clean-up; 4xxx keeps the hierarchy; 1xxx and 3xxx
  *                re-starts; 0 returns at once
  *   a_cmplx, g_cmplx, p_cmplx, w_avrge
- *                estimates of operator, grid and point complexity and of the interpolation stencil;
- * below 1.0: the default. They come back as they were used chktol       negative: basic checks of the matrix;
- * 0: logical checks; positive: also numerical ones idump, iout  print codes of set-up and solution, -1: none
+ *                estimates of operator, grid and point complexity and of the interpolation stencil, below
+ *                1.0: the default. They come back as they were used
+ *   chktol       negative: basic checks of the matrix; 0: logical checks; positive: also numerical ones
+ *   idump, iout  print codes of set-up and solution, -1: none
  */
 TIER_API void TIER(const int* nnu, const int* nna, const int* nsys, const int* ia, int* ja, double* a,
                    const double* f, double* u, const int* iu, const int* ndiu, const int* ip, const int* ndip,
@@ -113,10 +115,11 @@ TIER_API void TIER_PERFOUT(void);
 /*
  * Results of the last call.
  *   TIER_GET_COMPLEXITIES  levels, and 11 values: a_cmplx, a_avrge, b_cmplx, b_avrge, ib_cmplx, g_cmplx,
- * t_cmplx, w_avrge, c_cmplx, p_cmplx, e_cmplx TIER_GET_NFLAG         ierr of the last call
+ *                          t_cmplx, w_avrge, c_cmplx, p_cmplx, e_cmplx
+ *   TIER_GET_NFLAG         ierr of the last call
  *   TIER_GET_MEM_ACTIVE    megabytes in use
  *   TIER_GET_TIME_AND_MEM  8 values: seconds of set-up, of solution, per cycle and in all; megabytes of
- * integers and of reals at the end of the solution, at the peak, and now
+ *                          integers and of reals at the end of the solution, at the peak, and now
  */
 TIER_API void TIER_GET_COMPLEXITIES(int* levels, double* values);
 TIER_API void TIER_GET_LEVELS_CREATED(int* levels);

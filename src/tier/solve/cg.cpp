@@ -62,6 +62,7 @@ class cg_run {
         breakdowns_(run, words_.routine) {}
 
   void iterate() {
+    if (no_steps_left(run_, words_)) return;
     double previous = run_.results.res_out = real_residual(run_, r_);
     bool first = true;
     while (run_.results.res_out > 0.0) {
@@ -135,6 +136,7 @@ class flexible_cg_run {
   }
 
   void iterate() {
+    if (no_steps_left(run_, words_)) return;
     double previous = run_.results.res_out = real_residual(run_, r_);
     while (run_.results.res_out > 0.0) {
       if (!step()) {

@@ -31,6 +31,7 @@ class cgstab_run {
       : run_(run), n_(run.fine().n), vectors_(n_, 6, "cgstab", routine) {}
 
   void iterate() {
+    if (no_steps_left(run_, words)) return;
     const double first = previous_ = run_.results.res_out = real_residual(run_, r_);
     begin();
     while (run_.results.res_out > 0.0) {

@@ -16,6 +16,7 @@ namespace tier {
 namespace {
 
 constexpr const char* routine = "gmres";
+constexpr const char* not_converged = "GMRes stop: not converged (gmres)!";
 
 /// The small least-squares problem of one restart: H by columns, reduced to a triangle as it grows.
 class hessenberg {
@@ -155,7 +156,7 @@ class gmres_run {
       warn(warn_gmres_not_converged, "GMRes stop: stagnation (gmres)!");
       return true;
     }
-    if (at_limit) warn(warn_gmres_not_converged, "GMRes stop: not converged (gmres)!");
+    if (at_limit) warn(warn_gmres_not_converged, not_converged);
     return at_limit;
   }
 
@@ -173,7 +174,7 @@ class gmres_run {
 
 void gmres(accelerated_run& run) {
   const int steps_left = run.s.c.ncycle - run.results.ncyc_done;
-  if (steps_left < 1) return;
+  if (steps_left < 1) return warn(warn_gmres_not_converged, not_converged);
   gmres_run(run, std::min(run.s.c.nkdim, steps_left)).iterate();
 }
 

@@ -17,6 +17,12 @@ void stop_words(const accelerator_words& words, int ierr, const char* reason) {
 
 }  // namespace
 
+bool no_steps_left(const accelerated_run& run, const accelerator_words& words) {
+  if (run.results.ncyc_done < run.s.c.ncycle) return false;
+  stop_words(words, words.missed_warning, "not converged");
+  return true;
+}
+
 verdict judge_step(accelerated_run& run, const accelerator_words& words, double quasi, double& previous,
                    view<double> fresh) {
   end_step(run, quasi, previous);

@@ -14,6 +14,9 @@ struct accelerator_words {
 
 enum class verdict { go_on, done, refresh };
 
+/// Whether earlier cycles have used up the limit; warns that the run has not converged.
+bool no_steps_left(const accelerated_run& run, const accelerator_words& words);
+
 /// Counts the step with norm `quasi` of the updated residual r. Where a rule or the limit would end the run,
 /// and every tenth step, the real residual is formed in `fresh` and decides: done     the run ends; its
 /// warning has been given refresh  the updated residual was too good: the caller goes on from `fresh`

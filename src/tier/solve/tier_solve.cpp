@@ -135,7 +135,7 @@ class solution {
       if (c_.igam > 4) break;
       previous = res;
     }
-    return c_.ncgrad == no_accelerator || results_.ncyc_done >= c_.ncycle;
+    return c_.ncgrad == no_accelerator;
   }
 
   void trace_sweeps(int count) {

@@ -65,7 +65,8 @@ class hessenberg {
   work_array<double> h_, cosine_, sine_, g_, y_;
 };
 
-enum class inner_end { full, limit, stopped, breakdown };
+// dependent: the new column is rounding of the others; breakdown: it is zero
+enum class inner_end { full, limit, stopped, dependent, breakdown };
 
 class gmres_run {
  public:
@@ -78,7 +79,7 @@ class gmres_run {
         small_(columns) {}
 
   void iterate() {
-    double norm = restart();
+    double norm = first_ = restart();
     if (beta_ == 0.0) {
       info(message_class::note, "Residual already zero (gmres)!");
       run_.results.res_out = norm;
@@ -88,11 +89,11 @@ class gmres_run {
     for (;;) {
       ratio_ = norm / beta_;
       const inner_end end = inner_loop();
-      const double quasi = estimate_;
+      const double quasi = estimate_, before = norm;
       norm = restart();
       run_.results.res_out = norm;
       run_.rules.check_approximations(run_.fine().u);
-      if (finished(end, quasi, norm)) return;
+      if (finished(end, quasi, before, norm)) return;
       previous_ = norm;
     }
   }
@@ -129,7 +130,7 @@ class gmres_run {
     h[j + 1] = dependent ? 0.0 : last;
     estimate_ = small_.reduce(j);
     end_step(run_, estimate_ * ratio_, previous_);
-    if (dependent) return inner_end::breakdown;
+    if (dependent) return last == 0.0 ? inner_end::breakdown : inner_end::dependent;
     if (run_.rules.decide(run_.results.ncyc_done, estimate_ * ratio_) != decision::go_on)
       return inner_end::stopped;
     if (run_.results.ncyc_done >= run_.s.c.ncycle) return inner_end::limit;
@@ -138,17 +139,22 @@ class gmres_run {
   }
 
   /// Whether the run ends with the real residual `norm`, with the warning or error that belongs to it.
-  bool finished(inner_end end, double quasi, double norm) {
+  bool finished(inner_end end, double quasi, double before, double norm) {
     const stopping_rules& rules = run_.rules;
     const int steps = run_.results.ncyc_done;
     const decision now = rules.decide(steps, norm);
     const bool at_limit = steps >= run_.s.c.ncycle;
     if (rules.reached(norm) && (now != decision::go_on || at_limit || beta_ == 0.0)) return true;
-    if (end == inner_end::breakdown && !rules.reached(norm)) {
+    // Columns that depend on each other to rounding alone may come from what is left of a good reduction.
+    const bool dependent = end == inner_end::dependent, gained = norm <= 0.5 * before;
+    const bool no_way = end == inner_end::breakdown || (dependent && !gained && norm > 1e-8 * first_);
+    const bool missed = !rules.reached(norm);
+    if (missed && no_way) {
       info(message_class::error, "Breakdown of GMRES on level 1 (gmres):");
       fail(ierr_gmres_breakdown, "Given matrix is singular!");
     }
-    if (rules.quasi_differs(quasi * ratio_, beta_ * ratio_)) {
+    const bool goes_on = dependent && gained;  // the quasi-residual of dependent columns is 0
+    if (missed && !goes_on && rules.quasi_differs(quasi * ratio_, beta_ * ratio_)) {
       warn(warn_gmres_quasi_residual, "GMRes stop: quasi and real residual too different (gmres)!");
       return true;
     }
@@ -167,6 +173,7 @@ class gmres_run {
   double beta_ = 0.0;      // Euclidean length of the restart's residual
   double ratio_ = 1.0;     // norm of the run over Euclidean length, at the restart
   double estimate_ = 0.0;  // Euclidean length by the rotations
+  double first_ = 0.0;     // norm at the start of the run
   double previous_ = 0.0;
 };
 

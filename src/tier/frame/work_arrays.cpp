@@ -39,7 +39,10 @@ void counted_free(void* p, std::size_t count, std::size_t size) {
 }
 
 void allocation_failed(const char* name, const char* routine) {
-  fail(ierr_allocation, std::string("Allocation failed for <") + name + "> in (" + routine + ")");
+  const std::string what = name, place = std::string(" in (") + routine + ")";
+  if (what[0] == '#') fail(ierr_allocation, "Allocation " + what + " failed" + place);  // a numbered block
+  if (what == "e") fail(ierr_allocation, "Allocation for <e> failed" + place);
+  fail(ierr_allocation, "Allocation failed for <" + what + ">" + place);
 }
 
 void track_allocation(const char* what, const char* name, const char* routine, std::int64_t n) {

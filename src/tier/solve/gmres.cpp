@@ -22,8 +22,8 @@ constexpr const char* not_converged = "GMRes stop: not converged (gmres)!";
 class hessenberg {
  public:
   explicit hessenberg(int most) : most_(most) {
-    h_.allocate(static_cast<std::int64_t>(most) * (most + 1), "h", routine);
-    for (work_array<double>* x : {&cosine_, &sine_, &g_, &y_}) x->allocate(most + 1, "g", routine);
+    h_.allocate(static_cast<std::int64_t>(most) * (most + 1), "#3", routine);
+    for (work_array<double>* x : {&cosine_, &sine_, &g_, &y_}) x->allocate(most + 1, "#4", routine);
   }
 
   view<double> column(int j) {
@@ -74,8 +74,8 @@ class gmres_run {
       : run_(run),
         n_(run.fine().n),
         columns_(columns),
-        v_(n_, columns + 1, "v", routine),
-        z_(n_, columns, "z", routine),
+        v_(n_, columns + 1, "#1", routine),
+        z_(n_, columns, "#2", routine),
         small_(columns) {}
 
   void iterate() {

@@ -156,17 +156,25 @@ class solution {
     trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm::itrace_sol);
     stopping_rules rules(c_, fine().n, target);
     accelerated_run run{s_, results_, rules, by_function_};
+    const auto traced = [&run](void (*method)(accelerated_run&), const char* name) {
+      try {
+        method(run);
+      } catch (const failure&) {
+        trace(1, std::string("... in (") + name + ")", parm::itrace_sol);
+        throw;
+      }
+    };
     switch (c_.ncgrad) {
       case conjugate_gradient:
-        if (c_.ntyp_cg == 1) return old_cgc(run);
-        if (c_.ntyp_cg == 2) return new_cgc(run);
+        if (c_.ntyp_cg == 1) return traced(old_cgc, "old_cgc");
+        if (c_.ntyp_cg == 2) return traced(new_cgc, "new_cgc");
         fail(ierr_internal, "Illegal value of parameter <ntyp_cg> in (solve)");
       case bicgstab:
-        return cgstab(run);
+        return traced(cgstab, "cgstab");
       case flexible_gmres:
-        return gmres(run);
+        return traced(gmres, "gmres");
       case flexible_cg:
-        return flexcg_skcycle(run);
+        return traced(flexcg_skcycle, "flexcg_skcycle");
       default:
         emergency_stop("Illegal value of parameter <ncgrad> in (solve)");
     }

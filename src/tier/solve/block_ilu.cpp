@@ -37,6 +37,8 @@ point_blocks::point_blocks(const level& l) {
   start[points + 1] = l.n + 1;
   for (int p = 1; p <= points; ++p)
     for (int q = start[p]; q < start[p + 1]; ++q) place[variable[q]] = q - start[p];
+  system.allocate(std::int64_t{largest} * (largest + 1), "blk", routine);
+  order.allocate(largest, "blk", routine);
 }
 
 bool solve_small(int m, double* a, double* b, int* order, bool full) {

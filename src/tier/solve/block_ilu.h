@@ -10,13 +10,15 @@
 namespace tier {
 
 /// Variables of each point: variable[start[p]] .. variable[start[p+1]-1], ascending, for points p
-/// = 1..points.
+/// = 1..points; and room for the dense system of one point.
 struct point_blocks {
   explicit point_blocks(const level& l);
   int size_of(int p) const { return start[p + 1] - start[p]; }
   int points = 0, largest = 0;
   work_array<int> start, variable;
-  work_array<int> place;  // of a variable within its point, from 0
+  work_array<int> place;      // of a variable within its point, from 0
+  work_array<double> system;  // [1..largest * (largest + 1)]
+  work_array<int> order;      // [1..largest]
 };
 
 /// Solves the dense m x m system by rows, in place, with row pivoting or, `full`, row and column pivoting;

@@ -56,7 +56,7 @@ ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu
   return own.factors.get();
 }
 
-const point_blocks& points_of_level(const level& l, int k) {
+point_blocks& points_of_level(const level& l, int k) {
   kept_factors& f = kept_at(k);
   if (!f.points) f.points = std::make_unique<point_blocks>(l);
   return *f.points;

@@ -21,7 +21,7 @@ ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options,
 block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weight);
 
 /// Point structure of level k.
-const point_blocks& points_of_level(const level& l, int k);
+point_blocks& points_of_level(const level& l, int k);
 
 /// Options of the smoother type nxtyp (1 to 3), by milu, delta_milu, lfil_smo and droptol_smo.
 ilu_options smoother_ilu_options(int nxtyp);

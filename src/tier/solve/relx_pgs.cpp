@@ -2,9 +2,7 @@
 #include "tier/solve/relx_pgs.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
-#include <vector>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
@@ -22,30 +20,10 @@ bool is_coarse(const point_blocks& points, const int* icg, int p) {
   return false;
 }
 
-/// Room for the system of a point; points are small, larger ones take storage once per step.
-class small_system {
- public:
-  explicit small_system(int m) {
-    if (m <= usual) return;
-    values_.resize(static_cast<std::size_t>(m) * static_cast<std::size_t>(m + 1));
-    places_.resize(static_cast<std::size_t>(m));
-  }
-  double* matrix() { return values_.empty() ? few_.data() : values_.data(); }
-  double* right(int m) { return matrix() + m * m; }
-  int* order() { return places_.empty() ? few_places_.data() : places_.data(); }
-
- private:
-  static constexpr int usual = 8;
-  std::array<double, usual*(usual + 1)> few_;
-  std::array<int, usual> few_places_;
-  std::vector<double> values_;
-  std::vector<int> places_;
-};
-
-void relax_point(level& l, const point_blocks& points, int p, small_system& room) {
+void relax_point(level& l, point_blocks& points, int p) {
   const int m = points.size_of(p), first = points.start[p];
-  double *a = room.matrix(), *b = room.right(m);
-  std::fill_n(a, m * m, 0.0);
+  double *a = points.system.data(), *b = a + std::int64_t{m} * m;
+  std::fill(a, b, 0.0);
   for (int q = 0; q < m; ++q) {
     const int i = points.variable[first + q];
     double d = l.f[i];
@@ -58,24 +36,23 @@ void relax_point(level& l, const point_blocks& points, int p, small_system& room
     }
     b[q] = d;
   }
-  if (!solve_small(m, a, b, room.order(), parm::ibgs_pivot != 0))
+  if (!solve_small(m, a, b, points.order.data(), parm::ibgs_pivot != 0))
     fail(ierr_block_pivot, "Zero pivot in block relaxation (relx_pgs)!");
   for (int q = 0; q < m; ++q) l.u[points.variable[first + q]] = b[q];
 }
 
 }  // namespace
 
-void relx_pgs(level& l, const point_blocks& points, const int* icg, int step) {
+void relx_pgs(level& l, point_blocks& points, const int* icg, int step) {
   const int mode = std::abs(step);
   if (mode < 1 || mode > 6) fail(ierr_illegal_value, "Unknown relaxation step requested in (relx_pgs)!");
   const bool descending = (mode > 3) != (step < 0);
   const int filter = icg ? (mode - 1) % 3 + 1 : all_points;
-  small_system room(points.largest);
   for (int done = 1; done <= points.points; ++done) {
     const int p = descending ? points.points + 1 - done : done;
     if (points.size_of(p) == 0) continue;
     if (filter != all_points && is_coarse(points, icg, p) != (filter == coarse_points)) continue;
-    relax_point(l, points, p, room);
+    relax_point(l, points, p);
   }
 }
 

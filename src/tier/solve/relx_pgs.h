@@ -9,6 +9,6 @@ namespace tier {
 /// step     as in relx_gs, F and C being points: a point is C if one of its variables is; 7 is no step here
 /// icg      C above 0 by variable; null where the level has no split
 /// ibgs_pivot chooses full (not 0) or row pivoting. Errors: 20 unknown step, 220 zero pivot.
-void relx_pgs(level& l, const point_blocks& points, const int* icg, int step);
+void relx_pgs(level& l, point_blocks& points, const int* icg, int step);
 
 }  // namespace tier

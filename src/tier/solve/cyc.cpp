@@ -63,7 +63,7 @@ void solve_coarsest(cycle_state& s) {
 
 void one_level_cycle(cycle_state& s) {
   if (parm::clsolver_finest != 0) {
-    message("warning : perform cgsolve as one level solver - replacing tier_smoother");
+    info(message_class::warning, "warning : perform cgsolve as one level solver - replacing tier_smoother");
     cgsolve(s, 1);
     return;
   }

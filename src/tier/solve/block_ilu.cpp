@@ -176,6 +176,8 @@ bool block_ilu::factorise_row(int p, bool modified, double weight) {
 
 bool block_ilu::decompose(const level& l, const point_blocks& points, bool modified, double weight) {
   points_ = &points;
+  modified_ = modified;
+  weight_ = weight;
   collect_pattern(l);
   collect_values(l);
   small_.allocate(2 * std::int64_t{points.largest} * points.largest + points.largest, "blk", routine);

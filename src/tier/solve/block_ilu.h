@@ -31,6 +31,10 @@ class block_ilu {
   /// singular diagonal block.
   bool decompose(const level& l, const point_blocks& points, bool modified, double weight);
 
+  bool made_with(bool modified, double weight) const {
+    return modified == modified_ && (!modified || weight == weight_);
+  }
+
   /// z <- (L U)^-1 v. v and z may be the same. No allocation.
   void solve(const_vector v, vector z);
 
@@ -43,6 +47,8 @@ class block_ilu {
   int find(int row, int column) const;
 
   const point_blocks* points_ = nullptr;
+  bool modified_ = false;
+  double weight_ = 1.0;
   work_array<int> start_, column_,
       diagonal_;                 // block rows with ascending columns; place of the diagonal block
   work_array<std::int64_t> at_;  // first value of a block, by rows

@@ -136,16 +136,18 @@ void solve_sparse_gauss(cycle_state& s, level& l) {
 void solve_dense(cycle_state& s, level& l) {
   coarse_decomposition& d = coarse_factors();
   const bool full = s.c.nrc != lapack;
-  if (!d.dense) {
+  const dense_method kind = dense_kind(s.c.nrc);
+  const bool pins = kind != dense_method::least_squares;
+  if (!d.dense || d.dense->method() != kind) {
     const timed clock(phase::direct_decomposition);
-    if (s.c.nrc != least_squares) find_pinned(s.c, l, d.pinned);
+    if (pins) find_pinned(s.c, l, d.pinned);
     d.dense = std::make_unique<dense_solver>();
-    if (!d.dense->factorise(l, d.pinned, dense_kind(s.c.nrc)))
+    if (!d.dense->factorise(l, pins ? view<const int>(d.pinned) : view<const int>(), kind))
       fail(full ? ierr_full_gauss : ierr_dense_direct,
            full ? "Error in matrix decomposition (full Gauss)!" : "Error in dense direct solver");
   }
   const timed clock(phase::coarsest_solution);
-  d.dense->substitute(right_hand_side(l), l.u);
+  d.dense->substitute(pins ? right_hand_side(l) : l.f, l.u);
 }
 
 void cgsolve(cycle_state& s, int k) {

@@ -233,9 +233,6 @@ void cgstab0(cycle_state& s, int k) {
   coarse_preconditioner m{l};
   if (s.c.nrc == ilut_bicgstab) {
     const int lfil = coarse_fill_limit(l);
-    if (parm::itrace_clsol > 0)
-      trace(1, "cl precond. BI-CGSTAB : setting up ILUT(" + std::to_string(lfil) + ") decomposition",
-            parm::itrace_clsol);
     const ilu_options options{ilu_kind::threshold, false, parm::delta_milu, lfil, parm::droptol_cl};
     m.factors = ilu_of_level(l, k, options, ilu_user::coarsest_solver);
     if (!m.factors) fail(ierr_coarsest_bicgstab, "ILUT decomposition failed in (cgstab0)");

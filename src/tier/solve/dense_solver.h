@@ -14,6 +14,8 @@ class dense_solver {
   /// least_squares, where dependent columns take no part in the solution).
   bool factorise(const level& l, view<const int> pinned, dense_method method);
 
+  dense_method method() const { return method_; }
+
   /// u <- A^-1 f, or the least-squares solution. No allocation.
   void substitute(view<const double> f, view<double> u);
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
@@ -30,9 +31,13 @@ std::array<kept_factors, max_levels + 1> kept;
 
 kept_factors& kept_at(int k) { return kept[static_cast<std::size_t>(k)]; }
 
-void trace_change(const kept_ilu& f, const ilu_options& wanted) {
+/// What cgc0 and cgstab0 tell about new factors.
+void trace_decomposition(const kept_ilu& f, const ilu_options& wanted) {
+  const auto tell = [](const std::string& what) { trace(1, what, parm::itrace_clsol); };
+  if (wanted.kind == ilu_kind::threshold)
+    tell("cl precond. BI-CGSTAB : setting up ILUT(" + std::to_string(wanted.lfil) + ") decomposition");
+  if (!f.factors) return;
   const ilu_options& had = f.factors->options();
-  const auto tell = [](const char* what) { trace(1, what, parm::itrace_clsol); };
   if (f.ilu_speed != parm::ilu_speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
   if (had.modified != wanted.modified) tell("cgc0 : ilu_dealloc (parm milu changed)");
   if (had.kind != wanted.kind && wanted.kind == ilu_kind::zero_fill)
@@ -46,7 +51,7 @@ ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu
   for (kept_ilu& slot : slots)
     if (slot.fits(options)) return slot.factors.get();
   kept_ilu& own = slots[static_cast<std::size_t>(user)];
-  if (own.factors) trace_change(own, options);
+  if (user == ilu_user::coarsest_solver) trace_decomposition(own, options);
   own.factors.reset();
   const timed clock(phase::ilu_decomposition);
   auto made = std::make_unique<ilu_factors>();
@@ -64,7 +69,7 @@ point_blocks& points_of_level(const level& l, int k) {
 
 block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weight) {
   kept_factors& f = kept_at(k);
-  if (f.blocks) return f.blocks.get();
+  if (f.blocks && f.blocks->made_with(modified, weight)) return f.blocks.get();
   const timed clock(phase::ilu_decomposition);
   auto made = std::make_unique<block_ilu>();
   if (!made->decompose(l, points_of_level(l, k), modified, weight)) return nullptr;

@@ -126,7 +126,7 @@ class flexible_cg_run {
   explicit flexible_cg_run(accelerated_run& run)
       : run_(run),
         n_(run.fine().n),
-        most_(std::max(1, run.s.c.nkdim)),
+        most_(std::max(1, std::min(run.s.c.nkdim, run.s.c.ncycle - run.results.ncyc_done))),
         words_{"CG", "flexcg_skcycle", warn_cg_quasi_residual, warn_cg_not_converged},
         p_(n_, most_, "p", words_.routine),
         ap_(n_, most_, "ap", words_.routine),

@@ -194,7 +194,8 @@ int coarse_fill_limit(const level& l) {
   if (parm::lfil_cl > 0) return std::min(parm::lfil_cl, l.n);
   if (parm::lfil_cl == 0) return l.n;
   const double row_length = static_cast<double>(l.entries()) / l.n;
-  return static_cast<int>(std::min<double>(row_length * -parm::lfil_cl / 10.0 + 0.5, l.n));
+  return static_cast<int>(
+      std::min<double>(row_length * -static_cast<double>(parm::lfil_cl) / 10.0 + 0.5, l.n));
 }
 
 void cl_smo(cycle_state& s, int k) {

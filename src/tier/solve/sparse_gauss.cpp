@@ -161,7 +161,7 @@ int sparse_gauss::take_column(int k, int top, double stability, std::int64_t lic
   if (k >= block_) return done;
   if (!(largest > 0.0) || !std::isfinite(largest)) return singular;
   const int own = order_[k];
-  if (step_of_column_[own] == 0 && std::abs(x_[own]) >= stability * largest) pivot = own;
+  if (step_of_column_[own] == 0 && x_[own] != 0.0 && std::abs(x_[own]) >= stability * largest) pivot = own;
   pivot_[k] = x_[pivot];
   for (int p = top; p <= n; ++p) {
     const int j = place_[p];

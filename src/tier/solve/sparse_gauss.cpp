@@ -221,9 +221,4 @@ void sparse_gauss::substitute(view<const double> f, view<double> u) {
   for (int k = 1; k <= n; ++k) u[column_of_step_[k]] = x[k - 1];
 }
 
-std::int64_t sparse_gauss::entries() const {
-  const std::int64_t m = n_ - block_ + 1;
-  return l_top_ + u_top_ + (block_ - 1) + m * m;
-}
-
 }  // namespace tier

@@ -16,7 +16,7 @@ class sparse_gauss {
   static constexpr int done = 0, singular = 1, out_of_l = -3, out_of_u = -4;
 
   /// Orders the rows, estimates the store and chooses where the dense block begins. ia, ja: 1-based, diagonal
-  /// first. After it stored_l() and stored_u() are the estimates.
+  /// first. After it estimated_l() and estimated_u() are set.
   void analyse(int n, view<const int> ia, view<const int> ja);
 
   /// Factors with room for licn entries of L and lirn entries of U.
@@ -29,12 +29,9 @@ class sparse_gauss {
   /// u <- A^-1 f. Pinned rows take f as it stands. No allocation.
   void substitute(view<const double> f, view<double> u);
 
-  int size() const { return n_; }
   std::int64_t estimated_l() const { return estimated_l_; }
   std::int64_t estimated_u() const { return estimated_u_; }
   std::int64_t needed() const { return needed_; }
-  /// Stored values: sparse entries, diagonal and dense block.
-  std::int64_t entries() const;
 
  private:
   void choose_dense_block();

@@ -16,7 +16,6 @@ class stopping_rules {
   /// Allocates the stores that the controls ask for; n is the length of an approximation.
   stopping_rules(const controls& c, int n, double target);
 
-  double target() const { return target_; }
   bool reached(double res) const { return res <= target_; }
 
   /// Takes the residual norm of a new step into the store of the last num_old_res + 1.

@@ -1,5 +1,5 @@
 // The codes nrd and nru: how many passes a smoothing run makes and which steps a pass has.
-// Decoded by solve_data; read by the smoothers and the report.
+// Decoded once for a solution; read by the smoothers and the report.
 #pragma once
 
 #include <array>

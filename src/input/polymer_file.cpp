@@ -3,7 +3,6 @@
 #include "input/polymer_file.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -174,14 +173,9 @@ class BlockReader {
   }
 
   double number(double former, ValueUse use) {
-    file_.skipBlanks();
-    const std::size_t start = file_.position();
+    if (use == ValueUse::used) return file_.needLeadingDouble("a finite number of a counted list");
     const auto value = file_.readDouble();
     if (!value && file_.atEnd()) file_.fault("a number of a counted list");
-    if (use == ValueUse::used && !(value && std::isfinite(*value))) {
-      file_.moveTo(start);
-      file_.fault("a finite number of a counted list");
-    }
     return value.value_or(former);
   }
 

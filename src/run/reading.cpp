@@ -67,15 +67,14 @@ void readValue(TextReader& file, ValueUse use) {
   requireMore(file);
   file.readInt();  // the flag is dropped
   vSkipPastEquals(file);
-  file.skipBlanks();
-  const std::size_t start = file.position();
-  const auto value = file.readDouble();
-  if (value) LastValue = *value;
-  const bool bad = !value || !std::isfinite(*value);
-  if ((bad && use == ValueUse::used) || (!value && file.atEnd())) {
-    file.moveTo(start);
-    file.fault("a finite number as the value of string number " + std::to_string(lastStringNumber));
-  }
+  const std::string expected =
+      "a finite number as the value of string number " + std::to_string(lastStringNumber);
+  if (use == ValueUse::used)
+    LastValue = file.needLeadingDouble(expected);
+  else if (const auto value = file.readDouble())
+    LastValue = *value;
+  else if (file.atEnd())
+    file.fault(expected);
   file.skipLine();
 }
 

@@ -160,6 +160,30 @@ std::optional<double> TextReader::outOfRangeDouble(std::size_t end) {
 
 bool TextReader::atTokenEnd() const { return atEnd() || isBlank(text_[position_]); }
 
+/// Whether a digit stands behind a second point, a comma or the letter of an exponent.
+bool TextReader::numberGoesOn() const {
+  std::size_t next = position_;
+  const auto takeOneOf = [&](std::string_view characters) {
+    const bool there = next < text_.size() && characters.find(text_[next]) != std::string_view::npos;
+    next += there;
+    return there;
+  };
+  if (takeOneOf("eEdD"))
+    takeOneOf("+-");
+  else if (!takeOneOf(".,"))
+    return false;
+  return takeOneOf("0123456789");
+}
+
+double TextReader::needLeadingDouble(const std::string& expected) {
+  skipBlanks();
+  const std::size_t start = position_;
+  const auto value = readDouble();
+  if (value && std::isfinite(*value) && !numberGoesOn()) return *value;
+  position_ = start;
+  fault(expected);
+}
+
 int TextReader::needInt(const char* what, long record) {
   skipBlanks();
   const std::size_t start = position_;

@@ -48,6 +48,10 @@ class TextReader {
   std::optional<int> readInt(int width = 0);  // width > 0: at most so many characters
   std::optional<double> readDouble();         // also reads inf and nan, which needDouble refuses
 
+  /// readDouble where other words may follow the number: finite, and not cut short within a number that is
+  /// written another way ("7,5", "1.2D3"). Otherwise the run ends: file, line, `expected` and what stood there.
+  double needLeadingDouble(const std::string& expected);
+
   /// A whole token, which ends at white space or the end of the file. Anything else, a missing, overflowing
   /// or non-finite number ends the run: file, line, what was expected and what stood there. With record > 0
   /// the message says "<what> of record <record>".
@@ -64,6 +68,7 @@ class TextReader {
  private:
   std::optional<double> outOfRangeDouble(std::size_t end);
   bool atTokenEnd() const;
+  bool numberGoesOn() const;
   [[noreturn]] void faultAt(std::size_t position, const char* kind, const char* what, long record);
 
   std::string text_, name_;

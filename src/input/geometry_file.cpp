@@ -155,16 +155,6 @@ void readNodes(TextReader& file, const GeometryHeader& header) {
   }
 }
 
-/// Ten attempts with a pause before each.
-void waitForLateGeometry() {
-  constexpr int attempts = 10;
-  for (int attempt = 1; attempt <= attempts; ++attempt) {
-    std::this_thread::sleep_for(retryPause);
-    if (fileReadable(workingFiles.pg1)) return;
-  }
-  vFail(message::D1020);
-}
-
 }  // namespace
 
 GeometryHeader readGeometryHeader(TextReader& file) {
@@ -182,11 +172,19 @@ GeometryHeader readGeometryHeader(TextReader& file) {
   return header;
 }
 
-void preReadGeometry() {
-  if (!fileReadable(workingFiles.pg1)) {
-    if (fileReadable(workingFiles.pg1)) vFail(message::D1020);  // counts as absent: it came just now
-    waitForLateGeometry();
+void awaitGeometry(const std::function<bool()>& canBeOpened) {
+  constexpr int lateAttempts = 10;
+  if (canBeOpened()) return;
+  if (canBeOpened()) vFail(message::D1020);
+  for (int attempt = 1; attempt <= lateAttempts; ++attempt) {
+    std::this_thread::sleep_for(retryPause);
+    if (canBeOpened()) return;
   }
+  vFail(message::D1020);
+}
+
+void preReadGeometry() {
+  awaitGeometry([] { return fileReadable(workingFiles.pg1); });
   TextReader file = TextReader::open(workingFiles.pg1);
   readGeometryHeader(file);
   ModelKind = 0;

@@ -1,12 +1,17 @@
 // Reader of the part geometry, ".PG1". Called by the input stage, at its begin and at its end.
 #pragma once
 
+#include <functional>
+
 #include "run/text_reader.h"
 
 namespace keld {
 
-/// The look at ".PG1" before any other input: waits for it and reads title block and header. D1020 when it
-/// doesn't come, and when it arrives just between the first two attempts.
+/// The attempts to open ".PG1" before any other input is read: one, one more at once, then ten with a pause
+/// before each. D1020 when the second succeeds, as the file arrives just then, or when none does.
+void awaitGeometry(const std::function<bool()>& canBeOpened);
+
+/// The look at ".PG1" before any other input: waits for it (awaitGeometry), reads title block and header.
 void preReadGeometry();
 
 /// The main read, with its heading: fills `elementTable`, `nodeTable` and the factors of `geometry`.

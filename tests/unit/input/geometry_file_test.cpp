@@ -55,6 +55,29 @@ TEST_F(GeometryFile, ThinElementsAreReportedUnderTheNumberOfTheOneBefore) {
   EXPECT_THAT(report(), testing::Not(HasSubstr("#     2 has")));
 }
 
+struct AttemptsCase {
+  int arrival;   // the first attempt that can succeed
+  int attempts;  // that are made
+  bool found;
+};
+
+class Attempts : public InputTest, public testing::WithParamInterface<AttemptsCase> {};
+
+TEST_P(Attempts, FindTheFileUnlessItArrivesBetweenTheFirstTwo) {
+  int made = 0;
+  const auto wait = [&made] { awaitGeometry([&made] { return ++made >= GetParam().arrival; }); };
+  if (GetParam().found)
+    EXPECT_NO_THROW(wait());
+  else
+    EXPECT_THAT(refusalOf(wait), HasSubstr("D1020"));
+  EXPECT_EQ(made, GetParam().attempts);
+}
+
+INSTANTIATE_TEST_SUITE_P(Arrivals, Attempts,
+                         testing::Values(AttemptsCase{1, 1, true}, AttemptsCase{2, 2, false},
+                                         AttemptsCase{3, 3, true}, AttemptsCase{12, 12, true},
+                                         AttemptsCase{13, 12, false}));
+
 struct HeaderCase {
   const char* header;
   std::vector<const char*> codes;

@@ -3,6 +3,7 @@
 #include "input/input_stage.h"
 
 #include <algorithm>
+#include <string>
 
 #include "input/boundary_file.h"
 #include "input/geometry_file.h"
@@ -36,12 +37,12 @@ void inputStage() {
   checkWorkingFiles();
   readProcessFile();
   readPolymerFile();
-  readSolverSettings();
+  const std::string settings = readSolverSettings();
   const bool fixed = readBoundaryFile();
   readGeometry();
   partCentreAndAxes();
   checkGeometry();
-  checkBoundaryNodes(fixed ? workingFiles.bc1 : workingFiles.cpu);
+  checkBoundaryNodes(fixed ? workingFiles.bc1 : settings);
   echoGeometry();
 }
 

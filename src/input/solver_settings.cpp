@@ -44,7 +44,7 @@ void readSettingLines(TextReader& file) {
   processRecord.cycleLimit = known ? lastValueAsInt(file, "cycle limit") : defaultCycleLimit;
 }
 
-void readSolverSettings() {
+std::string readSolverSettings() {
   echoHeading("\n # Solver parameter information ......   \n");
   vPrintMessage(2, "<br>\n");
   const bool ofJob = waitForFile(workingFiles.cpu);
@@ -54,6 +54,7 @@ void readSolverSettings() {
   TextReader file = TextReader::open(ofJob ? workingFiles.cpu : workingFiles.standardCpu);
   const ReportSection section;
   readSettingLines(file);
+  return file.name();
 }
 
 }  // namespace keld

@@ -2,12 +2,15 @@
 // Called by the input stage.
 #pragma once
 
+#include <string>
+
 #include "run/text_reader.h"
 
 namespace keld {
 
-/// Waits for the job's ".CPU", else for that of the installation; without both the run ends.
-void readSolverSettings();
+/// Waits for the job's ".CPU", else for that of the installation; without both the run ends. Returns the path
+/// of the file that it has read.
+std::string readSolverSettings();
 
 /// Fills solverChoice, bcNode and cycleLimit and echoes the ten lines into the open report.
 void readSettingLines(TextReader& file);

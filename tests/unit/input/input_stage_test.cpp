@@ -61,17 +61,15 @@ INSTANTIATE_TEST_SUITE_P(
         MissingCase{{}, {"Unit.STD"}, "Cannot open the unit table"}));
 
 TEST_F(InputStage, TakesTheSettingsOfTheInstallationAndNoFixedNodes) {
-  job_.remove(".CPU");
-  job_.remove(".BC1");
-  std::filesystem::remove(job_.path(".PT1"));
-  const std::string settings = testing_support::readText(standard("File.CPU"));
-  std::ofstream(standard("File.CPU"))
-      << replaced(settings, "string= 22005  flag= 1  value= 0", "string= 22005  flag= 1  value= 7");
+  for (const char* suffix : {".CPU", ".BC1", ".PT1"}) job_.remove(suffix);
+  std::string settings = testing_support::readText(standard("File.CPU"));
+  for (const char* string : {"22005", "22006", "22007"})
+    settings = replaced(settings, string + std::string("  flag= 1  value= 0"),
+                        string + std::string("  flag= 1  value= 36"));
+  std::ofstream(standard("File.CPU")) << settings;
 
-  inputStage();
-
-  EXPECT_EQ(processRecord.bcNode[1], 7);
-  EXPECT_EQ(elementTable.elementCount, 48);
+  EXPECT_THAT(testing_support::faultOf([] { inputStage(); }),
+              HasSubstr(standard("File.CPU") + ": boundary node 1 is 36"));
   EXPECT_EQ(geometry.axisMajor, 1);
 }
 

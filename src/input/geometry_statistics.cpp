@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "input/mesh_tables.h"
+#include "model/mesh_access.h"
 #include "run/failure.h"
 #include "run/messages.h"
 #include "run/streams.h"
@@ -14,39 +15,27 @@
 namespace keld {
 namespace {
 
-using Point = std::array<double, 3>;
-
 constexpr double badTriangleAspect = 10.0;  // at or above it counts
 constexpr double badRunnerAspect = 10.0;    // at or below it counts
 constexpr double eccentric = 1.5;           // ratio of the two sides of the centre
 
-Point nodePoint(int node) {
-  const auto i = static_cast<std::size_t>(node);
-  return {nodeTable.x[i], nodeTable.y[i], nodeTable.z[i]};
-}
-
-double distance(const Point& p, const Point& q) {
-  const double dx = q[0] - p[0], dy = q[1] - p[1], dz = q[2] - p[2];
-  return std::sqrt(dx * dx + dy * dy + dz * dz);
-}
-
 /// Nodes of elements with node3 other than 0, each once, by number.
-std::vector<Point> partNodes() {
+std::vector<Vector3> partNodes() {
   std::vector<char> used(nodeTable.x.size(), 0);
   const ElementTable& t = elementTable;
   for (std::size_t e = 1; e < t.node3.size(); ++e) {
     if (t.node3[e] == 0) continue;
     for (const int node : {t.node1[e], t.node2[e], t.node3[e]}) used[static_cast<std::size_t>(node)] = 1;
   }
-  std::vector<Point> points;
+  std::vector<Vector3> points;
   for (int node = 1; node <= nodeTable.nodeCount; ++node)
-    if (used[static_cast<std::size_t>(node)]) points.push_back(nodePoint(node));
+    if (used[static_cast<std::size_t>(node)]) points.push_back(positionOf(node));
   return points;
 }
 
-Extent extentOf(const std::vector<Point>& points) {
+Extent extentOf(const std::vector<Vector3>& points) {
   Extent extent;
-  for (const Point& p : points)
+  for (const Vector3& p : points)
     for (std::size_t axis = 0; axis < 3; ++axis) {
       if (p[axis] >= extent.most[axis]) extent.most[axis] = p[axis];
       if (p[axis] < extent.least[axis]) extent.least[axis] = p[axis];
@@ -54,9 +43,9 @@ Extent extentOf(const std::vector<Point>& points) {
   return extent;
 }
 
-Point meanOf(const std::vector<Point>& points) {
-  Point sum{};
-  for (const Point& p : points)
+Vector3 meanOf(const std::vector<Vector3>& points) {
+  Vector3 sum{};
+  for (const Vector3& p : points)
     for (std::size_t axis = 0; axis < 3; ++axis) sum[axis] += p[axis];
   if (!points.empty())
     for (double& s : sum) s /= static_cast<double>(points.size());
@@ -95,7 +84,7 @@ std::array<int, 3> axisOrder(const std::array<double, 3>& length) {
 
 void partCentreAndAxes() {
   if (!hasMesh()) return;
-  const std::vector<Point> points = partNodes();
+  const std::vector<Vector3> points = partNodes();
   const Extent extent = extentOf(points);
   geometry.modelCentre = meanOf(points);
   geometry.gridCentre = occupiedCellCentre(extent, points);
@@ -132,11 +121,11 @@ void echoGeometry() {
   const ElementTable& t = elementTable;
   int badTriangles = 0, badRunners = 0;
   for (std::size_t e = 1; e < t.node3.size(); ++e) {
-    const Point p1 = nodePoint(t.node1[e]), p2 = nodePoint(t.node2[e]);
+    const Vector3 p1 = positionOf(t.node1[e]), p2 = positionOf(t.node2[e]);
     if (t.node3[e] == 0) {
       badRunners += distance(p1, p2) / (2.0 * t.thickness[e]) <= badRunnerAspect;
     } else {
-      const Point p3 = nodePoint(t.node3[e]);
+      const Vector3 p3 = positionOf(t.node3[e]);
       badTriangles +=
           triangleAspect(distance(p1, p2), distance(p2, p3), distance(p3, p1)) >= badTriangleAspect;
     }

@@ -25,8 +25,6 @@ int polymerMode = 1;
 
 namespace {
 
-constexpr double kelvinOfZeroCelsius = 273.15;
-
 enum class Order { rising, falling };
 
 /// Reads the entries of one block in turn. Where an entry is only echoed, text in place of a number leaves

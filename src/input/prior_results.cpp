@@ -8,6 +8,7 @@
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
 #include "input/process_record.h"
+#include "model/vector3.h"
 #include "run/failure.h"
 #include "run/messages.h"
 #include "run/reading.h"
@@ -23,7 +24,6 @@ int temperatureFromCool = 0;
 
 namespace {
 
-constexpr double kelvinOfZeroCelsius = 273.15;
 constexpr double shortestDirection = 0.98, longestDirection = 1.02;
 constexpr double largestCosine = 0.02;
 
@@ -32,8 +32,6 @@ void checkTitle(TextReader& file) {
   const ReportSection section;
   vCheckTitleBlock(file);
 }
-
-double dot(const Direction& a, const Direction& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 Direction readDirection(TextReader& file, const char* what, long record) {
   const double x = file.needDouble(what, record);
@@ -44,7 +42,7 @@ Direction readDirection(TextReader& file, const char* what, long record) {
 
 /// Divides by the length, which it returns.
 double normalise(Direction& d) {
-  const double length = std::sqrt(dot(d, d));
+  const double length = norm(d);
   for (double& component : d) component /= length;
   return length;
 }

@@ -18,8 +18,6 @@ ProcessRecord processRecord;
 
 namespace {
 
-constexpr double kelvinOfZeroCelsius = 273.15;
-
 constexpr char fahrenheit[] = " (%6.2le oF)\n";
 
 void echoFahrenheit() { vPrintMessage(-2, fahrenheit, LastValue * 1.8 + 32.0); }

@@ -6,6 +6,8 @@
 
 namespace keld {
 
+inline constexpr double kelvinOfZeroCelsius = 273.15;  // files give degrees Celsius, tables hold kelvin
+
 struct ProcessRecord {
   std::array<double, 3> meltTemperature{};  // [1..2] K, of polymer kind 1 and 2; entry 0 unused
   double ambientTemperature = 0.0;          // K

@@ -1,4 +1,5 @@
-// Rows of NodeTable and ElementTable as small values. Used throughout src/model.
+// Rows of NodeTable and ElementTable as small values. Used throughout src/model
+// and by the statistics of the mesh.
 #pragma once
 
 #include <array>

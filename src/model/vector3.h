@@ -1,4 +1,5 @@
-// Arithmetic of three-vectors for the geometry of elements and frames. Used throughout src/model.
+// Arithmetic of three-vectors for the geometry of elements and frames.
+// Used throughout src/model, by the statistics of the mesh and the reader of directions.
 #pragma once
 
 #include <array>

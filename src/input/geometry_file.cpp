@@ -173,10 +173,9 @@ GeometryHeader readGeometryHeader(TextReader& file) {
 }
 
 void awaitGeometry(const std::function<bool()>& canBeOpened) {
-  constexpr int lateAttempts = 10;
   if (canBeOpened()) return;
   if (canBeOpened()) vFail(message::D1020);
-  for (int attempt = 1; attempt <= lateAttempts; ++attempt) {
+  for (int attempt = 1; attempt <= openAttempts; ++attempt) {
     std::this_thread::sleep_for(retryPause);
     if (canBeOpened()) return;
   }

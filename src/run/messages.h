@@ -2,17 +2,7 @@
 // where the run ends with it, for vFail.
 #pragma once
 
-#include <array>
-
 namespace keld::message {
-
-enum class Ending { none, wait };
-
-struct Entry {
-  const char* code;
-  Ending ending;
-  const char* text;
-};
 
 #define KELD_MESSAGE(code, ending, text) inline constexpr char code[] = text;
 #include "run/messages.def"
@@ -23,11 +13,5 @@ inline constexpr char D1025Second[] =
     "found.\n";
 inline constexpr char D5014Second[] =
     "                    May be 3-BC nodes is repeated or located in a line direction\n";
-
-/// The whole list, for whoever wants to walk it.
-inline constexpr std::array all{
-#define KELD_MESSAGE(code, ending, text) Entry{#code, Ending::ending, text},
-#include "run/messages.def"
-};
 
 }  // namespace keld::message

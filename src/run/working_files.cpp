@@ -50,8 +50,8 @@ bool fileReadable(const std::string& path) {
   return true;
 }
 
-bool waitForFile(const std::string& path, int attempts) {
-  for (int attempt = 1; attempt <= attempts; ++attempt) {
+bool waitForFile(const std::string& path) {
+  for (int attempt = 1; attempt <= openAttempts; ++attempt) {
     if (fileReadable(path)) return true;
     std::this_thread::sleep_for(retryPause);
   }

@@ -32,11 +32,13 @@ WorkingFileSet composeWorkingFiles(const std::string& baseName, const std::strin
 /// Whether the file can be opened for reading now.
 bool fileReadable(const std::string& path);
 
+constexpr int openAttempts = 10;
+
 /// Pause after a failed attempt to open a file that may still be arriving; tests shorten it.
 extern std::chrono::milliseconds retryPause;
 
-/// Waits for a file that may still be arriving: up to `attempts` tries, a pause after each failed one.
+/// Waits for a file that may still be arriving: up to ten attempts, a pause after each failed one.
 /// Returns whether the file can be opened now.
-bool waitForFile(const std::string& path, int attempts = 10);
+bool waitForFile(const std::string& path);
 
 }  // namespace keld

@@ -1,7 +1,6 @@
 #include "run/reading.h"
 
 #include "run/labels.h"
-#include "run/messages.h"
 #include "support/input_test.h"
 
 namespace keld {
@@ -148,11 +147,6 @@ TEST(Labels, UnitsStandFromTheNinthCharacterToTheThirdBlank) {
 TEST(Labels, Utf16BecomesUtf8) {
   using namespace std::string_view_literals;
   EXPECT_EQ(utf8FromUtf16("\xE4\0\x3D\xD8\x00\xDE\x00\xD8!\0\xAC\x20?"sv), "\u00E4\U0001F600\uFFFD!\u20AC");
-}
-
-TEST(Messages, EachTextNamesItsCode) {
-  for (const message::Entry& entry : message::all)
-    EXPECT_THAT(entry.text, HasSubstr("\n !! Error " + std::string(entry.code) + " !!  "));
 }
 
 }  // namespace

@@ -148,16 +148,6 @@ TEST(Invariance, PlaceAndDirectionDontMatter) {
   expectSameShape(found, expected, 1e-7);
 }
 
-TEST(Invariance, RunsAgainWithTheSameBits) {
-  const ScratchJob job = jobOf(ribbedPart(), flowJob());
-
-  const DeformedPart first = deform(job), second = deform(job);
-
-  EXPECT_EQ(first.total, second.total);
-  EXPECT_EQ(first.inMold, second.inMold);
-  EXPECT_EQ(first.sinkMark, second.sinkMark);
-}
-
 /// A plate that is warmer outside, and more so on its upper side, about its middle line x = 60 mm.
 TEST(Symmetry, ASymmetricPartDistortsSymmetrically) {
   const part_maker::Mesh mesh = part_maker::makeMesh({.shape = part_maker::Shape::plate, .triangles = 768});

@@ -77,9 +77,11 @@ TEST(Program, AFailedRunWaitsForTheEndOfInputAndKeepsTheOldResults) {
   job.write(".WR1", "former");
   job.write(".PG1", testing_support::replaced(job.read(".PG1"), "48 35", "48 36"));
 
-  const auto outcome = job.run();
+  const std::string answered = "'" + job.path(".answered") + "'";
+  const auto outcome = job.run("(sleep 0.3; touch " + answered + ") | {",
+                               "; s=$?; test -e " + answered + " || s=99; exit $s; }");
 
-  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.status, 1) << "99: it has ended before its input";
   EXPECT_THAT(outcome.console, HasSubstr(job.path(".PG1") + ", line "));
   EXPECT_EQ(job.read(".WR1"), "former");
 }

@@ -85,7 +85,7 @@ std::optional<std::string> as_text(std::string_view text) {
   const bool quoted =
       text.size() >= 2 && (text.front() == '"' || text.front() == '\'') && text.back() == text.front();
   if (!quoted) return {};
-  return std::string(text.substr(1, text.size() - 2));
+  return std::string(trimmed(text.substr(1, text.size() - 2)));
 }
 
 template <class T>

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
@@ -48,35 +49,18 @@ bool was_successful(int ierr) {
   return ierr <= 0 && ierr > first_warning_of_accelerators;
 }
 
-/// The parameters of the second run, put back at the end.
-class emergency_parameters {
+/// Another value of a parameter during the second run, put back at its end.
+template <class T>
+class replaced {
  public:
-  emergency_parameters() {
-    parm::levelx = parm::levelx_2nd;
-    parm::nrd = parm::nrd_2nd;
-    parm::nru = parm::nru_2nd;
-    parm::nrc = 99;
-    parm::lfil_smo = parm::lfil_2nd;
-    parm::droptol_smo = parm::droptol_2nd;
-    parm::force_accel = parm::force_accel_2nd;
-  }
-  ~emergency_parameters() {
-    parm::levelx = levelx_;
-    parm::nrd = nrd_;
-    parm::nru = nru_;
-    parm::nrc = nrc_;
-    parm::lfil_smo = lfil_smo_;
-    parm::droptol_smo = droptol_smo_;
-    parm::force_accel = force_accel_;
-  }
-  emergency_parameters(const emergency_parameters&) = delete;
-  emergency_parameters& operator=(const emergency_parameters&) = delete;
+  replaced(T& place, T value) : place_(place), former_(std::exchange(place, value)) {}
+  ~replaced() { place_ = former_; }
+  replaced(const replaced&) = delete;
+  replaced& operator=(const replaced&) = delete;
 
  private:
-  int levelx_ = parm::levelx, nrd_ = parm::nrd, nru_ = parm::nru, nrc_ = parm::nrc,
-      lfil_smo_ = parm::lfil_smo;
-  double droptol_smo_ = parm::droptol_smo;
-  bool force_accel_ = parm::force_accel;
+  T& place_;
+  T former_;
 };
 
 /// ncyc_2nd with BiCGstab, nsolve_2nd with ILUT.
@@ -93,8 +77,15 @@ int emergency_run(call_arguments call, run_results& results) {
   message("trying ILU-BiCGstab now ...");
   message("... for original matrix ...");
   message("... first guess u reset to zero ...");
-  const emergency_parameters parameters;
-  constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000;
+  constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000,
+                no_coarse_solution = 99;
+  const replaced levelx(parm::levelx, parm::levelx_2nd), nrd(parm::nrd, parm::nrd_2nd),
+      nru(parm::nru, parm::nru_2nd), nrc(parm::nrc, no_coarse_solution), fill(parm::lfil_smo, parm::lfil_2nd),
+      finest(parm::clsolver_finest, 0), modify(parm::modify_mat, 0);
+  const replaced drop(parm::droptol_smo, parm::droptol_2nd);
+  const replaced force(parm::force_accel, parm::force_accel_2nd);
+  const auto d = digits_of<4>(call.matrix);
+  if (call.matrix > 0) call.matrix = 10 * d[1] + d[2];  // no transformation
   call.ncyc = with_second_digit(parm::ncyc_2nd, bicgstab);
   call.nsolve = with_second_digit(parm::nsolve_2nd, ilut);
   call.ifirst = zero_guess;

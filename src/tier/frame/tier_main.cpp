@@ -40,6 +40,7 @@ constexpr int level_of_dump = 2;
 
 void start_call(const call_arguments& call, run_results& results) {
   if (solver.calls == 0) clear_timers();
+  start_call_timers();
   ++solver.calls;
   clear_warning();
   memory.memi = memory.nisum;

@@ -9,7 +9,7 @@ namespace tier {
 namespace {
 
 constexpr std::size_t phases = static_cast<std::size_t>(phase::count_of_phases);
-std::array<double, phases> sums{};
+std::array<double, phases> sums{}, sums_at_start{};
 constexpr std::array<const char*, phases> names{"setup", "solve",  "ilu-dcmp", "cg-dcmp", "cg-solve",
                                                 "relax", "rwsrt",  "primmat",  "split",   "reduce",
                                                 "pwint", "pwiter", "opdfn",    "extent"};
@@ -36,6 +36,8 @@ double time_span(double t0, double t1, double clock_maximum) {
 double accumulated(phase p) { return sums[index(p)]; }
 void add_time(phase p, double seconds) { sums[index(p)] += seconds; }
 void clear_timers() { sums.fill(0.0); }
+void start_call_timers() { sums_at_start = sums; }
+double accumulated_in_call(phase p) { return sums[index(p)] - sums_at_start[index(p)]; }
 const char* name_of(phase p) { return names[index(p)]; }
 
 }  // namespace tier

@@ -37,6 +37,10 @@ double time_span(double t0, double t1, double clock_maximum);
 double accumulated(phase p);
 void add_time(phase p, double seconds);
 void clear_timers();
+
+/// What has been accumulated since the last start of a call.
+void start_call_timers();
+double accumulated_in_call(phase p);
 const char* name_of(phase p);
 
 /// Adds the life of the object to an accumulator.

@@ -37,9 +37,11 @@ void print_times(const run_results& r) {
   message("                fixed       per cyc       total   sec  (excl. overhead)", 1);
   const double cycles = std::max(r.ncyc_done, 1);
   for (const phase p : {phase::ilu_decomposition, phase::direct_decomposition})
-    print_line("    %-8s %10.4f    %10.4f  %10.4f", name_of(p), accumulated(p), 0.0, accumulated(p));
+    print_line("    %-8s %10.4f    %10.4f  %10.4f", name_of(p), accumulated_in_call(p), 0.0,
+               accumulated_in_call(p));
   for (const phase p : {phase::coarsest_solution, phase::relaxation})
-    print_line("    %-8s %10.4f    %10.4f  %10.4f", name_of(p), 0.0, accumulated(p) / cycles, accumulated(p));
+    print_line("    %-8s %10.4f    %10.4f  %10.4f", name_of(p), 0.0, accumulated_in_call(p) / cycles,
+               accumulated_in_call(p));
 }
 
 void print_memory(const controls& c) {

@@ -237,7 +237,8 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
          x = coupled_call(6), x.matrix = 12, x.nsolve = 5040000, x.ncyc = 3100100;
          parm::nptmn = 8, parm::nrc = 10, parm::show_un_res = 2, parm::nstar_typ = 3;
        }},
-      {"one-level flexible CG", [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm::iauto_stop = 110202; }},
+      {"one-level flexible CG",
+       [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm::iauto_stop = 110202; }},
       {"half stored, scaled", [](tier_call& x) {
          x.matrix = 12, x.ncyc = 1300100, x.chktol = 0.0;
          parm::modify_mat = 23;

@@ -26,6 +26,20 @@ namespace parm = tier::parm;
 
 constexpr double solved = 1.1e-8;
 
+/// One triangle of a symmetric matrix.
+testing_support::sparse_system half_of(const testing_support::sparse_system& whole, bool lower) {
+  testing_support::sparse_system half;
+  for (int i = 1; i <= whole.n; ++i) {
+    std::vector<std::pair<int, double>> others;
+    for (int j = whole.ia[static_cast<std::size_t>(i) - 1] + 1; j < whole.ia[static_cast<std::size_t>(i)];
+         ++j)
+      if (const int column = whole.ja[static_cast<std::size_t>(j) - 1]; (column < i) == lower)
+        others.emplace_back(column, whole.entry(i, column));
+    half.add_row(whole.entry(i, i), others);
+  }
+  return half;
+}
+
 void expect_nothing_held() {
   EXPECT_EQ(tier::memory.nisum, 0);
   EXPECT_EQ(tier::memory.ndsum, 0);
@@ -240,7 +254,7 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
       {"one-level flexible CG",
        [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm::iauto_stop = 110202; }},
       {"half stored, scaled", [](tier_call& x) {
-         x.matrix = 12, x.ncyc = 1300100, x.chktol = 0.0;
+         x = tier_call(half_of(x.s, true)), x.matrix = 32, x.chktol = 0.0;
          parm::modify_mat = 23;
          parm::nptmn = 8;
        }}};
@@ -400,21 +414,20 @@ TEST(Transformed, HalfStorageSolvesTheWholeMatrix) {
   whole.matrix = 12;
   whole.run();
   for (const bool lower : {true, false}) {
-    testing_support::sparse_system half;
-    for (int i = 1; i <= whole.s.n; ++i) {
-      std::vector<std::pair<int, double>> others;
-      for (int j = whole.s.ia[static_cast<std::size_t>(i) - 1] + 1;
-           j < whole.s.ia[static_cast<std::size_t>(i)]; ++j)
-        if (const int column = whole.s.ja[static_cast<std::size_t>(j) - 1]; (column < i) == lower)
-          others.emplace_back(column, whole.s.entry(i, column));
-      half.add_row(4.0, others);
-    }
-    tier_call call{half};
+    tier_call call(half_of(whole.s, lower));
+    parm::nptmn = 20;
     call.matrix = 32;
     call.run();
     EXPECT_EQ(call.ierr, 0) << call.said;
     for (std::size_t i = 0; i < call.s.u.size(); ++i) ASSERT_NEAR(call.s.u[i], whole.s.u[i], 1e-6);
 
+    for (const int iswtch : {4120, 3120, 1120}) {
+      call.iswtch = iswtch;
+      call.run();
+      EXPECT_EQ(call.ierr, 0) << call.said;
+      EXPECT_NEAR(call.s.u[70], whole.s.u[70], 1e-6);
+    }
+    call.iswtch = 5120;
     call.matrix = 31;  // claims row sums of zero
     call.chktol = 1e-6;
     call.run();

@@ -18,8 +18,9 @@ enum class verdict { go_on, done, refresh };
 bool no_steps_left(const accelerated_run& run, const accelerator_words& words);
 
 /// Counts the step with norm `quasi` of the updated residual r. Where a rule or the limit would end the run,
-/// and every tenth step, the real residual is formed in `fresh` and decides: done     the run ends; its
-/// warning has been given refresh  the updated residual was too good: the caller goes on from `fresh`
+/// and every tenth step, the real residual is formed in `fresh` and decides.
+/// Returns `done` when the run ends, its warning given; `refresh` when the updated residual was too good and
+/// the caller must go on from `fresh`; else `go_on`.
 verdict judge_step(accelerated_run& run, const accelerator_words& words, double quasi, double& previous,
                    view<double> fresh);
 

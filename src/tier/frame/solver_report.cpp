@@ -7,6 +7,7 @@
 
 #include "tier/frame/parameters.h"
 #include "tier/frame/print_line.h"
+#include "tier/solve/coarse_solvers.h"
 #include "tier/solve/sweep_code.h"
 
 namespace tier {
@@ -63,12 +64,12 @@ void print_sweeps(const char* side, int code) {
 
 void print_basic_method(const hierarchy& h, const controls& c) {
   constexpr std::array<const char*, 5> cycles{"", "V", "F", "W", "VV"};
-  constexpr int last_cycle = 4, diagonal = 5, cg = 1;
+  constexpr int last_cycle = 4, diagonal = 5, cg = 1, flexible_cg = 4;
   if (c.igam > last_cycle) {
-    const char* method = c.igam == diagonal ? "Diagonal scaling (Jacobi)"
-                         : c.ncgrad == 0    ? "Gauss-Seidel"
-                         : c.ncgrad == cg   ? "IC(0)"
-                                            : "ILUT";
+    const char* method = c.igam == diagonal                          ? "Diagonal scaling (Jacobi)"
+                         : c.ncgrad == 0                             ? "Gauss-Seidel"
+                         : c.ncgrad == cg || c.ncgrad == flexible_cg ? "IC(0)"
+                                                                     : "ILUT";
     print_line("Basic Method: One-level method (igam=%d) - %s", c.igam, method);
   } else if (h.levels_used > 1) {
     print_line("Basic Method: AMG on %d levels (%s-cycle)", h.levels_used,
@@ -110,7 +111,8 @@ void print_coarsest(const hierarchy& h, const controls& c) {
       message("              " + (parm::milu != 0 ? milu_weight() : "ILU(0)") + " preconditioned CG");
       break;
     case 3:
-      print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB", parm::lfil_cl, parm::droptol_cl);
+      print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB", coarse_fill_limit(h(h.levels_used)),
+                 parm::droptol_cl);
       break;
     case 4:
       message("              Diagonally preconditioned CG");

@@ -17,7 +17,7 @@ void message(std::string_view text, int blank_before = 0, int blank_after = 0);
 /// Prints a trace line when the larger of itracelevel and `local_level` is at least `level`.
 void trace(int level, std::string_view text, int local_level = 0);
 
-/// What a routine throws when the call must end: caught by tier_main alone, which cleans up and returns ierr.
+/// What a routine throws when the call must end: tier_main turns it into ierr and cleans up.
 /// Never thrown inside a parallel region.
 struct failure {
   int ierr;

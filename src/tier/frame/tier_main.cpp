@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <functional>
 #include <new>
 #include <string>
 
@@ -247,24 +248,29 @@ void solve(call_state& s) {
   if (modified) print_restored_residuals(s.c, res_in, original_residual(s));
 }
 
+int ierr_of(const std::function<int()>& work) {
+  try {
+    return work();
+  } catch (const failure& f) {
+    return f.ierr;
+  } catch (const std::bad_alloc&) {
+    info(message_class::error, "Allocation/Deallocation failed in (tier)");
+    return ierr_allocation;
+  } catch (const std::exception& e) {
+    info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what());
+    return ierr_internal;
+  }
+}
+
 int tier_main(call_arguments& call, run_results& results) {
   const double start = elapsed_time();
-  int ierr = 0;
-  try {
+  const int ierr = ierr_of([&] {
     read_input_parms(call);
     start_performance_meter();
     run_call(call, results);
     print_performance_meter();
-    ierr = last_warning();
-  } catch (const failure& f) {
-    ierr = f.ierr;
-  } catch (const std::bad_alloc&) {
-    info(message_class::error, "Allocation/Deallocation failed in (tier)");
-    ierr = ierr_allocation;
-  } catch (const std::exception& e) {  // nothing may cross the C interface
-    info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what());
-    ierr = ierr_internal;
-  }
+    return last_warning();
+  });
   if (ierr > 0) clean_up("Error_in_tier_main");
   last_call.total_seconds = elapsed_time() - start;
   last_call.nflag = ierr;

@@ -2,6 +2,8 @@
 // called by the control layer.
 #pragma once
 
+#include <functional>
+
 #include "tier/frame/call_arguments.h"
 #include "tier/frame/controls.h"
 
@@ -14,7 +16,11 @@ struct call_state {
   run_results results;
 };
 
-/// Runs a call from the log file to the clean-up. The one place where failures are caught; returns ierr.
+/// ierr of a piece of work: what it returns, or the number of the failure that it throws. Nothing thrown may
+/// cross the C interface.
+int ierr_of(const std::function<int()>& work);
+
+/// Runs a call from the log file to the clean-up; returns ierr.
 int tier_main(call_arguments& call, run_results& results);
 
 /// Steps of a call, for the control layer.

@@ -7,7 +7,6 @@
 #include <string>
 #include <utility>
 
-#include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/input_checks.h"
 #include "tier/frame/parameter_file.h"
@@ -36,12 +35,10 @@ int read_codes(call_arguments& call) {
   const std::string file = input_file_name();
   if (file.empty()) return 0;
   call.file_was_read = true;
-  try {
+  return ierr_of([&] {
     read_assignments(file, call, true);
-  } catch (const failure& f) {
-    return f.ierr;
-  }
-  return 0;
+    return 0;
+  });
 }
 
 bool was_successful(int ierr) {

@@ -285,6 +285,15 @@ TEST(TierInput, DecodesTheCodesOfTheAnalysis) {
   EXPECT_EQ(std::tuple(c.levelx, c.nptmn, c.nrc, c.nrd, c.nru), std::tuple(25, 100, 7, 131, 131));
   EXPECT_EQ(std::tuple(c.ecg, c.ewt, c.etr, c.a_cmplx, c.one_level),
             std::tuple(21.25, 0.2, 12.2, 2.5, false));
+
+  parm::levelx = 1;  // plain sweeps
+  for (const auto& [force, ncyc, ncgrad, nrd] :
+       {std::tuple{false, 1100250, 2, 12}, {false, 1400250, 3, 12}, {true, 1100250, 1, 131}}) {
+    parm::force_accel = force;
+    call.ncyc = ncyc;
+    const tier::controls other = tier::tier_input(call);
+    EXPECT_EQ(std::tuple(other.ncgrad, other.nrd, other.one_level), std::tuple(ncgrad, nrd, true));
+  }
 }
 
 TEST(TierInput, ResolvesUserValues) {

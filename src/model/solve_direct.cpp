@@ -5,12 +5,12 @@
 #include <dmumps_c.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 
 #include "run/failure.h"
-#include "run/platform.h"
 #include "run/streams.h"
 
 namespace keld {
@@ -51,7 +51,10 @@ const char* meaningOf(int code) {
 
 struct DirectSolver::Instance : DMUMPS_STRUC_C {};
 
-int inCoreLimit() { return static_cast<int>(0.9 * static_cast<double>(availableMemory()) / 1e6); }
+int inCoreLimit(std::uint64_t availableBytes) {
+  return static_cast<int>(
+      std::min(0.9 * static_cast<double>(availableBytes) / 1e6, static_cast<double>(INT_MAX)));
+}
 
 std::string scratchFolder(const std::string& baseName) {
   if (const char* chosen = std::getenv("MUMPS_OOC_TMPDIR"); chosen != nullptr && *chosen != '\0')

@@ -2,6 +2,7 @@
 // Called by the analysis driver where solverChoice is 2; the factor serves every further pass.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -12,8 +13,8 @@
 namespace keld {
 
 /// Megabytes (10^6 bytes, as MUMPS counts) that the factorisation may take in memory: 0.9 x available
-/// physical memory, truncated.
-int inCoreLimit();
+/// physical memory, truncated; the greatest integer where that is larger or unknown (all bits set).
+int inCoreLimit(std::uint64_t availableBytes);
 
 /// Folder for a factor on disk: the environment's MUMPS_OOC_TMPDIR, else the folder of the job.
 std::string scratchFolder(const std::string& baseName);

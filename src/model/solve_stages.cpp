@@ -15,6 +15,7 @@
 #include "model/solve_tier.h"
 #include "model/vector3.h"
 #include "run/failure.h"
+#include "run/platform.h"
 #include "run/streams.h"
 #include "run/working_files.h"
 
@@ -45,8 +46,9 @@ void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver
   }
   const double start = seconds();
   if (!solver) {
-    solver = std::make_unique<DirectSolver>(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate),
-                                            inCoreLimit(), scratchFolder(workingFiles.baseName));
+    solver =
+        std::make_unique<DirectSolver>(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate),
+                                       inCoreLimit(availableMemory()), scratchFolder(workingFiles.baseName));
   }
   const double residual = solver->solve(solution.rowSolution);
   vPrintMessage(100, "   Solver= MUMPS  steps= 1  relative residual= %.2e  time= %.2f sec\n", residual,

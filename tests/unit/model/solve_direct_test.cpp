@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <cmath>
 #include <filesystem>
 #include <functional>
@@ -119,6 +120,12 @@ TEST(DirectSolverFolder, IsThatOfTheEnvironmentElseOfTheJob) {
   EXPECT_EQ(scratchFolder("job"), ".");
   ::setenv("MUMPS_OOC_TMPDIR", "/elsewhere", 1);
   EXPECT_EQ(scratchFolder("/a b/job"), "/elsewhere");
+}
+
+TEST(DirectSolverLimit, IsNineTenthsOfTheMemoryAsFarAsAnIntegerGoes) {
+  EXPECT_EQ(inCoreLimit(4'000'000'000), 3600);
+  EXPECT_EQ(inCoreLimit(1'999'999), 1);
+  EXPECT_EQ(inCoreLimit(UINT64_MAX), INT_MAX);  // unknown
 }
 
 struct Refusal {

@@ -10,10 +10,6 @@
 #include <utility>
 #include <vector>
 
-#ifdef _OPENMP
-#include <omp.h>
-#endif
-
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
 #include "input/process_record.h"
@@ -24,6 +20,7 @@
 #include "model/restraint.h"
 #include "model/wedge_element.h"
 #include "run/failure.h"
+#include "run/threads.h"
 #include "run/working_files.h"
 
 namespace keld {
@@ -131,11 +128,7 @@ void addAllElements(bool withMatrix, bool thermal) {
   const long layer = wedgeNumbering.wedgeNodeCount / 2;
 #pragma omp parallel
   {
-#ifdef _OPENMP
-    const long thread = omp_get_thread_num(), threads = omp_get_num_threads();
-#else
-    const long thread = 0, threads = 1;
-#endif
+    const auto [thread, threads] = threadPlace();
     // Nodes are numbered in order of first use, so that a range is a stretch of neighbouring elements as a
     // rule.
     const NodeRange range{static_cast<int>(layer * thread / threads) + 1,

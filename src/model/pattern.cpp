@@ -9,6 +9,7 @@
 #include "model/model_tables.h"
 #include "model/restraint.h"
 #include "run/failure.h"
+#include "run/threads.h"
 
 namespace keld {
 
@@ -19,6 +20,14 @@ namespace {
 
 std::vector<int>
     rowWidth;  // [1..2T] entries of each row of a node; written by the search, read by the layout
+
+/// A table of integers for each thread, numbered from 0. Room is made before the parallel region, where a
+/// failure can be reported; the thread that uses a table clears it with assign(size, 0).
+std::vector<std::vector<int>> threadTables(std::size_t size) {
+  std::vector<std::vector<int>> tables(static_cast<std::size_t>(mostThreads()));
+  for (std::vector<int>& table : tables) table.reserve(size);
+  return tables;
+}
 
 int unknownsAt(int node) { return unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(node)]); }
 
@@ -77,9 +86,12 @@ void countNeighbours(const ElementsAtNode& list) {
   const int layer = wedgeNumbering.wedgeNodeCount / 2;
   std::vector<long>& start = nodeAdjacency.start;
   start.assign(static_cast<std::size_t>(2 * layer) + 2, 0);
+  const std::size_t size = static_cast<std::size_t>(layer) + 1;
+  std::vector<std::vector<int>> marks = threadTables(size);
 #pragma omp parallel
   {
-    std::vector<int> mark(static_cast<std::size_t>(layer) + 1, 0);
+    std::vector<int>& mark = marks[static_cast<std::size_t>(threadPlace().number)];
+    mark.assign(size, 0);
 #pragma omp for schedule(static)
     for (int n = 1; n <= layer; ++n) {
       const int count = 2 * countLowerNeighbours(n, list, mark);
@@ -135,10 +147,14 @@ void patternSearch() {
   nodeAdjacency.neighbour.resize(static_cast<std::size_t>(nodeAdjacency.start.back()));
   elementBlockOffset.resize(static_cast<std::size_t>(elementTable.partElementCount) + 1);
   rowWidth.assign(static_cast<std::size_t>(nodes) + 1, 0);
+  const std::size_t size = static_cast<std::size_t>(nodes) + 1;
+  std::vector<std::vector<int>> marks = threadTables(size), offsets = threadTables(size);
 #pragma omp parallel
   {
-    std::vector<int> mark(static_cast<std::size_t>(nodes) + 1, 0),
-        offset(static_cast<std::size_t>(nodes) + 1);
+    const auto thread = static_cast<std::size_t>(threadPlace().number);
+    std::vector<int>&mark = marks[thread], &offset = offsets[thread];
+    mark.assign(size, 0);
+    offset.assign(size, 0);
 #pragma omp for schedule(static)
     for (int n = 1; n <= layer; ++n) {
       fillNode(n, layer, list, mark, offset);

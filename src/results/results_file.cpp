@@ -89,9 +89,11 @@ std::string blockHead(const char* tag, const char* gap, std::initializer_list<in
 
 /// Rows 1 to N in order. Threads format parts of a band of rows, the band is then written.
 void writeRows(PendingFile& file, ResultBlock block) {
-  constexpr int rows_of_part = 1024, parts = 32;
+  constexpr int rows_of_part = 1024, parts = 32, longest_row = 96;
   const int count = wedgeNumbering.geometryNodeCount;
   std::vector<std::string> text(parts);
+  // Room is made here: a failure within the parallel region could not be reported.
+  for (std::string& part : text) part.reserve(std::size_t{rows_of_part} * longest_row);
   for (int bandStart = 1; bandStart <= count; bandStart += rows_of_part * parts) {
 #pragma omp parallel for schedule(static)
     for (int part = 0; part < parts; ++part) {

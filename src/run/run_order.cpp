@@ -2,10 +2,6 @@
 // Called by the entry point.
 #include "run/run_order.h"
 
-#ifdef _OPENMP
-#include <omp.h>
-#endif
-
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -14,8 +10,10 @@
 #include "input/mesh_tables.h"
 #include "model/model_stage.h"
 #include "results/results_stage.h"
+#include "run/blas_workspace.h"
 #include "run/platform.h"
 #include "run/streams.h"
+#include "run/threads.h"
 #include "run/working_files.h"
 
 namespace keld {
@@ -57,17 +55,9 @@ void writeHead() {
   vPrintMessage(1, "\n# KELD ANALYSIS #\n");
 }
 
-int runtimeThreads() {
-#ifdef _OPENMP
-  return omp_get_max_threads();
-#else
-  return 1;
-#endif
-}
-
 /// Processors, threads of the runtime and the count that the limit leaves; reported, and that is all.
 void writeMachine(int threadLimit) {
-  const int most = runtimeThreads();
+  const int most = mostThreads();
   vPrintMessage(1, " # System machine information - Number of processor= %3d\n\n", processorCount());
   vPrintMessage(1, " # Maximum number of treads of the run-time system= %3d\n\n", most);
   vPrintMessage(1, " # Number of processor available of running process= %3d\n\n",
@@ -98,6 +88,7 @@ void runAnalysis(const CommandLine& line) {
   writeBanner();
   emptyMessageFiles();
   writeHead();
+  takeBlasWorkspace();
 
   inputStage();
   writeMachine(line.threadLimit);

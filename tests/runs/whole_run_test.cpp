@@ -85,6 +85,25 @@ INSTANTIATE_TEST_SUITE_P(Surroundings, WholeRun,
                                          Surroundings{"OneThread", "job", "OMP_NUM_THREADS=1", "</dev/null"}),
                          [](const auto& where) { return std::string(where.param.name); });
 
+// Nothing hangs and nothing is half-written where memory ends in reading, in a parallel region or in a
+// library.
+TEST(WholeRun, TooLittleMemoryEndsTheRun) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers map far more than any limit";
+#endif
+  const ScratchJob job = caseJob("ribbed-everything");
+  int finished = 0;
+  for (const int megabytes : {170, 240, 300, 330, 360, 400, 100000}) {
+    job.remove(".WR1");
+    const ScratchJob::Outcome outcome = job.run("ulimit -v " + std::to_string(megabytes * 1024) +
+                                                "; OMP_NUM_THREADS=2 OPENBLAS_NUM_THREADS=2 timeout 20");
+    EXPECT_THAT(outcome.status, testing::AnyOf(0, 1)) << megabytes << " MB: " << outcome.console;
+    EXPECT_EQ(job.has(".WR1"), outcome.status == 0) << megabytes;
+    finished += outcome.status == 0;
+  }
+  EXPECT_GE(finished, 1);
+}
+
 /// Two plates side by side: three nodes hold one of them, the other has no place.
 TEST(WholeRun, APartInTwoPiecesIsRefused) {
   part_maker::Mesh mesh = part_maker::makeMesh({.triangles = 2000});

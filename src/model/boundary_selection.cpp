@@ -34,7 +34,7 @@ std::vector<int> partNodes() {
 Vector3 meanPosition(const std::vector<int>& nodes) {
   Vector3 sum{};
   for (int node : nodes) sum = sum + positionOf(node);
-  return (1.0 / static_cast<double>(nodes.size())) * sum;
+  return sum / static_cast<double>(nodes.size());
 }
 
 /// The earliest node nearest to a point.

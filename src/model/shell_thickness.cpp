@@ -12,8 +12,6 @@ namespace keld {
 
 namespace {
 
-bool isTriangle(int e) { return elementTable.node3[e] != 0; }
-
 template <class Visit>
 void forEachTriangle(Visit visit) {
   for (int e = 1; e <= elementTable.elementCount; ++e)
@@ -48,7 +46,7 @@ double meanOfNeighbours(const IncidenceLists& neighbours, int e, Condition takes
 
 Vector3 centroid(int e) {
   const auto corner = cornersOf(e);
-  return (1.0 / 3.0) * (corner[0] + corner[1] + corner[2]);
+  return (corner[0] + corner[1] + corner[2]) / 3.0;
 }
 
 /// Replaces each triangle's thickness by the mean of its neighbours when all of them (one at least) satisfy

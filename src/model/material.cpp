@@ -38,7 +38,7 @@ Phase matrixPhase(const PolymerRecord& polymer) {
 }
 
 /// Elastic constants of aligned fibres of volume fraction v in an isotropic matrix: Halpin-Tsai for E11 and
-/// E22, composite cylinders for G12, Hill's bound for G23, the rule of mixtures for nu12.
+/// E22, composite cylinders for G12, Hill's bound in its dilute form for G23, the rule of mixtures for nu12.
 ElasticConstants filledElastic(const Phase& matrix, const Phase& filler, double v) {
   const double gm = matrix.shear(), gf = filler.shear(), km = matrix.bulk();
   const double ratio = filler.e / matrix.e;

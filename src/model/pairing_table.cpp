@@ -2,6 +2,8 @@
 #include "model/pairing_table.h"
 
 #include <cmath>
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "input/mesh_tables.h"
@@ -19,6 +21,9 @@ struct PairingRow {
 };
 
 bool readFromFile() {
+  std::error_code none;
+  if (!std::filesystem::is_regular_file(workingFiles.baseName, none))
+    return false;  // a folder may have the name
   if (!fileReadable(workingFiles.baseName)) return false;
   return readPairingTable(TextReader::open(workingFiles.baseName));
 }

@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include "input/mesh_tables.h"
-#include "model/vector3.h"
 #include "model/shell_tables.h"
+#include "model/vector3.h"
 #include "run/working_files.h"
 
 namespace keld {
@@ -173,8 +173,9 @@ void writeScratchFile() {
 bool readScratchFile() {
   std::ifstream file(workingFiles.baseName, std::ios::binary);
   if (!file) return false;
-  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  return acceptScratchFile(bytes);
+  std::ostringstream bytes;
+  bytes << file.rdbuf();  // nothing where a folder has the name
+  return acceptScratchFile(bytes.view());
 }
 
 }  // namespace keld

@@ -495,7 +495,10 @@ TEST_F(ShellTest, TheProgramIsStartedWithItsWordsAndItsTableIsRead) {
 
 TEST_F(ShellTest, AMissingProgramOrAWrongTableLeavesTheMeshAlone) {
   makePair();
+  fs::create_directory(workingFiles.baseName);
+  EXPECT_FALSE(readScratchFile());
   obtainPairingTable();
+  fs::remove(workingFiles.baseName);
   EXPECT_EQ(elementTable.thickness[2], 0.2);
   writeTool(folder_, "#!/bin/sh\nprintf '1 2 0.31\\n' > \"$1\"\n");
   obtainPairingTable();

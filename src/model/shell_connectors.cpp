@@ -14,12 +14,6 @@ namespace keld {
 
 namespace {
 
-bool isTriangle(int e) { return elementTable.node3[e] != 0; }
-
-std::array<int, 3> nodesOf(int e) {
-  return {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]};
-}
-
 double normalCosine(int e, int k) {
   return std::abs(elementTable.nx[e] * elementTable.nx[k] + elementTable.ny[e] * elementTable.ny[k] +
                   elementTable.nz[e] * elementTable.nz[k]);
@@ -52,14 +46,14 @@ class ConnectorMaker {
       if (!isTriangle(e) || !unflagged(e) || p <= 0 || !isTriangle(p) || !unflagged(p)) continue;
       const double cosine = normalCosine(e, p);
       if (rules.cosineMayBeEqual ? cosine < rules.leastCosine : cosine <= rules.leastCosine) continue;
-      for (const int a : nodesOf(e)) tryCorner(pass, e, p, a);
+      for (const int a : cornerNodesOf(e)) tryCorner(pass, e, p, a);
     }
   }
 
  private:
   /// Nearest corner of p, a tie going to the later one; 0 when none is in reach.
   int nearestCorner(int p, int a, double& length) const {
-    const auto corners = nodesOf(p);
+    const auto corners = cornerNodesOf(p);
     length = radius_;
     int nearest = 0;
     for (const int b : corners) {
@@ -144,7 +138,7 @@ class ConnectorMaker {
     high_.assign(count, {0.0, 0.0, 0.0});
     for (int e = 1; e <= elementTable.elementCount; ++e) {
       if (!isTriangle(e)) continue;
-      const auto corners = nodesOf(e);
+      const auto corners = cornerNodesOf(e);
       const Vector3 first = positionOf(corners[0]);
       for (int axis = 0; axis < 3; ++axis) {
         low_[e][axis] = first[axis] - 1e-5;
@@ -185,7 +179,7 @@ EndThickness thicknessAtEnds(const IncidenceLists& elementsAtNode, int p, int q)
   const int *iEnd = elementsAtNode.end(p), *jEnd = elementsAtNode.end(q);
   while (i != iEnd || j != jEnd) {
     const int e = j == jEnd || (i != iEnd && *i <= *j) ? *i : *j;
-    for (const int corner : nodesOf(e))
+    for (const int corner : cornerNodesOf(e))
       if (corner == p || corner == q) {
         result.sum += elementTable.thickness[e];
         ++result.count;
@@ -253,16 +247,13 @@ void filterConnectors() {
 
   const IncidenceLists elementsAtNode = elementsAtNodes(true);
   int kept = elementTable.elementCount;
-  double wall = 0.0,
-         ratio = 0.0;  // keep their values from row to row when a row has no thickness at its ends
+  double wall = 0.0, ratio = 0.0;  // keep their values from row to row where a row gives none
   for (int row = kept + 1; row <= shell.runningCount; ++row) {
     const double length = elementTable.area[row];
     const EndThickness ends =
         thicknessAtEnds(elementsAtNode, elementTable.node1[row], elementTable.node2[row]);
-    if (ends.count > 0) {
-      wall = ends.sum / ends.count;
-      if (wall > 1e-10) ratio = length / wall;
-    }
+    if (ends.count > 0) wall = ends.sum / ends.count;
+    if (wall > 1e-10) ratio = length / wall;
     const bool tooLong = ratio > 3.0 || (meanLength > 1e-10 && length / meanLength > 3.0) ||
                          length / geometry.largestExtent > 0.5;
     if (tooLong) continue;

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "input/mesh_tables.h"
+#include "model/mesh_access.h"
 
 namespace keld {
 
@@ -11,19 +11,13 @@ ShellTables shell;
 
 namespace {
 
-std::array<int, 3> nodesOf(int e) {
-  return {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]};
-}
-
 bool holds(int e, int node) {
   return elementTable.node1[e] == node || elementTable.node2[e] == node || elementTable.node3[e] == node;
 }
 
-bool isTriangle(int e) { return elementTable.node3[e] != 0; }
-
 template <class Visit>
 void forEachDistinctCorner(int e, Visit visit) {
-  const auto c = nodesOf(e);
+  const auto c = cornerNodesOf(e);
   visit(c[0]);
   if (c[1] != c[0]) visit(c[1]);
   if (c[2] != 0 && c[2] != c[0] && c[2] != c[1]) visit(c[2]);
@@ -36,7 +30,7 @@ int withShorterList(const IncidenceLists& lists, int nodeA, int nodeB) {
 
 template <class Visit>
 void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit visit) {
-  const auto c = nodesOf(e);
+  const auto c = cornerNodesOf(e);
   for (int edge = 0; edge < 3; ++edge) {
     const int a = c[edge], b = c[(edge + 1) % 3];
     const int shorter = withShorterList(trianglesAtNode, a, b);

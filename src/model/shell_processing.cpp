@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "input/mesh_tables.h"
+#include "model/mesh_access.h"
 #include "model/pairing_table.h"
 #include "model/scratch_file.h"
 #include "model/shell_connectors.h"
@@ -15,8 +15,6 @@
 namespace keld {
 
 namespace {
-
-bool isTriangle(int e) { return elementTable.node3[e] != 0; }
 
 void clearTables() {
   const std::size_t elements = static_cast<std::size_t>(elementTable.elementCount) + 1;

@@ -14,11 +14,9 @@ struct ShellTables {
   std::vector<int> elementPartner;     // element across the wall, 0: none
   std::vector<char> elementSplitFlag;  // 1: thick element, which takes no part in pairing
   std::vector<int> elementKind;        // 1 element of the file, -1 connector of passes 1 and 2, -2 of pass 3
-  std::vector<int>
-      partElementNumber;             // file's element number to compact number; written by the prior results
-  std::vector<char> thicknessClass;  // per node 0, 1 or 2
-  std::vector<char> featureNode;     // per node 0 or 1
-  std::vector<int> connectorUse;     // per node, connectors that end there
+  std::vector<char> thicknessClass;    // per node 0, 1 or 2
+  std::vector<char> featureNode;       // per node 0 or 1
+  std::vector<int> connectorUse;       // per node, connectors that end there
   double characteristicThickness = 0.0;  // cm
 };
 

@@ -67,6 +67,8 @@ void read_approach(controls& c, const call_arguments& call) {
   c.nint_pat = d[8] == 0 ? 1 : d[8];
   read_smoother(c, d[2]);
   choose_approach(c, d[1]);
+  if (c.nsys == 1 && norm_based(c))
+    fail(ierr_inconsistent_input, "Norm-based approach not meaningful in scalar case!");
 }
 
 }  // namespace tier

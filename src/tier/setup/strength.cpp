@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tier/frame/approach_code.h"
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
@@ -67,6 +68,7 @@ primary_options primary_options_of(const controls& c) {
 
 void check_approach(const controls& c) {
   if (c.nstyp == 1 && c.nprim != 0) inconsistent("Incorrect INTERNAL setting: nprim must be 0 for nstyp=1 !");
+  if (c.nstyp == 1 && norm_based(c)) inconsistent("Norm-based approach not meaningful for nstyp=1!");
   if (c.nstyp == 2 && c.internal > 0)
     inconsistent("Unknown-based approaches do not allow for an", "internally defined primary matrix!");
   if (c.nstyp == 2 && c.nprim != 0)
@@ -82,11 +84,9 @@ couplings primary_couplings(level& lv) { return {lv.npnts, lv.ib, lv.jb, lv.b, {
 
 void check_released(const controls& c, const setup_controls& s) {
   if (s.nred >= 5) not_released("nred");
-  if (c.nstyp == 3) {
-    if (c.internal == 1) fail(ierr_missing_variable, "No coordinates available (setup_i)!");
-    if (c.internal == 2) fail(ierr_not_released, "Requested approach not yet implemented!");
-    if (c.internal >= 5) not_released("internal");
-  }
+  if (c.internal == 1) fail(ierr_missing_variable, "No coordinates available (setup_i)!");
+  if (c.internal == 2) fail(ierr_not_released, "Requested approach not yet implemented!");
+  if (c.internal >= 5) not_released("internal");
   if (c.nint_weights == 2 || c.nint_weights == 3)
     fail(ierr_missing_variable, "Coordinates are not available (pwint1_ca)");
   if (c.nint_weights == 5)

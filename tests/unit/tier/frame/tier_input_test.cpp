@@ -101,6 +101,8 @@ INSTANTIATE_TEST_SUITE_P(
              [](tier_call& x) { x.nsolve = 19; }},
         Case{"Internal", 20, "Illegal value of parameter <internal>6>!",
              [](tier_call& x) { x.nsolve = 307; }},
+        Case{"ScalarNorms", 50, "Norm-based approach not meaningful in scalar case!",
+             [](tier_call& x) { x.nsolve = 103; }},
         Case{"Nprim", 20, "Illegal value of parameter <nprim>!", [](tier_call& x) { x.nsolve = 30005; }},
         Case{"NintWeights", 20, "Illegal value of parameter <nint_weights>5>!",
              [](tier_call& x) { x.nsolve = 3000006; }},

@@ -171,6 +171,13 @@ INSTANTIATE_TEST_SUITE_P(Digits, Refused,
                                          refusal{"CoordinatesOfPoints", [](auto& c) { c.internal = 1; }, 30},
                                          refusal{"Positions", [](auto& c) { c.internal = 2; }, 80},
                                          refusal{"TestApproach", [](auto& c) { c.internal = 6; }, 80},
+                                         refusal{"NormsVariableBased",
+                                                 [](auto& c) {
+                                                   c.nstyp = 1;
+                                                   c.nprim = 0;
+                                                   c.internal = 3;
+                                                 },
+                                                 50},
                                          refusal{"NoPrimary", [](auto& c) { c.nprim = 0; }, 50},
                                          refusal{"PrimaryInUnknownBased", [](auto& c) { c.nstyp = 2; }, 50},
                                          refusal{"SameForAllWithoutPrimary",

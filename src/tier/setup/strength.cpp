@@ -93,7 +93,7 @@ void check_released(const controls& c, const setup_controls& s) {
     fail(ierr_not_released, "Selected type of interpolation weights not yet implemented!");
   if (c.nint_weights != 1 || c.nint_pat != 1)
     fail(ierr_not_released, "Requested type of interpolation not (yet) released (driver_int)");
-  if (s.itint > 0 && c.nstyp == 3 && c.nint_force != 1)
+  if (s.itint > 0 && c.nstyp == 3 && c.nint_force == 3)
     fail(ierr_not_released, "Requested Jacobi interpolation not (yet) released (driver_int)");
 }
 

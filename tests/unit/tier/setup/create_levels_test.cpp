@@ -395,6 +395,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Convergence,
                                          convergence_case{"UnknownBased", 2, 0, 0, 4, 2, 8},
                                          convergence_case{"PointsSeparate", 3, 1, 0, 1, 2, 8},
                                          convergence_case{"PointsSame", 3, 2, 3, 1, 2, 8},
+                                         convergence_case{"PointsSameImproved", 3, 2, 0, 1, 21, 8},
                                          convergence_case{"PointsBlocks", 3, 3, 4, 1, 2, 8},
                                          convergence_case{"BlocksMultipass", 3, 3, 0, 1, 4, 8}),
                          [](const auto& c) { return std::string(c.param.name); });

@@ -2,6 +2,7 @@
 #include "tier/setup/driver_int.h"
 
 #include <cstdio>
+#include <string>
 
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
@@ -41,10 +42,16 @@ void record_rows(const level& lv, level_record& r) {
 }
 
 void print_rows(const level_record& r, int nwtint) {
-  char line[160];
-  std::snprintf(line, sizeof line, "pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f   #vars->C= %d", nwtint,
-                r.ratio, r.mean_weights, r.turned_c);
-  message(line);
+  const multipass_counts& n = r.multipass;
+  char rows[80], changes[60];
+  std::snprintf(rows, sizeof rows, "pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f", nwtint, r.ratio,
+                r.mean_weights);
+  if (n.attempts > 0) {
+    std::snprintf(changes, sizeof changes, "  #att=%d #passes=%d", n.attempts, n.passes);
+  } else {
+    std::snprintf(changes, sizeof changes, "   #vars->C= %d", r.turned_c);
+  }
+  message(std::string(rows) + changes);
 }
 
 void report_improvement(const improvement_counts& n) {
@@ -60,7 +67,8 @@ void interpolate_variables(setup_state& t, int k) {
   {
     const timed time(phase::pwint);
     if (o.nwtint == 4) {
-      r.turned_c = pwint2_aa(lv, o, t.own_unknown(), t.by_points()).turned_c;
+      r.multipass = pwint2_aa(lv, o, t.own_unknown(), t.by_points());
+      r.turned_c = r.multipass.turned_c;
     } else {
       r.turned_c = pwint1_aa(lv, o, t.own_unknown(), t.by_points());
     }

@@ -80,6 +80,7 @@ bool interpolation_row::eliminate_weights(int j, const weight_rows& old) {
 bool interpolation_row::take(int i, const weight_rows& old) {
   i_ = i;
   size_ = 1;
+  zero_row_sum_ = false;
   if (old.iw[i + 1] - old.iw[i] >= capacity_) return false;
   for (int p = old.iw[i]; p < old.iw[i + 1]; ++p) {
     ++size_;
@@ -164,10 +165,8 @@ interpolation_row::sums interpolation_row::sum_slots() const {
 void interpolation_row::scale_to_unit_row_sum() {
   double sum = 0.0;
   for (int s = 2; s <= size_; ++s) sum += value_[s];
-  if (sum == 0.0) {
-    ++zero_row_sums;
-    return;
-  }
+  zero_row_sum_ = sum == 0.0;
+  if (zero_row_sum_) return;
   for (int s = 2; s <= size_; ++s) value_[s] /= sum;
 }
 

@@ -71,9 +71,8 @@ class interpolation_row {
   /// Clears slot_of of a row that is given up.
   void abandon();
 
-  int zero_row_sums = 0;  // rows that could not be scaled to row sum 1
-
   int row() const { return i_; }
+  bool zero_row_sum() const { return zero_row_sum_; }  // the row could not be scaled to row sum 1
   bool has_slot(int j) const { return slot_of_[j] != 0; }
   double value_of(int j) const { return value_[slot_of_[j]]; }
   int size() const { return size_; }
@@ -116,6 +115,7 @@ class interpolation_row {
   int capacity_;
   int i_ = 0;
   int size_ = 0;
+  bool zero_row_sum_ = false;
 };
 
 }  // namespace tier

@@ -8,6 +8,7 @@
 #include "tier/frame/controls.h"
 #include "tier/frame/hierarchy.h"
 #include "tier/setup/pcol.h"
+#include "tier/setup/pwint_aa.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/setup_controls.h"
 
@@ -17,9 +18,10 @@ namespace tier {
 struct level_record {
   strength_counts strength;
   split_counts split;
-  int turned_c = 0;           // F -> C by the interpolation
-  double ratio = 0.0;         // C-variables after it / variables
-  double mean_weights = 0.0;  // length of an F row
+  int turned_c = 0;            // F -> C by the interpolation
+  double ratio = 0.0;          // C-variables after it / variables
+  double mean_weights = 0.0;   // length of an F row
+  multipass_counts multipass;  // attempts 0 for other interpolations
 };
 
 /// Counters of a whole set-up.

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
+
+#include "tier/frame/info.h"
 
 namespace tier {
 
@@ -100,6 +103,7 @@ bool weight_assembly::keep(part& p, const interpolation_row& row) {
     p.values[p.used] = row.weight(s);
   }
   lv_.iw[row.row() + 1] = entries;
+  p.zero_row_sums += row.zero_row_sum();
   return true;
 }
 
@@ -137,8 +141,12 @@ int weight_assembly::join() {
   lv_.iw[1] = 1;
   for (int i = 1; i <= lv_.n; ++i) lv_.iw[i + 1] += lv_.iw[i];
   const std::int64_t entries = lv_.iw[lv_.n + 1] - 1;
-  int turned = 0;
-  for (const auto& p : parts_) turned += p->turned;
+  int turned = 0, zero_row_sums = 0;
+  for (const auto& p : parts_) {
+    turned += p->turned;
+    zero_row_sums += p->zero_row_sums;
+  }
+  if (zero_row_sums > 0) info(message_class::note, "wrowsum=0 in rows: " + std::to_string(zero_row_sums));
   if (team() == 1) {
     lv_.jw.swap(parts_[0]->columns);
     lv_.w.swap(parts_[0]->values);

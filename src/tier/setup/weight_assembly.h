@@ -54,7 +54,8 @@ class weight_assembly {
   /// Rows lo..hi and the scratch to build them.
   struct part {
     int lo = 1, hi = 0, next = 1;
-    int turned = 0;  // variables that become C
+    int turned = 0;         // variables that become C
+    int zero_row_sums = 0;  // rows that stay unscaled
     bool row_full = false, store_full = false;
     int slots = 0;          // room for the row under construction
     std::int64_t used = 0;  // entries in the store

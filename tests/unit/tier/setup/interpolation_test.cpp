@@ -140,6 +140,26 @@ TEST(Pwint1, EliminatesStrongFineNeighbours) {
   }
 }
 
+// Elimination of 3 brings +1 to C-variable 4 beside -1 at 2: the weights 1/4 and -1/4 can't be scaled to 1.
+TEST(Pwint1, ReportsARowSumOfZero) {
+  sparse_system s;
+  s.add_row(4.0, {{2, -1.0}, {3, -1.0}});
+  s.add_row(1.0, {});
+  s.add_row(1.0, {{4, 1.0}});
+  s.add_row(1.0, {});
+  tier::strength_options strength;
+  strength.ncgtyp = 2;
+  prepared_level p(s, std::vector{-1, 1, -1, 1}, strength);
+  tier::interpolation_options o;
+  o.unit_row_sum = true;
+  testing::internal::CaptureStdout();
+
+  tier::pwint1_aa(p.lv, o, false, false);
+
+  expect_row(p.weights(1), {{2, 0.25}, {4, -0.25}});
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("wrowsum=0 in rows: 1"));
+}
+
 // Row 3 has a positive coupling alone, to C-variable 1, which couples strongly with C-variable 2:
 //   2 e3 + e1 = 0, e1 - e2 = 0  =>  e3 = -e2 / 2; row 4 has no coupling at all.
 TEST(Pwint1, ExtendsRowsWithoutStrongCouplings) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 #include "tier/frame/work_arrays.h"
 
@@ -34,6 +35,7 @@ struct level {
   work_array<int> ibcg;    // [1..npnts]
   work_array<int> ib, jb;  // primary matrix
   work_array<double> b;
+  std::int64_t primary_rows = 0, primary_entries = 0;  // of the primary matrix that set-up has freed
 
   work_array<int> own_ia, own_ja, own_iu, own_ip;
   work_array<double> own_a, own_u, own_f;

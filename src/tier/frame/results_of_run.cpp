@@ -39,8 +39,8 @@ complexities measure(const hierarchy& h, const controls& c) {
     points += l.npnts;
     entries += l.entries();
     visited += visits(c.igam, k) * l.entries();
-    primary += static_cast<double>(l.b.size());
-    primary_rows += static_cast<double>(std::max<std::int64_t>(l.ib.size() - 1, 0));
+    primary += static_cast<double>(l.primary_entries);
+    primary_rows += static_cast<double>(l.primary_rows);
     if (k == m.levels) continue;
     weights += static_cast<double>(l.w.size());
     interpolated += l.n;
@@ -48,7 +48,7 @@ complexities measure(const hierarchy& h, const controls& c) {
   const double n1 = h(1).n, entries1 = h(1).entries(), points1 = h(1).npnts;
   m.a_cmplx = ratio(entries, entries1);
   m.a_avrge = ratio(entries, n);
-  m.b_cmplx = ratio(primary, static_cast<double>(h(1).b.size()));
+  m.b_cmplx = ratio(primary, static_cast<double>(h(1).primary_entries));
   m.b_avrge = ratio(primary, primary_rows);
   m.ib_cmplx = ratio(primary_rows, points1);
   m.g_cmplx = ratio(n, n1);

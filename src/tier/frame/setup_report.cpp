@@ -60,8 +60,8 @@ void print_dimensions(const hierarchy& h, const controls& c) {
   const work_dimensions provided = tier_dimensions(c), used = used_dimensions(h, h.levels_created);
   std::int64_t b = 0, ib = 0;
   for (int k = 1; k <= h.levels_created; ++k) {
-    b += h(k).b.size();
-    ib += h(k).ib.size();
+    b += h(k).primary_entries;
+    ib += h(k).primary_rows;
   }
   const auto share = [](double complexity, std::int64_t base) {
     return static_cast<std::int64_t>(complexity * static_cast<double>(base));
@@ -69,8 +69,8 @@ void print_dimensions(const hierarchy& h, const controls& c) {
   message("req. dimensioning:", 1);
   print_line("1st level:  nna = %d, nnu = %d", c.nna, c.nnu);
   print_dimension("ndima", used.a, provided.a);
-  print_dimension("ndimb", b, share(c.b_cmplx, h(1).b.size()));
-  print_dimension("ndimib", ib, share(c.ib_cmplx, h(1).ib.size()));
+  print_dimension("ndimb", b, share(c.b_cmplx, h(1).primary_entries));
+  print_dimension("ndimib", ib, share(c.ib_cmplx, h(1).primary_rows));
   print_dimension("ndimu", used.u, provided.u);
   print_dimension("ndimv", used.v, provided.v);
   print_dimension("ndimw", used.w, provided.w);

@@ -47,6 +47,9 @@ void release_interpolation(level& lv) {
 
 /// The primary matrix serves its own level's coarsening alone.
 void release_points(level& lv) {
+  const bool had_matrix = lv.ib.size() > 0;
+  lv.primary_rows = had_matrix ? lv.npnts : 0;
+  lv.primary_entries = had_matrix ? lv.ib[lv.npnts + 1] - 1 : 0;
   lv.ibcg.release();
   lv.ib.release();
   lv.jb.release();

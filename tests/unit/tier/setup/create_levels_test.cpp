@@ -15,6 +15,7 @@
 #include "support/tier/sparse_system.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
+#include "tier/frame/results_of_run.h"
 #include "tier/frame/threads.h"
 
 namespace {
@@ -265,6 +266,7 @@ TEST_P(PointBased, PointsStayTogether) {
 
   ASSERT_GE(h.levels_created, 2) << tier::latest_setup().stop;
   expect_sound(h, true, nint_force != 3);
+  EXPECT_EQ(tier::measure(h, c).b_cmplx > 1.0, internal > 0);
   for (int k = 1; k < h.levels_created; ++k) {
     const tier::level& lv = h(k);
     for (int i = 2; i <= lv.n; ++i) {

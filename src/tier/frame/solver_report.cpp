@@ -22,33 +22,6 @@ std::string milu_weight() {
   return text;
 }
 
-void print_smoother(const controls& c) {
-  switch (c.nxtyp) {
-    case 0:
-      message(c.nstyp == 1 ? "Smoothing:  Gauss-Seidel, variable-wise"
-                           : "Smoothing:  Gauss-Seidel, unknown-wise");
-      break;
-    case 1:
-      message("Smoothing:  " + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
-      break;
-    case 2:
-      print_line("Smoothing:  ILUT(%d,%g)", parm::lfil_smo, parm::droptol_smo);
-      break;
-    case 3:
-      print_line("Smoothing:  %s(%d,%g)", parm::milu != 0 ? "MILUTP" : "ILUTP", parm::lfil_smo,
-                 parm::droptol_smo);
-      break;
-    case 5:
-      print_line("Smoothing:  Gauss-Seidel, block-wise, pivoting(%d)", parm::ibgs_pivot);
-      break;
-    case 6:
-      message("Smoothing:  Block-" + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
-      break;
-    default:
-      break;
-  }
-}
-
 void print_sweeps(const char* side, int code) {
   const sweep_code sweeps = decode_sweeps(code);
   int jacobi = 0, gauss_seidel = 0;
@@ -96,9 +69,37 @@ void print_acceleration(const controls& c) {
                c.iter_pre);
 }
 
-void print_coarsest(const hierarchy& h, const controls& c) {
+}  // namespace
+
+void print_smoother(const controls& c) {
+  switch (c.nxtyp) {
+    case 0:
+      message(c.nstyp == 1 ? "Smoothing:  Gauss-Seidel, variable-wise"
+                           : "Smoothing:  Gauss-Seidel, unknown-wise");
+      break;
+    case 1:
+      message("Smoothing:  " + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
+      break;
+    case 2:
+      print_line("Smoothing:  ILUT(%d,%g)", parm::lfil_smo, parm::droptol_smo);
+      break;
+    case 3:
+      print_line("Smoothing:  %s(%d,%g)", parm::milu != 0 ? "MILUTP" : "ILUTP", parm::lfil_smo,
+                 parm::droptol_smo);
+      break;
+    case 5:
+      print_line("Smoothing:  Gauss-Seidel, block-wise, pivoting(%d)", parm::ibgs_pivot);
+      break;
+    case 6:
+      message("Smoothing:  Block-" + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
+      break;
+    default:
+      break;
+  }
+}
+
+void print_coarsest_choice(const controls& c) {
   if (c.nrc == no_coarse_solution) return message("Coarse level: no solution");
-  print_line("Coarse level: size = %d", h(h.levels_used).n);
   if (c.nrc <= 5)
     print_line("Coarse level: Iterative solution (max:%d, stop: %g) by", parm::itmax_conv, parm::conv_stop);
   else if (c.nrc != 9)
@@ -141,8 +142,6 @@ void print_coarsest(const hierarchy& h, const controls& c) {
   }
 }
 
-}  // namespace
-
 void print_solver_information(const hierarchy& h, const controls& c) {
   if (c.out_level < 1) return;
   message("AMG solver information", 1);
@@ -153,7 +152,9 @@ void print_solver_information(const hierarchy& h, const controls& c) {
     print_sweeps("Post", c.nru);
   }
   print_acceleration(c);
-  if (c.igam <= 4) print_coarsest(h, c);
+  if (c.igam > 4) return;
+  if (c.nrc != no_coarse_solution) print_line("Coarse level: size = %d", h(h.levels_used).n);
+  print_coarsest_choice(c);
 }
 
 }  // namespace tier

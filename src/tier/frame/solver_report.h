@@ -1,4 +1,4 @@
-// The methods of the solution phase in words. Called by tier_main before cycling.
+// The methods of the solution phase in words. Called by tier_main before cycling, and by the set-up report.
 #pragma once
 
 #include "tier/frame/controls.h"
@@ -9,5 +9,9 @@ namespace tier {
 /// At an iout level of 1 or more: basic method, smoothing, acceleration and coarsest-level solution, as
 /// solve_data left them.
 void print_solver_information(const hierarchy& h, const controls& c);
+
+/// The lines of the smoother and of the method on the coarsest level, whatever the print level.
+void print_smoother(const controls& c);
+void print_coarsest_choice(const controls& c);
 
 }  // namespace tier

@@ -6,6 +6,7 @@
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
+#include "tier/frame/solver_report.h"
 #include "tier/setup/create_levels.h"
 #include "tier/setup/setup_controls.h"
 
@@ -46,8 +47,9 @@ void report_point_based(const controls& c) {
   report_primary_matrix(c);
   message(std::string(indent) + "strong couplings - based on P");
   message(std::string(indent) + "interpolation    - " + forces[static_cast<std::size_t>(c.nint_force - 1)]);
-  const char* pattern = "SW-pattern of P";
-  if (c.nint_pat == 1)
+  constexpr int block_wise = 3;
+  const char* pattern = "SW-pattern of P";  // blocks follow the strong points
+  if (c.nint_pat == 1 && !(c.nint_force == block_wise && c.internal > 0))
     pattern = c.nint_force == 1 ? "SW-pattern of each A_[i,i]" : "SW-pattern of A_[nprim,nprim]";
   message(std::string(deep_indent) + pattern);
 }
@@ -99,6 +101,8 @@ void crsng_data(const controls& c) {
   if (c.dump_level < 0) return;
   message("======================", 1);
   message("AMG setup information");
+  print_smoother(c);
+  print_coarsest_choice(c);
   report_approach(c);
   report_weights(c.nint_weights);
   report_galerkin(c);

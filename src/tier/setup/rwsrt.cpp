@@ -328,8 +328,9 @@ void print_strength_counts(const strength_counts& n, int ncgtyp) {
   const auto line = [](const std::string& text, int count) {
     if (count > 0) message(text + std::to_string(count));
   };
-  line(head + "Dirichlet:  ", n.dirichlet);
-  line(head + "strong diagdom:", n.diagdom);
+  if (n.dirichlet > 0 || n.diagdom > 0)
+    message(head + "Dirichlet:  " + std::to_string(n.dirichlet) +
+            " # strong diagdom:" + std::to_string(n.diagdom));
   line(head + "rows STRONGLY violating diagdom:        ", n.violating);
   line(head + "rows with non-positive diagonal entry:  ", n.nonpositive);
   line(head + "(remaining!) rows with ONLY pos entries:", n.only_positive);

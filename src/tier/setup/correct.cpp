@@ -38,7 +38,6 @@ int count_nonpositive(const level& coarse, view<int> bad) {
 }
 
 void correct_f(level& fine, int coarse_variables, view<const int> bad) {
-  info(message_class::note, "correct_f:     starting   ");
   int next = 1, first = 1;
   for (int i = 1; i <= fine.n; ++i) {
     const int end = fine.iw[i + 1];
@@ -59,19 +58,21 @@ void correct_f(level& fine, int coarse_variables, view<const int> bad) {
 }
 
 void correct_w(level& fine, int coarse_variables, view<const int> bad) {
-  info(message_class::note, "correct_w: starting ...");
   constexpr double factor = 0.5;
   for (int c = 1; c <= coarse_variables; ++c)
     if (bad[c])
       info(message_class::note, "        scaling of column " + std::to_string(c) + " necessary with factor " +
                                     std::to_string(factor));
+  int ff = 0, f = 0;
   for (int i = 1; i <= fine.n; ++i) {
     if (fine.icg[i] > 0) continue;
+    ++(fine.icg[i] == 0 ? ff : f);
     for (int p = fine.iw[i]; p < fine.iw[i + 1]; ++p)
       if (bad[fine.jw[p]]) fine.w[p] *= factor;
   }
   transpose_weights(fine, coarse_variables);
-  info(message_class::note, "correct_w: ... done");
+  info(message_class::note, "number of FF-points: " + std::to_string(ff));
+  info(message_class::note, "number of normal F-points: " + std::to_string(f));
 }
 
 }  // namespace tier

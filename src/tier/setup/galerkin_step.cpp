@@ -44,7 +44,11 @@ void check_repair(int attempt, int nneg, int earlier) {
 
 /// First without the negative weights that feed bad rows, then with their columns halved.
 void repair(level& fine, int coarse_variables, int attempt, view<const int> bad) {
+  const auto begin = [](const char* starting, const char* again, int count) {
+    info(message_class::note, count == 1 ? starting : again + std::to_string(count - 1));
+  };
   if (attempt <= parm::maxop_restart) {
+    begin("correct_f:     starting   ", "correct_f:     re-start # ", attempt);
     correct_f(fine, coarse_variables, bad);
     return;
   }
@@ -53,7 +57,9 @@ void repair(level& fine, int coarse_variables, int attempt, view<const int> bad)
     info(message_class::note, "               --> switching to method tier_correct_w,");
     info(message_class::note, "                   but only scaling of already changed weights possible!");
   }
+  begin("correct_w: starting ...", "correct_w:     re-start # ", attempt - parm::maxop_restart);
   correct_w(fine, coarse_variables, bad);
+  info(message_class::note, "correct_w: ... done");
 }
 
 bool has_nonpositive(const level& lv) {

@@ -296,14 +296,28 @@ int pbint1(level& lv, const block_options& o) {
   return turned;
 }
 
+namespace {
+
+[[noreturn]] void report_deadlock(const level& lv, int rest) {
+  int empty = 0, fine = 0, coarse = 0;
+  for (int point = 1; point <= lv.npnts; ++point) {
+    const int i = lv.iv[point];
+    ++(i == lv.iv[point + 1] ? empty : lv.icg[i] > 0 ? coarse : fine);
+  }
+  info(message_class::error, "Deadlock encountered with nrest=" + std::to_string(rest) + " in (pbint2)!");
+  fail(ierr_interpolation, "nempty,nfpnts,ncpnts= " + std::to_string(empty) + " " + std::to_string(fine) +
+                               " " + std::to_string(coarse));
+}
+
+}  // namespace
+
 int pbint2(level& lv, const block_options& o) {
   if (!o.use_primary_matrix && o.nprim == 0) fail(ierr_interpolation, "nprim=0 in (pbint2)");
   block_row row(lv, o, "pbint2");
   lv.iw.release();
   int rest = lv.npnts;
   for (int before = rest + 1; rest > 0;) {
-    if (rest == before)
-      fail(ierr_interpolation, "Deadlock encountered with nrest=" + std::to_string(rest) + " in (pbint2)!");
+    if (rest == before) report_deadlock(lv, rest);
     before = rest;
     rest = 0;
     const detached_weights earlier(lv);

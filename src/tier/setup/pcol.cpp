@@ -44,11 +44,10 @@ split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
     n.fc += state[i] == state_c;
     any_strong = any_strong || state[i] == state_undecided;
   }
-  if (any_strong) {
-    run_first_pass(m, state, o.threads);
-    if (o.threads) settle_interfaces(m, state);
-    n.switched = clean_up(m, o.nxf_clean, state);
-  }
+  if (!any_strong) return {};  // coarsening ends for want of C-variables
+  run_first_pass(m, state, o.threads);
+  if (o.threads) settle_interfaces(m, state);
+  n.switched = clean_up(m, o.nxf_clean, state);
   for (int i = 1; i <= m.n; ++i) {
     n.c += state[i] > 0;
     n.ff += state[i] == state_ff;

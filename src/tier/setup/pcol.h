@@ -29,9 +29,9 @@ struct split_counts {
   double ratio = 0.0;            // C-variables / variables
 };
 
-/// Splits 1..n into C and F. state [1..n] gets the states above.
-/// The variable of the highest measure (rows that depend on it, F ones twice) becomes C, the rows that depend
-/// on it F; among equals the one that has waited longest. Linear in the number of strong couplings.
+/// Splits 1..n into C and F. state [1..n] gets the states above. Without any strong coupling all counts are
+/// 0. The variable of the highest measure (rows that depend on it, F ones twice) becomes C, the rows that
+/// depend on it F; among equals the one that has waited longest. Linear in the number of strong couplings.
 /// Ruge and Stueben, in Multigrid Methods, SIAM 1987, algorithm A2.
 /// With threads, each works on its own block of consecutive rows and leaves couplings out of it aside; what
 /// stays undecided is settled over all blocks. The result then depends on the number of threads. Where blocks

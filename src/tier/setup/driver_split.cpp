@@ -95,7 +95,7 @@ coarsening split_points(setup_state& t, int k, bool aggressive) {
     return coarsening::stops;
   const double expected = n.c * variables_per_point(lv);
   if (test_size_and_ratio(t, k, expected, "(split_1)") == coarsening::stops) return coarsening::stops;
-  collect_i(lv);
+  collect_i(lv, parm::vio_dd != 0);
   recount(lv, n);
   if (t.reports()) message("collect_i:     A-gratio= " + std::to_string(n.ratio));
   if (!t.split_matrix) return coarsening::goes_on;
@@ -110,7 +110,7 @@ coarsening split_variables(setup_state& t, int k, bool aggressive) {
   double c_variables = n.c;
   if (t.by_points()) {
     if (t.c.nint_force == 2) c_variables *= variables_per_point(lv);
-    collect(lv, t.c.nprim);
+    collect(lv, t.c.nprim, parm::vio_dd != 0);
     recount(lv, n);
     if (t.c.nint_force != 2) c_variables = n.c;
   }

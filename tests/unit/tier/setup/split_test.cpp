@@ -11,7 +11,9 @@
 
 #include "support/tier/sparse_system.h"
 #include "tier/frame/threads.h"
+#include "tier/setup/collect.h"
 #include "tier/setup/pcol.h"
+#include "tier/setup/prepare_opdfn.h"
 #include "tier/setup/reduce.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/second_pass.h"
@@ -232,6 +234,32 @@ TEST(Pcol, UnusableRowsAreForcedCOrFF) {
     const split_result r = split(s, o);
     EXPECT_EQ(r.states[1], iset == 1 ? tier::state_c : tier::state_ff);
     EXPECT_EQ(r.n.fc, iset);
+  }
+}
+
+TEST(Pcol, CountsNothingWithoutStrongCouplings) {
+  sparse_system s;
+  s.add_row(-1.0, {});
+  s.add_row(1.0, {{1, 1.0}});
+  EXPECT_EQ(split(s, {}).n.c, 0);
+}
+
+// Four points of two unknowns; the second row of point 1 is unusable.
+TEST(Collect, StatesOfPoints) {
+  for (const bool force : {false, true}) {
+    sparse_system s = coupled(five_point(2), 2, 0.0);
+    tier::hierarchy h;
+    set_first_level(h, s);
+    tier::level& lv = h(1);
+    tier::set_points(lv);
+    lv.icg.allocate(lv.n, -1, "icg", "test");
+    lv.icg[3] = 1;
+    lv.ja[lv.ia[2]] = 0;
+
+    tier::collect(lv, 1, force);
+
+    const int first = force ? 1 : -1;
+    EXPECT_EQ(states_of(lv.icg), (std::vector<int>{-2, first, first, 1, 1, -1, -1, -1, -1}));
   }
 }
 

@@ -98,7 +98,7 @@ void print_smoother(const controls& c) {
   }
 }
 
-void print_coarsest_choice(const controls& c) {
+void print_coarsest_choice(const controls& c, const level* coarsest) {
   if (c.nrc == no_coarse_solution) return message("Coarse level: no solution");
   if (c.nrc <= 5)
     print_line("Coarse level: Iterative solution (max:%d, stop: %g) by", parm::itmax_conv, parm::conv_stop);
@@ -112,8 +112,8 @@ void print_coarsest_choice(const controls& c) {
       message("              " + (parm::milu != 0 ? milu_weight() : "ILU(0)") + " preconditioned CG");
       break;
     case 3:
-      print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB", coarse_fill_limit(h(h.levels_used)),
-                 parm::droptol_cl);
+      print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB",
+                 coarsest ? coarse_fill_limit(*coarsest) : parm::lfil_cl, parm::droptol_cl);
       break;
     case 4:
       message("              Diagonally preconditioned CG");
@@ -154,7 +154,7 @@ void print_solver_information(const hierarchy& h, const controls& c) {
   print_acceleration(c);
   if (c.igam > 4) return;
   if (c.nrc != no_coarse_solution) print_line("Coarse level: size = %d", h(h.levels_used).n);
-  print_coarsest_choice(c);
+  print_coarsest_choice(c, &h(h.levels_used));
 }
 
 }  // namespace tier

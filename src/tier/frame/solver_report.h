@@ -10,8 +10,9 @@ namespace tier {
 /// solve_data left them.
 void print_solver_information(const hierarchy& h, const controls& c);
 
-/// The lines of the smoother and of the method on the coarsest level, whatever the print level.
+/// The lines of the smoother and of the method on the coarsest level, whatever the print level. Before the
+/// set-up has made the coarsest level, its fill limit is the parameter as it stands.
 void print_smoother(const controls& c);
-void print_coarsest_choice(const controls& c);
+void print_coarsest_choice(const controls& c, const level* coarsest = nullptr);
 
 }  // namespace tier

@@ -27,6 +27,7 @@
 #include "part_maker.h"
 #include "results/results_stage.h"
 #include "run/failure.h"
+#include "run/platform.h"
 #include "run/streams.h"
 #include "run/working_files.h"
 
@@ -98,7 +99,7 @@ void measureRun(const std::string& base, const std::string& install, Measured& m
     solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
     m.solver = timed([&] {
       solver = std::make_unique<DirectSolver>(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate),
-                                              inCoreLimit(), scratchFolder(base));
+                                              inCoreLimit(availableMemory()), scratchFolder(base));
       solver->solve(solution.rowSolution);
       finishPass(solution.displacementInMold);
     });

@@ -60,9 +60,9 @@ stretch rows_of_chunk(const relaxation& x, const row_chunk& c) {
   return {place(c.lo) + 1, place(c.hi + 1)};
 }
 
-constexpr int rows_ahead = 2;  // a row of the analysis is about 800 bytes
+constexpr int rows_ahead = 5;  // a row of the analysis is about 800 bytes
 
-inline void fetch_row(const int* ia, const int* ja, const double* a, int i) {
+[[gnu::always_inline]] inline void fetch_row(const int* ia, const int* ja, const double* a, int i) {
   constexpr int line = 64;
   const int first = ia[i - 1] - 1, end = ia[i] - 1;
   for (int p = first; p < end; p += line / static_cast<int>(sizeof(double))) __builtin_prefetch(a + p);
@@ -87,6 +87,7 @@ void sweep(const relaxation& x, const row_chunk& c, bool descending) {
       fetch_row(ia, ja, a, list[at - 1 + rows_ahead * way]);
     const int diagonal = ia[i - 1] - 1;
     const int others = ia[i] - 2 - diagonal;
+    if constexpr (Which == rows::all) fetch_ahead(ja + diagonal, a + diagonal, others);
     const double sum =
         Alone ? row_sum(ja + diagonal + 1, a + diagonal + 1, u, others)
               : row_sum_from_two(ja + diagonal + 1, a + diagonal + 1, u, start, c.lo, c.hi, others);

@@ -8,18 +8,17 @@
 #include <mpi.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 
-#include "scalar_systems.h"
-#include "tier.h"
+#include "tier_call.h"
 
 namespace {
 
-using bench::scalar_system;
+using bench::linear_system;
 
 struct outcome {
   double seconds = 0.0;  // set-up and solution
@@ -27,28 +26,14 @@ struct outcome {
   double residual = 0.0;
 };
 
-double now() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
+/// Processor seconds, as everything here runs in one thread.
+double now() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-outcome run_tier(const scalar_system& system) {
-  scalar_system s = system;  // set-up reorders rows
-  std::vector<double> u(s.f.size(), 0.0);
-  const int one = 1, nna = static_cast<int>(s.ja.size()), matrix = 22, nsolve = 1, ifirst = 0;
-  const int ncyc = 1300200, iswtch = 5120, off = -1, iscale = 0;
-  const double eps = 1e-8, chktol = -1.0;
-  double res_in = 0.0, res_out = 0.0, a = 0.0, g = 0.0, p = 0.0, w = 0.0;
-  int steps = 0, ierr = 0;
-  const int quiet = -2, variant = 2;
-  TIER_SET_MODE_MESS(&quiet);
-  TIER_SET_NTYP_GALERKIN(&variant);
-  const double start = now();
-  TIER(&s.n, &nna, &one, s.ia.data(), s.ja.data(), s.a.data(), s.f.data(), u.data(), &one, &one, &one, &one,
-       &matrix, &iscale, &res_in, &res_out, &steps, &ierr, &nsolve, &ifirst, &eps, &ncyc, &iswtch, &a, &g, &p,
-       &w, &chktol, &off, &off);
-  const double seconds = now() - start;
-  if (ierr != 0) std::fprintf(stderr, "TIER returned %d on %s\n", ierr, s.name.c_str());
-  return {seconds, steps, relative_residual(system, u)};
+/// V-cycles under GMRES with one F step on the way down, which these systems need no more than.
+outcome run_tier(const linear_system& system) {
+  constexpr bench::tier_settings settings{.nrd = 11};
+  const bench::tier_outcome t = call_tier(system, settings);
+  return {t.processor_seconds, t.steps, t.residual};
 }
 
 /// The system as a hypre matrix and two vectors.
@@ -58,7 +43,7 @@ struct hypre_system {
   HYPRE_ParCSRMatrix a = nullptr;
   HYPRE_ParVector f = nullptr, u = nullptr;
 
-  explicit hypre_system(const scalar_system& s) {
+  explicit hypre_system(const linear_system& s) {
     HYPRE_IJMatrixCreate(MPI_COMM_WORLD, 0, s.n - 1, 0, s.n - 1, &matrix);
     HYPRE_IJMatrixSetObjectType(matrix, HYPRE_PARCSR);
     std::vector<int> length(static_cast<std::size_t>(s.n)), rows(length), columns(s.ja);
@@ -97,7 +82,7 @@ struct hypre_system {
 };
 
 /// BoomerAMG as preconditioner of conjugate gradients.
-outcome run_hypre(const scalar_system& s, bool classical) {
+outcome run_hypre(const linear_system& s, bool classical) {
   hypre_system system(s);
   HYPRE_Solver cg, amg;
   const double start = now();
@@ -150,7 +135,7 @@ int main(int argc, char** argv) {
             repetitions = argc > 2 ? std::atoi(argv[2]) : 3;
   const int m2 = static_cast<int>(std::lround(std::sqrt(unknowns)));
   const int m3 = static_cast<int>(std::lround(std::cbrt(unknowns)));
-  const std::function<scalar_system()> makers[] = {
+  const std::function<linear_system()> makers[] = {
       [&] { return bench::poisson_5_point(m2); },
       [&] { return bench::poisson_9_point(m2); },
       [&] { return bench::poisson_7_point(m3); },
@@ -165,7 +150,7 @@ int main(int argc, char** argv) {
   double product = 1.0;
   int count = 0;
   for (const auto& make : makers) {
-    const scalar_system s = make();
+    const linear_system s = make();
     std::vector<outcome> tier, classical, defaults;
     for (int r = 0; r < repetitions; ++r) {
       tier.push_back(run_tier(s));

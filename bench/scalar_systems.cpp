@@ -11,7 +11,7 @@ namespace bench {
 namespace {
 
 /// Right-hand side of random numbers, so that all frequencies take part.
-void fill_right_side(scalar_system& s) {
+void fill_right_side(linear_system& s) {
   std::mt19937 random(1);
   std::uniform_real_distribution<double> value(-1.0, 1.0);
   s.f.resize(static_cast<std::size_t>(s.n));
@@ -20,7 +20,7 @@ void fill_right_side(scalar_system& s) {
 
 using row_entries = std::vector<std::pair<int, double>>;
 
-void add_row(scalar_system& s, int row, double diagonal, const row_entries& others) {
+void add_row(linear_system& s, int row, double diagonal, const row_entries& others) {
   s.ja.push_back(row);
   s.a.push_back(diagonal);
   for (const auto& [column, value] : others) {
@@ -31,8 +31,8 @@ void add_row(scalar_system& s, int row, double diagonal, const row_entries& othe
 }
 
 /// Nine-point star, weight[1 + dy][1 + dx]; zero weights are not stored.
-scalar_system stencil_system(std::string name, int m, const double (&weight)[3][3]) {
-  scalar_system s;
+linear_system stencil_system(std::string name, int m, const double (&weight)[3][3]) {
+  linear_system s;
   s.name = std::move(name);
   s.n = m * m;
   row_entries others;
@@ -53,20 +53,20 @@ scalar_system stencil_system(std::string name, int m, const double (&weight)[3][
 
 }  // namespace
 
-scalar_system poisson_5_point(int m) {
+linear_system poisson_5_point(int m) {
   return stencil_system("Poisson, 5 points", m, {{0, -1, 0}, {-1, 4, -1}, {0, -1, 0}});
 }
 
-scalar_system poisson_9_point(int m) {
+linear_system poisson_9_point(int m) {
   return stencil_system("Poisson, 9 points", m, {{-1, -1, -1}, {-1, 8, -1}, {-1, -1, -1}});
 }
 
-scalar_system anisotropic(int m, double epsilon) {
+linear_system anisotropic(int m, double epsilon) {
   return stencil_system("anisotropic, aligned", m,
                         {{0, -1, 0}, {-epsilon, 2 + 2 * epsilon, -epsilon}, {0, -1, 0}});
 }
 
-scalar_system turned_anisotropic(int m, double epsilon, double angle) {
+linear_system turned_anisotropic(int m, double epsilon, double angle) {
   // -(c^2 + e s^2) u_xx - (s^2 + e c^2) u_yy - 2 (1 - e) c s u_xy, the mixed term on the falling diagonal
   // pair.
   const double c = std::cos(angle), t = std::sin(angle);
@@ -75,8 +75,8 @@ scalar_system turned_anisotropic(int m, double epsilon, double angle) {
                         {{-xy, xy - yy, 0}, {xy - xx, 2 * (xx + yy - xy), xy - xx}, {0, xy - yy, -xy}});
 }
 
-scalar_system poisson_7_point(int m) {
-  scalar_system s;
+linear_system poisson_7_point(int m) {
+  linear_system s;
   s.name = "Poisson, 7 points";
   s.n = m * m * m;
   row_entries others;
@@ -97,8 +97,8 @@ scalar_system poisson_7_point(int m) {
   return s;
 }
 
-scalar_system jumping_coefficients(int m, double jump) {
-  scalar_system s;
+linear_system jumping_coefficients(int m, double jump) {
+  linear_system s;
   s.name = "jumping coefficients";
   s.n = m * m;
   const int block = m / 8 > 0 ? m / 8 : 1;
@@ -126,7 +126,7 @@ scalar_system jumping_coefficients(int m, double jump) {
   return s;
 }
 
-double relative_residual(const scalar_system& s, const std::vector<double>& u) {
+double relative_residual(const linear_system& s, const std::vector<double>& u) {
   double residual = 0.0, right = 0.0;
   for (int i = 0; i < s.n; ++i) {
     double r = s.f[i];

@@ -12,6 +12,16 @@
 
 namespace tier {
 
+namespace {
+
+bool has_strong_coupling(const couplings& g, int i, int j) {
+  for (int p = g.ia[i] + 1; p <= g.last_strong(i); ++p)
+    if (g.ja[p] == j) return true;
+  return false;
+}
+
+}  // namespace
+
 template <class Visit>
 void first_pass::for_strong(int i, Visit visit) const {
   const int first = g_.ia[i] + 1, last = g_.last_strong(i);
@@ -31,8 +41,19 @@ void first_pass::count() {
   std::int64_t all = 0;
   for (int i = lo_; i <= hi_; ++i) {
     if (state_[i] == state_not_taking_part) continue;
-    all += std::max(0, g_.last_strong(i) - g_.ia[i]);
-    for_strong(i, [counts](int j) { ++counts[j]; });
+    const int strong = std::max(0, g_.last_strong(i) - g_.ia[i]);
+    int within = 0;
+    for_strong(i, [counts, &within](int j) {
+      ++counts[j];
+      ++within;
+    });
+    all += strong;
+    if (within == strong) continue;
+    if (i - lo_ < rows() / 2) {
+      last_of_lower_half_ = i;
+    } else {
+      first_of_upper_half_ = std::min(first_of_upper_half_, i);
+    }
   }
   int most = 0;
   for (int k = 3; k <= rows() + 2; ++k) {
@@ -147,6 +168,30 @@ void first_pass::run() {
   }
 }
 
+// Where the patterns of two blocks meet, F variables may lie side by side without a C variable that both
+// depend on, which is what makes a row of F variables there interpolate badly; one of them becomes C.
+void first_pass::settle_border() {
+  const auto shares_c = [this](int i, int j) {
+    for (int p = g_.ia[j] + 1; p <= g_.last_strong(j); ++p) {
+      const int l = g_.ja[p];
+      if (state_[l] == state_c && has_strong_coupling(g_, i, l)) return true;
+    }
+    return false;
+  };
+  const auto fine = [this](int i) { return state_[i] == state_f || state_[i] == state_undecided; };
+  const auto settle = [&](int i) {
+    if (!fine(i)) return;
+    for (int p = g_.ia[i] + 1; p <= g_.last_strong(i); ++p) {
+      const int j = g_.ja[p];
+      if (in_block(j) || !fine(j) || shares_c(i, j)) continue;
+      state_[i] = state_c;
+      return;
+    }
+  };
+  for (int i = lo_; i <= last_of_lower_half_; ++i) settle(i);
+  for (int i = first_of_upper_half_; i <= hi_; ++i) settle(i);
+}
+
 namespace {
 
 using blocks_of_rows = std::vector<std::unique_ptr<first_pass>>;
@@ -197,6 +242,8 @@ void run_first_pass(const couplings& g, view<int> state, bool threads) {
   trace(1, "pcol:after initialization", parm::itrace_split);
   for_blocks(blocks, [](first_pass& block) { block.run(); });
   trace(1, "pcol:after main coarsening phase", parm::itrace_split);
+  if (blocks.size() > 1)
+    for (const auto& block : blocks) block->settle_border();  // in row order, each change at once
 }
 
 void settle_interfaces(const couplings& g, view<int> state) {

@@ -22,6 +22,10 @@ class first_pass {
   void allocate_lists();
   void run();
 
+  /// After all blocks have run, serially: turns F variables C that are strongly coupled with an F variable of
+  /// another block and share no C variable with it.
+  void settle_border();
+
   std::int64_t strong() const { return strong_; }    // couplings within the block
   std::int64_t leaving() const { return leaving_; }  // out of it
 
@@ -50,6 +54,7 @@ class first_pass {
   couplings g_;
   view<int> state_;
   int lo_, hi_;
+  int last_of_lower_half_ = lo_ - 1, first_of_upper_half_ = hi_ + 1;  // of the rows coupled with other blocks
   std::int64_t strong_ = 0, leaving_ = 0;
   int highest_ = 0;                     // bound of all measures
   int top_ = 0;                         // highest measure of a non-empty list

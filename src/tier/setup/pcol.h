@@ -33,8 +33,9 @@ struct split_counts {
 /// 0. The variable of the highest measure (rows that depend on it, F ones twice) becomes C, the rows that
 /// depend on it F; among equals the one that has waited longest. Linear in the number of strong couplings.
 /// Ruge and Stueben, in Multigrid Methods, SIAM 1987, algorithm A2.
-/// With threads, each works on its own block of consecutive rows and leaves couplings out of it aside; what
-/// stays undecided is settled over all blocks. The result then depends on the number of threads. Where blocks
+/// With threads, each works on its own block of consecutive rows and leaves couplings out of it aside; F
+/// variables of different blocks that depend on each other and on no common C variable, and what stays
+/// undecided, are settled over all blocks. The result then depends on the number of threads. Where blocks
 /// are closely tied, one thread does the first pass, with the result of a serial run.
 split_counts pcol(const couplings& m, const pcol_options& o, view<int> state);
 

@@ -200,6 +200,29 @@ void expect_legal(const split_result& r) {
   }
 }
 
+/// Every F row coupled with an F row of another block finds a C row that both depend on.
+void expect_sound_borders(const split_result& r, int blocks) {
+  const auto state = [&r](int i) { return r.states[static_cast<std::size_t>(i)]; };
+  const auto block_of = [&](int i) {
+    for (int b = 0;; ++b) {
+      int lo = 1, hi = r.s.n;
+      tier::chunk_of_thread(1, r.s.n, b, blocks, lo, hi);
+      if (i <= hi) return b;
+    }
+  };
+  for (int i = 1; i <= r.s.n; ++i) {
+    const auto& row = r.g[static_cast<std::size_t>(i)];
+    for (const int j : row) {
+      if (state(i) != tier::state_f || state(j) != tier::state_f || block_of(i) == block_of(j)) continue;
+      const auto& other = r.g[static_cast<std::size_t>(j)];
+      const auto shared = [&](int l) {
+        return state(l) == tier::state_c && std::find(other.begin(), other.end(), l) != other.end();
+      };
+      EXPECT_TRUE(std::any_of(row.begin(), row.end(), shared)) << i << ' ' << j;
+    }
+  }
+}
+
 // A grid numbered by lines has few couplings between blocks; a random graph is split as by one thread.
 TEST(Pcol, BlocksOfRowsInThreads) {
   tier::pcol_options threaded;
@@ -211,6 +234,7 @@ TEST(Pcol, BlocksOfRowsInThreads) {
   const split_result tangled = split(random_system(3000, 5, 0.3, 1), threaded);
 
   expect_legal(grid);
+  expect_sound_borders(grid, 3);
   EXPECT_EQ(grid.states, again.states);
   EXPECT_NE(grid.states, split(five_point(151), {}).states) << "blocks were not used";
   EXPECT_NEAR(grid.n.ratio, 0.5, 0.02);

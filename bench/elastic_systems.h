@@ -13,7 +13,7 @@ namespace bench {
 linear_system plane_stress(int m);
 linear_system elastic_cube(int m);
 
-/// The system of the first pass of a made part with its flow-like prior results.
+/// The system of the one pass, with thermal shrinkage, of a made part with flow-like prior results.
 linear_system part_system(const part_maker::PartOptions& part, const std::string& install);
 
 }  // namespace bench

@@ -63,13 +63,4 @@ double dot(int n, const_vector x, const_vector y) {
 
 double length(int n, const_vector x) { return std::sqrt(dot(n, x, x)); }
 
-double largest_magnitude(int n, const_vector x) {
-  double m = 0.0;
-  for (int i = 1; i <= n; ++i) {
-    const double v = std::abs(x[i]);
-    if (!(v <= m)) m = v;
-  }
-  return m;
-}
-
 }  // namespace tier

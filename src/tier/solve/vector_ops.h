@@ -28,10 +28,7 @@ double dot(int n, const_vector x, const_vector y);
 /// Euclidean length
 double length(int n, const_vector x);
 
-/// Largest |x_i|
-double largest_magnitude(int n, const_vector x);
-
-/// Scalar product of a part of two vectors the serial piece of `dot`.
+/// Scalar product of a part of two vectors; the serial piece of `dot`.
 double partial_dot(const double* x, const double* y, int n);
 
 }  // namespace tier

@@ -25,19 +25,19 @@ double bytes(std::int64_t integers, std::int64_t reals) {
   return 4.0 * static_cast<double>(integers) + 8.0 * static_cast<double>(reals);
 }
 
-void run(benchmark::State& state, const matrix& original, int variant) {
+void run(benchmark::State& state, const linear_system& original, int variant) {
 #ifdef _OPENMP
   omp_set_num_threads(static_cast<int>(state.range(1)));
 #endif
   tier::set_max_threads(1);
   tier::controls c;
-  c.ncg = original.nsys > 1 ? 4 : 1;
-  c.nsys = original.nsys;
-  c.nstyp = original.nsys > 1 ? 2 : 1;
+  c.ncg = original.functions > 1 ? 4 : 1;
+  c.nsys = original.functions;
+  c.nstyp = original.functions > 1 ? 2 : 1;
   c.dump_level = -1;
   c.ntyp_galerkin = variant;
   tier::hierarchy h;
-  matrix s;
+  linear_system s;
   tier::clear_timers();
   for (auto step : state) {
     state.PauseTiming();

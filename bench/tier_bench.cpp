@@ -65,7 +65,7 @@ medians interleaved(benchmark::State& state, const std::function<void()>& work,
 
 /// A system with what a solution needs: right-hand side 1, first guess 0.
 struct system_of_run {
-  explicit system_of_run(matrix given, long threads) : s(std::move(given)) {
+  explicit system_of_run(linear_system given, long threads) : s(std::move(given)) {
     use_threads(threads);
     tier::parm::mode_mess = -2;
     set_first_level(h, s);
@@ -75,10 +75,10 @@ struct system_of_run {
     h(1).f = tier::vector(f.data());
     h(1).u = tier::vector(u.data());
     h.levels_used = h.levels_created = 1;
-    c.nsys = s.nsys;
-    c.nstyp = s.nsys > 1 ? 2 : 1;
+    c.nsys = s.functions;
+    c.nstyp = s.functions > 1 ? 2 : 1;
     c.nnu = s.n;
-    c.ncg = s.nsys > 1 ? 4 : 1;
+    c.ncg = s.functions > 1 ? 4 : 1;
     c.ntyp_galerkin = threads > 1 ? 6 : 2;
     c.dump_level = c.out_level = -1;
     c.ncgrad = 3;
@@ -97,13 +97,13 @@ struct system_of_run {
     tier::tier_solve(h, c, r);
   }
 
-  matrix s;
+  linear_system s;
   tier::hierarchy h;
   tier::controls c;
   std::vector<double> f, u, work;
 };
 
-matrix grid(long rows, int dimensions) {
+linear_system grid(long rows, int dimensions) {
   const double m = dimensions == 2 ? std::sqrt(rows) : std::cbrt(rows);
   return poisson(static_cast<int>(std::lround(m)), dimensions);
 }
@@ -127,7 +127,7 @@ double read_all(const std::vector<double>& x) {
   });
 }
 
-void product_against_bandwidth(benchmark::State& state, matrix given) {
+void product_against_bandwidth(benchmark::State& state, linear_system given) {
   system_of_run run(std::move(given), state.range(1));
   const std::vector<double> large(static_cast<std::size_t>(run.bytes_of_product() / 8.0), 1.0);
   double sum = 0.0;
@@ -140,7 +140,7 @@ void product_against_bandwidth(benchmark::State& state, matrix given) {
 }
 
 /// A sweep over all rows, and the analysis's pass of C rows and then F rows of the set-up's own split.
-void sweeps_against_product(benchmark::State& state, matrix given) {
+void sweeps_against_product(benchmark::State& state, linear_system given) {
   system_of_run run(std::move(given), state.range(1));
   tier::create_levels(run.h, run.c);
   std::vector<double> other(run.f.size());
@@ -168,7 +168,7 @@ void sweeps_against_product(benchmark::State& state, matrix given) {
 // Necessary traffic of step j of GMRES: the product, the diagonal, z written and read once, w and v(j)
 // scaled, and for each earlier column w read and written and two columns read; averaged over 30 steps, with
 // the update of u.
-void diagonal_step_against_traffic(benchmark::State& state, matrix given) {
+void diagonal_step_against_traffic(benchmark::State& state, linear_system given) {
   constexpr int steps = 30;
   system_of_run run(std::move(given), state.range(1));
   run.c.igam = 5;
@@ -185,7 +185,7 @@ void diagonal_step_against_traffic(benchmark::State& state, matrix given) {
   state.counters["of traffic"] = t.work / steps / t.yardstick;
 }
 
-void multigrid_step_against_product(benchmark::State& state, matrix given) {
+void multigrid_step_against_product(benchmark::State& state, linear_system given) {
   constexpr int steps = 30;
   system_of_run run(std::move(given), state.range(1));
   tier::create_levels(run.h, run.c);
@@ -204,7 +204,7 @@ void multigrid_step_against_product(benchmark::State& state, matrix given) {
   tier::release_solution_data();
 }
 
-void ilut(benchmark::State& state, matrix given) {
+void ilut(benchmark::State& state, linear_system given) {
   system_of_run run(std::move(given), 1);
   tier::ilu_factors factors;
   const tier::ilu_options options{tier::ilu_kind::threshold, false, 1.0, 9, 0.005};

@@ -145,7 +145,7 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
   tier::create_levels(run.h, run.c);
   std::vector<double> other(run.f.size());
   tier::level& l = run.h(1);
-  const tier::split_rows split(l.n, l.icg.data());
+  const tier::split_rows split(l);
   const auto step = [&](int number) {
     tier::relx_gs(l, &split, l.f, l.u, number, {}, tier::vector(other.data()), "relx_gs");
   };

@@ -9,11 +9,21 @@ namespace tier {
 
 /// The rows of a level by their state: C rows, then F rows, each ascending. A sweep over one kind reads its
 /// matrix rows along this list, so that it knows the next ones early enough to fetch them.
+///
+/// With threads the rows lie in 2 * team blocks; thread t owns blocks t and t + team. Where the two faces of
+/// a thin wall are numbered one after the other, it then owns both ends of the strong couplings through the
+/// wall, which would suffer most from old values. The blocks of a coarse level are those of its finer one.
 struct split_rows {
   split_rows() = default;
-  split_rows(int n, const int* icg);  // C above 0
-  work_array<int> row;
-  int coarse = 0;  // C rows are row[1..coarse]
+  explicit split_rows(const level& l, const split_rows* finer = nullptr);  // C: icg above 0
+  work_array<int> row;  // negative: a border row, see below
+  int coarse = 0;       // C rows are row[1..coarse]
+  int team = 1;
+  work_array<int> bounds;  // [1..2 team + 1] first row of each block, with threads
+
+ private:
+  /// Border rows have columns that their thread doesn't own.
+  void mark_borders(const level& l);
 };
 
 /// Damping factors of the Jacobi step: one for all rows, or one per function.

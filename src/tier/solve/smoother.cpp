@@ -81,7 +81,7 @@ void prepare_smoothers(cycle_state& s) {
   for (int k = 1; k <= last; ++k) {
     const int type = smoother_type(s.c, k);
     if (type == gauss_seidel && k < s.levels() && s.at(k).has_states())
-      s.split[static_cast<std::size_t>(k)] = split_rows(s.at(k).n, s.at(k).icg.data());
+      s.split[static_cast<std::size_t>(k)] = split_rows(s.at(k), k > 1 ? s.split_of(k - 1) : nullptr);
     if (type >= ilu0 && type <= ilutp) smoother_factors(s, k, type);
     if (type == by_blocks || type == block_ilu0) {
       if (!s.at(k).ip)

@@ -100,20 +100,7 @@ bool ilu_factors::zero_fill(const level& l) {
           dropped_ -= factor * upper_.value[p];
       }
     }
-    const double pivot = row_[i] + (options_.modified ? options_.weight * dropped_ : 0.0);
-    in_row_[i] = 0;
-    for (int m = 1; m <= count_below_; ++m) {
-      lower_.append(below_[m], row_[below_[m]]);
-      in_row_[below_[m]] = 0;
-    }
-    for (int m = 1; m <= count_above_; ++m) {
-      upper_.append(above_[m], row_[above_[m]]);
-      in_row_[above_[m]] = 0;
-    }
-    lower_.start[i + 1] = static_cast<int>(lower_.top) + 1;
-    upper_.start[i + 1] = static_cast<int>(upper_.top) + 1;
-    if (!usable(pivot)) return false;
-    inverse_[i] = 1.0 / pivot;
+    if (!append_row(i)) return false;
   }
   return true;
 }
@@ -204,6 +191,11 @@ bool ilu_factors::store_row(int i, double tolerance) {
   dropped_ = dropped;
   keep_largest(above_, count_above_, tolerance, options_.lfil);
   if (options_.kind == ilu_kind::threshold_pivoting) pivot_columns(i);
+  return append_row(i);
+}
+
+// Moves the work row into L and U; false for a pivot that can't be used.
+bool ilu_factors::append_row(int i) {
   const double pivot = row_[i] + (options_.modified ? options_.weight * dropped_ : 0.0);
   in_row_[i] = 0;
   for (int m = 1; m <= count_below_; ++m) {

@@ -47,6 +47,7 @@ class ilu_factors {
   void eliminate(int i, double tolerance);
   void put(int j, double x);
   bool store_row(int i, double tolerance);
+  bool append_row(int i);
   void pivot_columns(int i);
   void keep_largest(work_array<int>& list, int& count, double tolerance, int most);
 

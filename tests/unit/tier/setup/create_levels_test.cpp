@@ -13,6 +13,7 @@
 
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/sparse_system.h"
+#include "support/tier/systems.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
 #include "tier/frame/results_of_run.h"
@@ -37,18 +38,6 @@ tier::controls quiet_controls() {
 sparse_system diagonal_system(int n) {
   sparse_system s;
   for (int i = 1; i <= n; ++i) s.add_row(2.0, {});
-  return s;
-}
-
-/// -1 2 -1, which splits into halves.
-sparse_system chain(int n) {
-  sparse_system s;
-  for (int i = 1; i <= n; ++i) {
-    std::vector<std::pair<int, double>> others;
-    if (i > 1) others.emplace_back(i - 1, -1.0);
-    if (i < n) others.emplace_back(i + 1, -1.0);
-    s.add_row(2.0, others);
-  }
   return s;
 }
 
@@ -98,7 +87,7 @@ const auto as_it_is = [](tier::controls&) {};
 INSTANTIATE_TEST_SUITE_P(
     Rules, Stopping,
     testing::Values(
-        stop_case{"FewVariables", [] { return chain(20); }, as_it_is, "low # variables", 1},
+        stop_case{"FewVariables", [] { return line(20); }, as_it_is, "low # variables", 1},
         stop_case{"HighDensity", [] { return random_system(25, 20, 0.0, 1); }, as_it_is, "high density", 1},
         stop_case{"Dominance", [] { return diagonal_system(50); }, as_it_is, "diagonal dominance, eps=0.9",
                   1},
@@ -106,27 +95,27 @@ INSTANTIATE_TEST_SUITE_P(
                   "no strong connections", 1},
         stop_case{"FewC", [] { return pairs(2, 30); }, as_it_is, "less than3 C-variables (including FC)", 1},
         stop_case{"LowC", [] { return pairs(20, 5); }, as_it_is, "low # C-variables", 1},
-        stop_case{"OneLevelAsked", [] { return chain(500); }, [](auto& c) { c.levelx = 1; }, "", 1},
-        stop_case{"LevelsReached", [] { return chain(500); }, [](auto& c) { c.levelx = 3; }, "", 3},
-        stop_case{"NegativeLevels", [] { return chain(500); }, [](auto& c) { c.levelx = -2; }, "", 2},
-        stop_case{"RatioOfExactlyTheEnd", [] { return chain(500); },
+        stop_case{"OneLevelAsked", [] { return line(500); }, [](auto& c) { c.levelx = 1; }, "", 1},
+        stop_case{"LevelsReached", [] { return line(500); }, [](auto& c) { c.levelx = 3; }, "", 3},
+        stop_case{"NegativeLevels", [] { return line(500); }, [](auto& c) { c.levelx = -2; }, "", 2},
+        stop_case{"RatioOfExactlyTheEnd", [] { return line(500); },
                   [](auto&) { tier::parm::term_coarsening = tier::parm::slow_coarsening = 0.5; },
                   "inefficient grid reduction", 1, -130},
-        stop_case{"SlowGoesOn", [] { return chain(500); },
+        stop_case{"SlowGoesOn", [] { return line(500); },
                   [](auto& c) {
                     tier::parm::slow_coarsening = 0.4;
                     c.levelx = 2;
                   },
                   "", 2},
-        stop_case{"SlownessEnforced", [] { return chain(500); },
+        stop_case{"SlownessEnforced", [] { return line(500); },
                   [](auto&) { tier::parm::lev_coarsening_too_slow = 3; }, "too slow, enforced", 2},
-        stop_case{"EmergencyOnALargeCoarsestLevel", [] { return chain(500); },
+        stop_case{"EmergencyOnALargeCoarsestLevel", [] { return line(500); },
                   [](auto& c) {
                     c.levelx = 2;
                     tier::parm::nptmax = 100;
                   },
                   "", 2, 0, 3},
-        stop_case{"NoEmergencyForAnIterativeSolver", [] { return chain(500); },
+        stop_case{"NoEmergencyForAnIterativeSolver", [] { return line(500); },
                   [](auto& c) {
                     c.levelx = 2;
                     c.nrc = 1;

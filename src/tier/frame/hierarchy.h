@@ -20,7 +20,9 @@ struct level {
   // During set-up of the next level ja[ia[i]] holds the position of the row's last strong coupling.
   view<int> ia, ja;
   view<double> a;
-  view<int> iu, ip;  // function and point of a variable; empty when not given
+  // While the cycles smooth by state, row order[p] stands at place p: ia[p] .. ia[p+1]-1 (solve/sweep_rows.h).
+  view<const int> order;  // [1..n], empty: each row stands at its own number
+  view<int> iu, ip;       // function and point of a variable; empty when not given
   view<double> u, f;
 
   // next level's making: states, then coarse numbers (C above 0), and the interpolation to this level
@@ -40,6 +42,7 @@ struct level {
   work_array<int> own_ia, own_ja, own_iu, own_ip;
   work_array<double> own_a, own_u, own_f;
 
+  int row_at(int place) const { return order ? order[place] : place; }
   int entries() const { return ia[n + 1] - 1; }
   bool has_states() const { return icg.size() > 0; }
 };

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <array>
+#include <optional>
 
 #include "tier/frame/controls.h"
 #include "tier/frame/hierarchy.h"
 #include "tier/frame/parameters.h"
 #include "tier/solve/relax.h"
+#include "tier/solve/rows_by_state.h"
 #include "tier/solve/sweep_code.h"
 
 namespace tier {
@@ -19,17 +21,19 @@ struct cycle_state {
   controls& c;
   sweep_code pre, post;  // from nrd and nru
   jacobi_damping damping;
-  std::array<split_rows, max_levels + 1> split;  // [1..levels-1] where Gauss-Seidel smooths
-  work_array<double> r, scratch;                 // of level 1's length
-  work_array<double> copy1, copy2, e1, e2, ae;   // V*-cycle: u before the correction, directions; else empty
-  std::array<int, max_levels + 1> visits{};      // [1..levels] in the current cycle
+  work_array<double> r;                         // of level 1's length
+  work_array<double> scratch;                   // threads times level 1's length
+  work_array<double> copy1, copy2, e1, e2, ae;  // V*-cycle: u before the correction, directions; else empty
+  std::array<int, max_levels + 1> visits{};     // [1..levels] in the current cycle
+
+  // where Gauss-Seidel smooths
+  work_array<double> row_store;
+  std::array<std::optional<rows_by_state>, max_levels + 1> by_state;  // [1..levels-1]
+  std::array<sweep_rows, max_levels + 1> rows;                        // [1..levels]
 
   int levels() const { return h.levels_used; }
   level& at(int k) { return h(k); }
-  const split_rows* split_of(int k) const {
-    const split_rows& rows = split[static_cast<std::size_t>(k)];
-    return rows.row.size() > 0 ? &rows : nullptr;
-  }
+  const sweep_rows& rows_of(int k) const { return rows[static_cast<std::size_t>(k)]; }
 };
 
 /// Puts other vectors in the place of level k's u and f while it lives.

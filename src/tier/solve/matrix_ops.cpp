@@ -7,25 +7,24 @@ namespace tier {
 
 void multiply(const level& l, const_vector x, vector y) {
   for_chunks(l.n, matrix_team(l.n), [&l, x, y](const row_chunk& c) {
-    for (int i = c.lo; i <= c.hi; ++i) y[i] = row_product(l, i, x.data());
+    for_row_products(l, c.lo, c.hi, x.data(), [y](int i, double product) { y[i] = product; });
   });
 }
 
 double multiply_and_dot(const level& l, const_vector x, vector y, const_vector v) {
   return sum_chunks(l.n, matrix_team(l.n), [&l, x, y, v](const row_chunk& c) {
     double s = 0.0;
-    for (int i = c.lo; i <= c.hi; ++i) {
-      const double p = row_product(l, i, x.data());
-      y[i] = p;
-      s += p * v[i];
-    }
+    for_row_products(l, c.lo, c.hi, x.data(), [&s, y, v](int i, double product) {
+      y[i] = product;
+      s += product * v[i];
+    });
     return s;
   });
 }
 
 void residual(const level& l, const_vector f, const_vector u, vector r) {
   for_chunks(l.n, matrix_team(l.n), [&l, f, u, r](const row_chunk& c) {
-    for (int i = c.lo; i <= c.hi; ++i) r[i] = f[i] - row_product(l, i, u.data());
+    for_row_products(l, c.lo, c.hi, u.data(), [f, r](int i, double product) { r[i] = f[i] - product; });
   });
 }
 

@@ -46,11 +46,21 @@ inline double row_sum(const int* ja, const double* a, const double* u1, std::int
     __builtin_prefetch(ja + k + distance, 0, 0);
 }
 
-/// Row i of A times u.
-inline double row_product(const level& l, int i, const double* u1) {
-  const int first = l.ia[i], count = l.ia[i + 1] - first;
+/// The row at a place of the store times u.
+inline double row_product(const level& l, int place, const double* u1) {
+  const int first = l.ia[place], count = l.ia[place + 1] - first;
   fetch_ahead(&l.ja[first], &l.a[first], count);
   return row_sum(&l.ja[first], &l.a[first], u1, count);
+}
+
+/// body(i, (A u)_i) for the rows at places lo..hi of the store.
+template <class Body>
+inline void for_row_products(const level& l, int lo, int hi, const double* u1, Body body) {
+  if (!l.order) {
+    for (int i = lo; i <= hi; ++i) body(i, row_product(l, i, u1));
+  } else {
+    for (int place = lo; place <= hi; ++place) body(l.order[place], row_product(l, place, u1));
+  }
 }
 
 /// y <- A x

@@ -21,12 +21,12 @@ inline double take(double s, double r, int norm_typ) {
   return s + r * r;
 }
 
-/// Norm of r_i = row(i), i = 1..n, before finish_norm.
-template <class Row>
-double accumulate(int n, int team, int norm_typ, Row row) {
+/// Norm of n numbers before finish_norm; terms(chunk, add) calls add(r) for those of a chunk.
+template <class Terms>
+double accumulate(int n, int team, int norm_typ, Terms terms) {
   const auto part = [&](const row_chunk& c) {
     double s = 0.0;
-    for (int i = c.lo; i <= c.hi; ++i) s = take(s, row(i), norm_typ);
+    terms(c, [&s, norm_typ](double r) { s = take(s, r, norm_typ); });
     return s;
   };
   if (norm_typ != 2 || team <= 1) return sum_chunks(n, team, part);
@@ -51,19 +51,23 @@ double finish_norm(double s, int norm_typ, const char* routine) {
 }
 
 double resid(const level& l, const_vector f, const_vector u, int norm_typ) {
-  const double s =
-      accumulate(l.n, matrix_team(l.n), norm_typ, [&](int i) { return f[i] - row_product(l, i, u.data()); });
+  const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
+    for_row_products(l, c.lo, c.hi, u.data(), [&](int i, double product) { add(f[i] - product); });
+  });
   return finish_norm(s, norm_typ, "resid");
 }
 
 double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, int norm_typ) {
-  const double s = accumulate(l.n, matrix_team(l.n), norm_typ,
-                              [&](int i) { return r[i] = f[i] - row_product(l, i, u.data()); });
+  const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
+    for_row_products(l, c.lo, c.hi, u.data(), [&](int i, double product) { add(r[i] = f[i] - product); });
+  });
   return finish_norm(s, norm_typ, "compute_residual_norm");
 }
 
 double vector_norm(int n, const_vector r, int norm_typ, const char* routine) {
-  const double s = accumulate(n, vector_team(n), norm_typ, [&](int i) { return r[i]; });
+  const double s = accumulate(n, vector_team(n), norm_typ, [r](const row_chunk& c, auto add) {
+    for (int i = c.lo; i <= c.hi; ++i) add(r[i]);
+  });
   return finish_norm(s, norm_typ, routine);
 }
 
@@ -72,12 +76,12 @@ double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys,
   constexpr const char* routine = "unknowns_resids";
   for (int s = 1; s <= nsys; ++s) by_function[s] = 0.0;
   double whole = 0.0;
-  for (int i = 1; i <= l.n; ++i) {
-    const double r = f[i] - row_product(l, i, u.data());
+  for_row_products(l, 1, l.n, u.data(), [&](int i, double product) {
+    const double r = f[i] - product;
     double& own = by_function[l.iu ? l.iu[i] : 1];
     own = take(own, r, norm_typ);
     whole = take(whole, r, norm_typ);
-  }
+  });
   for (int s = 1; s <= nsys; ++s) by_function[s] = finish_norm(by_function[s], norm_typ, routine);
   return finish_norm(whole, norm_typ, routine);
 }

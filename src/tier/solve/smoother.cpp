@@ -21,10 +21,9 @@ enum { gauss_seidel = 0, ilu0 = 1, ilut = 2, ilutp = 3, by_blocks = 5, block_ilu
 void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
   level& l = s.at(k);
   const char* routine = s.c.nstyp == variable_based ? "relx_gs" : "relx_ugs";
+  const std::span steps(code.step.data(), static_cast<std::size_t>(code.steps));
   for (int pass = 0; pass < code.passes; ++pass)
-    for (int m = 0; m < code.steps; ++m)
-      relx_gs(l, s.split_of(k), l.f, l.u, code.step[static_cast<std::size_t>(m)], s.damping, s.scratch,
-              routine);
+    relx_gs(l, s.rows_of(k), l.f, l.u, steps, s.damping, s.scratch, routine);
 }
 
 void block_passes(cycle_state& s, int k, const sweep_code& code) {
@@ -68,6 +67,25 @@ void relx_block_ilu0(cycle_state& s, int k, int sweeps) {
   correction_sweeps(s, s.at(k), sweeps, smoother_blocks(s, k));
 }
 
+/// Stores the rows of all levels that Gauss-Seidel smooths by their states.
+void sort_rows(cycle_state& s, int last) {
+  const auto sorted = [&s](int k) {
+    return smoother_type(s.c, k) == gauss_seidel && k < s.levels() && s.at(k).has_states();
+  };
+  std::int64_t most = 0;
+  for (int k = 1; k <= last; ++k)
+    if (sorted(k)) most = std::max(most, entries_of_coarse_rows(s.at(k)));
+  s.row_store.allocate(most, "row_store", "prepare_smoothers");
+  for (int k = 1; k <= last; ++k)
+    if (sorted(k)) s.by_state[static_cast<std::size_t>(k)].emplace(s.at(k), s.row_store);
+}
+
+void share_rows(cycle_state& s, int k) {
+  const auto& by_state = s.by_state[static_cast<std::size_t>(k)];
+  s.rows[static_cast<std::size_t>(k)] =
+      sweep_rows(s.at(k), by_state ? by_state->fine() : 0, k > 1 ? &s.rows_of(k - 1) : nullptr, s.scratch);
+}
+
 }  // namespace
 
 void prepare_smoothers(cycle_state& s) {
@@ -78,10 +96,10 @@ void prepare_smoothers(cycle_state& s) {
       info(message_class::note, "special variant: V/U/BGS enforced on coarse levels!");
   }
   const int last = std::max(1, s.levels() - (s.c.nrc == 1 ? 0 : 1));
+  sort_rows(s, last);
   for (int k = 1; k <= last; ++k) {
     const int type = smoother_type(s.c, k);
-    if (type == gauss_seidel && k < s.levels() && s.at(k).has_states())
-      s.split[static_cast<std::size_t>(k)] = split_rows(s.at(k), k > 1 ? s.split_of(k - 1) : nullptr);
+    if (type == gauss_seidel) share_rows(s, k);
     if (type >= ilu0 && type <= ilutp) smoother_factors(s, k, type);
     if (type == by_blocks || type == block_ilu0) {
       if (!s.at(k).ip)

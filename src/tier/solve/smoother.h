@@ -9,8 +9,8 @@ namespace tier {
 /// Errors: 20 for an unknown step or type, 220 for a singular block.
 void smoother(cycle_state& s, int k, const sweep_code& code);
 
-/// Makes what the smoothers of all levels need: lists of C and F rows, decompositions, point structures.
-/// Errors: 50 without ip, 200, 230, 240.
+/// Makes what the smoothers of all levels need: rows by state and by thread, decompositions, point
+/// structures. Errors: 50 without ip, 200, 230, 240.
 void prepare_smoothers(cycle_state& s);
 
 /// Smoother type that level k uses: nxtyp, or nxtyp_coarse in place of 0 and 5 on coarse levels.

@@ -14,6 +14,7 @@
 #include "tier/solve/cyc.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
+#include "tier/solve/row_loop.h"
 #include "tier/solve/smoother.h"
 
 namespace tier {
@@ -195,7 +196,7 @@ cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
       post(decode_sweeps(controls_of_run.nru)) {
   const int n = h(1).n;
   r.allocate(n, "r", "tier_solve");
-  scratch.allocate(n, "scratch", "tier_solve");
+  scratch.allocate(static_cast<std::int64_t>(matrix_team(n)) * n, "scratch", "tier_solve");
   damping.all = parm::omega_jacobi;
   if (omega_jacobi_vec.size() == 1) damping.all = omega_jacobi_vec[0];
   if (omega_jacobi_vec.size() > 1) damping.by_function = const_vector(omega_jacobi_vec.data());

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 #include "support/tier/known_hierarchy.h"
@@ -11,6 +12,8 @@
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
 #include "tier/frame/parameters.h"
+#include "tier/frame/threads.h"
+#include "tier/solve/rows_by_state.h"
 #include "tier/solve/sweep_code.h"
 
 namespace {
@@ -51,6 +54,17 @@ void set_states(tier::level& l, const std::vector<int>& icg) {
   std::copy(icg.begin(), icg.end(), l.icg.data());
 }
 
+/// Steps on a level, with its rows by state if it has states.
+void run_steps(tier::level& l, const std::vector<int>& steps, const tier::jacobi_damping& damping = {}) {
+  std::vector<double> copies(static_cast<std::size_t>(l.n * tier::max_threads()));
+  const tier::vector scratch(copies.data());
+  std::vector<double> store(static_cast<std::size_t>(l.has_states() ? tier::entries_of_coarse_rows(l) : 0));
+  std::optional<tier::rows_by_state> sorted;
+  if (l.has_states()) sorted.emplace(l, tier::vector(store.data()));
+  const tier::sweep_rows rows(l, sorted ? sorted->fine() : 0, nullptr, scratch);
+  tier::relx_gs(l, rows, l.f, l.u, steps, damping, scratch, "relx_gs");
+}
+
 class RelxGs : public testing::TestWithParam<step_case> {};
 
 // tridiag(-1, 2, -1), rows C F C, f = 2, u = 0
@@ -60,14 +74,11 @@ TEST_P(RelxGs, GivesNumbersFromPaper) {
   s.f = {2.0, 2.0, 2.0};
   tier::hierarchy h;
   set_first_level(h, s);
-  set_states(h(1), {1, -1, 2});
-  const tier::split_rows split(h(1));
-  std::vector<double> scratch(3);
+  if (GetParam().split) set_states(h(1), {1, -1, 2});
   tier::parm::omega_sor_do = GetParam().omega_sor_do;
   tier::parm::omega_sor_up = 1.5;  // without effect whatever the step
 
-  tier::relx_gs(h(1), GetParam().split ? &split : nullptr, h(1).f, h(1).u, GetParam().step, {},
-                tier::vector(scratch.data()), "relx_gs");
+  run_steps(h(1), {GetParam().step});
 
   for (std::size_t i = 0; i < 3; ++i) EXPECT_DOUBLE_EQ(s.u[i], GetParam().expected[i]) << i;
 }
@@ -92,7 +103,7 @@ TEST(RelxGs, RefusesAnUnknownStep) {
   set_first_level(h, s);
   for (int step : {0, 8, -9}) {
     try {
-      tier::relx_gs(h(1), nullptr, h(1).f, h(1).u, step, {}, h(1).u, "relx_gs");
+      run_steps(h(1), {2, step});
       FAIL() << step;
     } catch (const tier::failure& f) {
       EXPECT_EQ(f.ierr, tier::ierr_illegal_value);
@@ -105,19 +116,41 @@ TEST(RelxGs, JacobiTakesAFactorPerFunction) {
   s.f = {2.0, 2.0};
   tier::hierarchy h;
   set_first_level(h, s);
-  double factors[] = {0.25, 1.0}, scratch[2];
+  double factors[] = {0.25, 1.0};
 
-  tier::relx_gs(h(1), nullptr, h(1).f, h(1).u, 7, {0.5, tier::const_vector(factors)}, tier::vector(scratch),
-                "relx_ugs");
+  run_steps(h(1), {7}, {0.5, tier::const_vector(factors)});
 
   EXPECT_EQ(s.u, (std::vector<double>{0.25, 1.0}));
 }
 
-// A thread reads rows of others as they were when the step began, so a parallel step has one right result. It
+// A thread reads rows of others as they were when the step began, so parallel steps have one right result. It
 // owns two ranges, half a level apart.
-class ParallelStep : public testing::TestWithParam<int> {};
+class ParallelSteps : public testing::TestWithParam<std::vector<int>> {};
 
-TEST_P(ParallelStep, FreezesForeignRows) {
+void expected_step(const sparse_system& s, const std::vector<int>& icg, int team, int step,
+                   std::vector<double>& u) {
+  const std::vector<double> before = u;
+  const int mode = std::abs(step), size = s.n / (2 * team);
+  const bool descending = (mode > 3) != (step < 0);
+  for (int t = 0; t < team; ++t) {
+    std::vector<double> seen = before;  // own rows change, others stay
+    std::vector<int> own;
+    for (int i = 1; i <= s.n; ++i)
+      if (std::min((i - 1) / size, 2 * team - 1) % team == t) own.push_back(i);
+    if (descending) std::reverse(own.begin(), own.end());
+    for (const int i : own) {
+      const auto row = static_cast<std::size_t>(i) - 1;
+      if ((mode % 3 == 1 && icg[row] > 0) || (mode % 3 == 0 && icg[row] <= 0)) continue;
+      const auto first = static_cast<std::size_t>(s.ia[row]) - 1;
+      double d = s.f[row];
+      for (std::size_t p = first + 1; p + 1 < static_cast<std::size_t>(s.ia[row + 1]); ++p)
+        d -= s.a[p] * seen[static_cast<std::size_t>(s.ja[p]) - 1];
+      u[row] = seen[row] = d / s.a[first];
+    }
+  }
+}
+
+TEST_P(ParallelSteps, FreezeForeignRows) {
   constexpr int team = 3;
   sparse_system s = turned_anisotropy(40, 30.0, 0.1);
   for (std::size_t i = 0; i < s.u.size(); ++i) s.u[i] = 0.001 * static_cast<double>(i % 17);
@@ -125,36 +158,22 @@ TEST_P(ParallelStep, FreezesForeignRows) {
   set_first_level(h, s);
   std::vector<int> icg(s.u.size());
   for (std::size_t i = 0; i < icg.size(); ++i) icg[i] = i % 3 == 0 ? 1 : -1;
-  std::vector<double> expected = s.u, scratch(s.u.size());
-  const int step = GetParam(), mode = std::abs(step), size = s.n / (2 * team);
-  const bool descending = (mode > 3) != (step < 0);
-  for (int t = 0; t < team; ++t) {
-    std::vector<double> seen = s.u;  // own rows change, others stay
-    std::vector<int> own;
-    for (int i = 1; i <= s.n; ++i)
-      if (std::min((i - 1) / size, 2 * team - 1) % team == t) own.push_back(i);
-    if (descending) std::reverse(own.begin(), own.end());
-    for (const int i : own) {
-      const bool coarse = icg[static_cast<std::size_t>(i) - 1] > 0;
-      if ((mode % 3 == 1 && coarse) || (mode % 3 == 0 && !coarse)) continue;
-      double d = s.f[static_cast<std::size_t>(i) - 1];
-      const int first = s.ia[static_cast<std::size_t>(i) - 1];
-      for (int p = first + 1; p < s.ia[static_cast<std::size_t>(i)]; ++p)
-        d -= s.a[static_cast<std::size_t>(p) - 1] *
-             seen[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(p) - 1]) - 1];
-      expected[static_cast<std::size_t>(i) - 1] = seen[static_cast<std::size_t>(i) - 1] =
-          d / s.a[static_cast<std::size_t>(first) - 1];
-    }
-  }
+  std::vector<double> expected = s.u;
+  for (const int step : GetParam()) expected_step(s, icg, team, step, expected);
 
   use_threads(team);
   set_states(h(1), icg);
-  const tier::split_rows split(h(1));
-  tier::relx_gs(h(1), &split, h(1).f, h(1).u, step, {}, tier::vector(scratch.data()), "relx_gs");
+  const std::vector<int> columns = s.ja;
+  const std::vector<double> values = s.a;
+  run_steps(h(1), GetParam());
 
   for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_NEAR(s.u[i], expected[i], 1e-14) << i;
+  EXPECT_EQ(s.ja, columns);  // the caller's matrix stands as it stood
+  EXPECT_EQ(s.a, values);
 }
 
-INSTANTIATE_TEST_SUITE_P(Steps, ParallelStep, testing::Values(1, 2, 3, -1, 5, 6));
+INSTANTIATE_TEST_SUITE_P(Codes, ParallelSteps,
+                         testing::Values(std::vector{3, 1}, std::vector{1}, std::vector{2},
+                                         std::vector{-1, -3}, std::vector{5, 6, 2}));
 
 }  // namespace

@@ -61,7 +61,8 @@ void sweep(const relaxation& x, const row_range& part, const sweep_kind& kind, d
     const int i = l.row_at(place) - 1, first = ia[place - 1];
     const int others = ia[place] - 1 - first;  // behind the diagonal, from 0
     if (!kind.descending) fetch_ahead(ja + first, a + first, others);
-    const double value = (f[i] - row_sum(ja + first, a + first, v, others)) / a[first - 1];
+    const double inverse = 1.0 / a[first - 1];  // in time, while the sum waits for the row before
+    const double value = (f[i] - row_sum(ja + first, a + first, v, others)) * inverse;
     v[i] = kind.omega > 0.0 ? kind.omega * value + (1.0 - kind.omega) * v[i] : value;
     if (shared) shared[i] = v[i];
   };

@@ -54,6 +54,12 @@ void counted_free(void* p, std::size_t count, std::size_t size) {
   count_words(-static_cast<std::int64_t>(count), size);
 }
 
+void* counted_shrink(void* p, std::size_t count, std::size_t fewer, std::size_t size) {
+  count_words(static_cast<std::int64_t>(fewer) - static_cast<std::int64_t>(count), size);
+  void* const shrunk = std::realloc(p, fewer * size);  // in place, unlike a copy to new storage
+  return shrunk ? shrunk : p;
+}
+
 void allocation_failed(const char* name, const char* routine) {
   const std::string what = name, place = std::string(" in (") + routine + ")";
   if (what[0] == '#') fail(ierr_allocation, "Allocation " + what + " failed" + place);  // a numbered block

@@ -24,6 +24,8 @@ extern memory_counters memory;
 /// Raw storage of `bytes` bytes, counted as integers or doubles; null on failure.
 void* counted_allocate(std::size_t count, std::size_t size);
 void counted_free(void* p, std::size_t count, std::size_t size);
+/// Gives the end of the storage back; returns where it begins then, mostly `p`.
+void* counted_shrink(void* p, std::size_t count, std::size_t fewer, std::size_t size);
 [[noreturn]] void allocation_failed(const char* name, const char* routine);
 [[noreturn]] void extension_failed(const char* name, const char* routine);
 
@@ -87,15 +89,18 @@ class work_array {
 
   /// Makes room for n elements and keeps the contents; shrinks when n is smaller.
   void resize(std::int64_t n, const char* name, const char* routine) {
+    if (n <= 0) return release();
+    if (n < size_) {
+      first_ = static_cast<T*>(counted_shrink(first_, static_cast<std::size_t>(size_),
+                                              static_cast<std::size_t>(n), sizeof(T)));
+      size_ = n;
+    }
     if (n == size_) return;
     work_array grown;
-    if (n > 0) {
-      grown.first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
-      if (!grown.first_) extension_failed(name, routine);
-      grown.size_ = n;
-      if (size_ > 0)
-        std::memcpy(grown.first_, first_, static_cast<std::size_t>(n < size_ ? n : size_) * sizeof(T));
-    }
+    grown.first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
+    if (!grown.first_) extension_failed(name, routine);
+    grown.size_ = n;
+    if (size_ > 0) std::memcpy(grown.first_, first_, static_cast<std::size_t>(size_) * sizeof(T));
     swap(grown);
   }
 

@@ -18,8 +18,8 @@ namespace {
 /// Forms coarse rows; each thread has its own with a marker array [1..coarse variables].
 class row_former {
  public:
-  row_former(const level& fine, bool keep_zeros, int* marker)
-      : fine_(fine), keep_zeros_(keep_zeros), marker_(marker) {}
+  row_former(const level& fine, int coarse_rows, bool keep_zeros, int* marker)
+      : fine_(fine), coarse_rows_(coarse_rows), keep_zeros_(keep_zeros), marker_(marker) {}
 
   /// Entries of coarse row c; the marker holds the last row that had a column.
   int count(int c) {
@@ -73,6 +73,17 @@ class row_former {
     const int* const iw = f.iw.data() - 1;
     const int* const jw = f.jw.data() - 1;
     const double* const w = f.w.data() - 1;
+    constexpr int rows_ahead = 2;  // fine rows lie apart: what a coarse row needs is asked for in time
+    if (c + rows_ahead <= coarse_rows_) {
+      const int end = f.rt[c + rows_ahead + 1];
+      for (int t = f.rt[c + rows_ahead]; t < end; ++t) {
+        const int i = f.jrt[t];
+        __builtin_prefetch(a + ia[i]);
+        __builtin_prefetch(ja + ia[i]);
+        __builtin_prefetch(w + iw[i]);
+        __builtin_prefetch(jw + iw[i]);
+      }
+    }
     const int last = f.rt[c + 1];
     for (int t = f.rt[c]; t < last; ++t) {
       const int i = f.jrt[t], end = ia[i + 1];
@@ -89,6 +100,7 @@ class row_former {
   }
 
   const level& fine_;
+  int coarse_rows_;
   bool keep_zeros_;
   int* marker_;
 };
@@ -142,7 +154,7 @@ struct product {
   row_former former(int tid) {
     int* const column = markers.data() + std::int64_t{coarse.n} * tid;
     std::fill_n(column, coarse.n, 0);
-    return {fine, keep_zeros, column - 1};
+    return {fine, coarse.n, keep_zeros, column - 1};
   }
   /// Runs step(tid) for each part, one to a thread.
   template <class Step>

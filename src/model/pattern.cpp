@@ -9,6 +9,7 @@
 #include "model/model_tables.h"
 #include "model/restraint.h"
 #include "run/failure.h"
+#include "run/platform.h"
 #include "run/threads.h"
 
 namespace keld {
@@ -173,6 +174,12 @@ void patternSearch() {
   }
 }
 
+template <class Number>
+void reserveInLargePages(std::vector<Number>& column, std::size_t size) {
+  column.reserve(size);
+  preferLargePages(column.data(), size * sizeof(Number));
+}
+
 void layOutRows() {
   const int nodes = wedgeNumbering.wedgeNodeCount;
   CompressedSystem& system = systemOfPass;
@@ -202,8 +209,11 @@ void layOutRows() {
   }
   system.rowStart[static_cast<std::size_t>(row)] = position;
 
-  system.columnIndex.resize(static_cast<std::size_t>(position));
-  system.matrixValue.assign(static_cast<std::size_t>(position), 0.0);
+  const auto size = static_cast<std::size_t>(position);
+  reserveInLargePages(system.columnIndex, size);
+  reserveInLargePages(system.matrixValue, size);
+  system.columnIndex.resize(size);
+  system.matrixValue.assign(size, 0.0);
 #pragma omp parallel for schedule(static)
   for (int n = 1; n <= nodes; ++n) {
     const auto node = static_cast<std::size_t>(n);

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -79,6 +80,15 @@ std::uint64_t availableMemory() {
   if (limit != std::numeric_limits<std::uint64_t>::max() && used < limit)
     bytes = std::min(bytes, limit - used);
   return bytes;
+}
+
+void preferLargePages(void* begin, std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+  const auto first = (reinterpret_cast<std::uintptr_t>(begin) + page - 1) / page * page;
+  const auto end = (reinterpret_cast<std::uintptr_t>(begin) + bytes) / page * page;
+  if (first < end) ::madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#endif
 }
 
 int runExternalProgram(const std::string& path, const std::vector<std::string>& words) {

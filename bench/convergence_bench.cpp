@@ -58,9 +58,15 @@ void print_head() {
       table);
 }
 
-tier_outcome measure(const linear_system& s, const bench::tier_settings& settings) {
+/// The best times of several calls: what else runs on a machine only adds to them.
+tier_outcome measure(const linear_system& s, const bench::tier_settings& settings, int calls = 1) {
   const double product = product_seconds(s);
-  const tier_outcome t = call_tier(s, settings);
+  tier_outcome t = call_tier(s, settings);
+  for (int call = 1; call < calls; ++call) {
+    const tier_outcome again = call_tier(s, settings);
+    t.setup = std::min(t.setup, again.setup);
+    t.solution = std::min(t.solution, again.solution);
+  }
   std::fprintf(table, "| %s | %d | %d | %.2f | %d | %.1e | %.3f | %.3f | %.1f |\n", s.name.c_str(), s.n,
                t.levels, t.operator_complexity, t.steps, t.residual, t.setup, t.solution,
                t.solution / std::max(1, t.steps) / product);
@@ -72,14 +78,14 @@ using maker = std::function<linear_system(int unknowns)>;
 
 /// Measures a problem at every size, and how its times grow between the last two.
 void measure_growth(const std::vector<maker>& makers, const std::vector<int>& sizes,
-                    const bench::tier_settings& settings) {
+                    const bench::tier_settings& settings, int calls) {
   print_head();
   std::vector<std::string> growth;
   for (const maker& make : makers) {
     double unknowns = 0.0, setup = 0.0, step = 0.0, solution = 0.0;
     for (const int size : sizes) {
       const linear_system s = make(size);
-      const tier_outcome t = measure(s, settings);
+      const tier_outcome t = measure(s, settings, calls);
       const double per_step = t.solution / std::max(1, t.steps);
       if (size == sizes.back() && sizes.size() > 1) {
         const double scale = 1.0 / std::log(s.n / unknowns);
@@ -167,10 +173,10 @@ int main(int argc, char** argv) {
   table = ::fdopen(::dup(1), "w");
   if (table == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
   if (what == "scalar") {
-    measure_growth(scalar_makers(), sizes_from(argc, argv, 2, {10000, 100000, 1000000}), {});
+    measure_growth(scalar_makers(), sizes_from(argc, argv, 2, {10000, 100000, 1000000}), {}, 5);
   } else if (what == "elastic") {
     measure_growth(elastic_makers(), sizes_from(argc, argv, 2, {10000, 100000, 400000}),
-                   bench::analysis_settings);
+                   bench::analysis_settings, 1);
   } else if (what == "parts" && argc > 2) {
     measure_parts(argv[2], sizes_from(argc, argv, 3, {10000, 40000}));
   } else {

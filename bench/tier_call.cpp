@@ -26,6 +26,7 @@ tier_outcome call_tier(const linear_system& system, const tier_settings& setting
   TIER_SET_MODE_MESS(&quiet);
   TIER_SET_NTYP_GALERKIN(&settings.galerkin_variant);
   TIER_SET_NRD(&settings.nrd);
+  TIER_SET_NRU(&settings.nru);
   tier_outcome out;
   const double start = processor_time();
   TIER(&s.n, &nna, &s.functions, s.ia.data(), s.ja.data(), s.a.data(), s.f.data(), u.data(), s.iu.data(),

@@ -2,10 +2,12 @@
 // Called by the driver, the transfers, the accelerators and the iterative coarsest-level solvers.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "tier/frame/hierarchy.h"
+#include "tier/solve/row_loop.h"
 #include "tier/solve/vector_ops.h"
 
 namespace tier {
@@ -53,13 +55,25 @@ inline double row_product(const level& l, int place, const double* u1) {
   return row_sum(&l.ja[first], &l.a[first], u1, count);
 }
 
-/// body(i, (A u)_i) for the rows at places lo..hi of the store.
+/// Places of the store for a thread of the team: about as many entries for each.
+inline row_chunk places_of(const level& l, const row_chunk& c) {
+  if (c.team == 1) return c;
+  const int* const ia = l.ia.data();
+  const auto first = [&](int tid) {
+    const std::int64_t before = std::int64_t{l.entries()} * tid / c.team;
+    return static_cast<int>(std::lower_bound(ia, ia + l.n, before + 1) - ia) + 1;
+  };
+  return {first(c.tid), c.tid == c.team - 1 ? l.n : first(c.tid + 1) - 1, c.tid, c.team};
+}
+
+/// body(i, (A u)_i) for the thread's share of the rows.
 template <class Body>
-inline void for_row_products(const level& l, int lo, int hi, const double* u1, Body body) {
+inline void for_row_products(const level& l, const row_chunk& c, const double* u1, Body body) {
+  const row_chunk mine = places_of(l, c);
   if (!l.order) {
-    for (int i = lo; i <= hi; ++i) body(i, row_product(l, i, u1));
+    for (int i = mine.lo; i <= mine.hi; ++i) body(i, row_product(l, i, u1));
   } else {
-    for (int place = lo; place <= hi; ++place) body(l.order[place], row_product(l, place, u1));
+    for (int place = mine.lo; place <= mine.hi; ++place) body(l.order[place], row_product(l, place, u1));
   }
 }
 

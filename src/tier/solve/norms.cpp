@@ -52,14 +52,14 @@ double finish_norm(double s, int norm_typ, const char* routine) {
 
 double resid(const level& l, const_vector f, const_vector u, int norm_typ) {
   const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
-    for_row_products(l, c.lo, c.hi, u.data(), [&](int i, double product) { add(f[i] - product); });
+    for_row_products(l, c, u.data(), [&](int i, double product) { add(f[i] - product); });
   });
   return finish_norm(s, norm_typ, "resid");
 }
 
 double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, int norm_typ) {
   const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
-    for_row_products(l, c.lo, c.hi, u.data(), [&](int i, double product) { add(r[i] = f[i] - product); });
+    for_row_products(l, c, u.data(), [&](int i, double product) { add(r[i] = f[i] - product); });
   });
   return finish_norm(s, norm_typ, "compute_residual_norm");
 }
@@ -76,7 +76,7 @@ double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys,
   constexpr const char* routine = "unknowns_resids";
   for (int s = 1; s <= nsys; ++s) by_function[s] = 0.0;
   double whole = 0.0;
-  for_row_products(l, 1, l.n, u.data(), [&](int i, double product) {
+  for_row_products(l, row_chunk{1, l.n, 0, 1}, u.data(), [&](int i, double product) {
     const double r = f[i] - product;
     double& own = by_function[l.iu ? l.iu[i] : 1];
     own = take(own, r, norm_typ);

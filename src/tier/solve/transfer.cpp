@@ -10,7 +10,7 @@ void resc(const level& fine, level& coarse, vector r) {
   const int n = fine.n, nc = coarse.n;
   const vector fc = coarse.f, uc = coarse.u;
   for_chunks(n, restriction_team(n), [&, nc, fc, uc](const row_chunk& c) {
-    for_row_products(fine, c.lo, c.hi, fine.u.data(),
+    for_row_products(fine, c, fine.u.data(),
                      [r, f = fine.f](int i, double product) { r[i] = f[i] - product; });
     team_barrier(c);
     const row_chunk rows = chunk_like(c, nc);

@@ -152,14 +152,14 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
     tier::relx_gs(l, rows, l.f, l.u, steps, {}, scratch, "relx_gs");
   };
   const auto product = [&] { run.product(); };
-  const tier::sweep_rows unsorted(l, 0, nullptr, scratch);
+  const tier::sweep_rows unsorted(l, nullptr, nullptr, scratch);
   const medians t = interleaved(
       state, [&] { run_steps(unsorted, std::array{2}); }, product);
   state.counters["products"] = t.work / t.yardstick;
 
   std::vector<double> store(static_cast<std::size_t>(tier::entries_of_coarse_rows(l)));
   const tier::rows_by_state sorted(l, tier::vector(store.data()));
-  const tier::sweep_rows rows(l, sorted.fine(), nullptr, scratch);
+  const tier::sweep_rows rows(l, &sorted, nullptr, scratch);
   std::vector<double> passes, products;
   for (std::size_t i = 0; i < 15; ++i) {
     passes.push_back(seconds_of([&] { run_steps(rows, std::array{3, 1}); }));

@@ -1,5 +1,5 @@
 // What the operating system is asked: clocks, processors, memory, the program's own file.
-// Called by the entry point and by the direct solution.
+// Called wherever the program meets the system.
 #pragma once
 
 #include <cstddef>

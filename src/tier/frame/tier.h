@@ -28,7 +28,8 @@ extern "C" {
  *   nnu, nna     rows and stored entries
  *   nsys         physical functions, 1 to 999
  *   ia, ja, a    the matrix: nnu + 1, nna and nna elements. A set-up may change the order of entries within a
- *                row behind the diagonal
+ *                row behind the diagonal. Rows of ja and a are moved while a solution runs and stand in their
+ *                places when the call returns, with an error too
  *   f, u         right-hand side; first guess, then the solution
  *   iu, ndiu     function number of each row, and the declared length of iu (1 will do for nsys 1)
  *   ip, ndip     point number of each row, and the declared length of ip; below nnu, or 1: no points given

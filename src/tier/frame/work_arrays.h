@@ -87,15 +87,16 @@ class work_array {
     for (std::int64_t i = 0; i < size_; ++i) first_[i] = value;
   }
 
-  /// Makes room for n elements and keeps the contents; shrinks when n is smaller.
+  /// Makes room for n elements and keeps the contents; shrinks when n is smaller. Views must be taken anew.
   void resize(std::int64_t n, const char* name, const char* routine) {
+    if (n == size_) return;
     if (n <= 0) return release();
     if (n < size_) {
-      first_ = static_cast<T*>(counted_shrink(first_, static_cast<std::size_t>(size_),
-                                              static_cast<std::size_t>(n), sizeof(T)));
+      first_ = static_cast<T*>(
+          counted_shrink(first_, static_cast<std::size_t>(size_), static_cast<std::size_t>(n), sizeof(T)));
       size_ = n;
+      return;
     }
-    if (n == size_) return;
     work_array grown;
     grown.first_ = static_cast<T*>(counted_allocate(static_cast<std::size_t>(n), sizeof(T)));
     if (!grown.first_) extension_failed(name, routine);

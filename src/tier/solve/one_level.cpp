@@ -52,7 +52,7 @@ void one_level_precondition(cycle_state& s, view<const double> v, view<double> z
 
 void one_level_sweeps(cycle_state& s, int sweeps) {
   level& l = s.at(1);
-  const sweep_rows rows(l, 0, nullptr, s.scratch);
+  const sweep_rows rows(l, nullptr, nullptr, s.scratch);
   const int step[] = {s.c.igam == by_diagonal ? jacobi_step : all_rows};
   for (int i = 0; i < sweeps; ++i) relx_gs(l, rows, l.f, l.u, step, s.damping, s.scratch, "relx_gs");
 }

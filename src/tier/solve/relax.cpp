@@ -30,8 +30,8 @@ struct sweep_kind {
 };
 
 sweep_kind decode_step(int step, bool by_state) {
-  const int mode = std::abs(step), filter = by_state ? (mode > 3 ? mode - 3 : mode) : 2;
-  sweep_kind kind{filter<3, filter> 1, (mode > 3) != (step < 0)};
+  const int mode = std::abs(step), filter = by_state ? (mode - 1) % 3 + 1 : 2;
+  sweep_kind kind{filter != 3, filter != 1, (mode > 3) != (step < 0)};
   if (filter == 2 && mode <= 3 && step > 0) kind.omega = parm::omega_sor_do;
   return kind;
 }
@@ -39,7 +39,6 @@ sweep_kind decode_step(int step, bool by_state) {
 /// body(place) for two ascending stretches, merged by the numbers of their rows.
 template <class Body>
 void for_places(const level& l, stretch x, stretch y, bool descending, Body body) {
-  if (x.empty()) std::swap(x, y);
   if (descending) {
     while (!y.empty() && !x.empty()) body(l.row_at(x.last) > l.row_at(y.last) ? x.last-- : y.last--);
     if (x.empty()) std::swap(x, y);
@@ -52,7 +51,7 @@ void for_places(const level& l, stretch x, stretch y, bool descending, Body body
 }
 
 /// The sweep over a range of rows in the vector v; `shared` gets the new values too, unless it is null.
-void sweep(const relaxation& x, const row_range& part, const sweep_kind& kind, double* v, double* shared) {
+void sweep(const relaxation& x, const row_block& part, const sweep_kind& kind, double* v, double* shared) {
   const int* const ia = x.l.ia.data();
   const int* const ja = x.l.ja.data();
   const double* const a = x.l.a.data();
@@ -80,7 +79,7 @@ class private_copy {
 
   void load_own() {
     const double* const u = x_.u.data();
-    for (const row_range& part : rows_.range) std::copy(u + part.lo - 1, u + part.hi, v_ + part.lo - 1);
+    for (const row_block& part : rows_.range) std::copy(u + part.lo - 1, u + part.hi, v_ + part.lo - 1);
   }
   void load_foreign() {
     const int* const foreign = rows_.foreign.data();
@@ -98,7 +97,7 @@ class private_copy {
   double* v_;
 };
 
-void gauss_seidel(const relaxation& x, std::span<const int> steps) {
+void gauss_seidel_in_threads(const relaxation& x, std::span<const int> steps) {
   const int team = x.rows.team();
   for_chunks(x.l.n, team, [&x, steps, team](const row_chunk& c) {
     // The runtime may give fewer threads than the rows were shared out for.
@@ -108,21 +107,21 @@ void gauss_seidel(const relaxation& x, std::span<const int> steps) {
         work(copy);
       }
     };
-    if (team > 1) for_own([](private_copy& copy) { copy.load_own(); });
-    bool first = true;
-    for (const int step : steps) {
+    for_own([](private_copy& copy) { copy.load_own(); });
+    for (const int& step : steps) {
       const sweep_kind kind = decode_step(step, x.rows.by_state());
-      if (team == 1) {
-        sweep(x, x.rows.all(), kind, x.u.data(), nullptr);
-        continue;
-      }
-      if (!first) team_barrier(c);  // the step before is done
+      if (&step != steps.data()) team_barrier(c);  // the step before is done
       for_own([](private_copy& copy) { copy.load_foreign(); });
       team_barrier(c);
       for_own([&kind](private_copy& copy) { copy.run(kind); });
-      first = false;
     }
   });
+}
+
+void gauss_seidel(const relaxation& x, std::span<const int> steps) {
+  if (x.rows.team() > 1) return gauss_seidel_in_threads(x, steps);
+  for (const int step : steps)
+    sweep(x, x.rows.all(), decode_step(step, x.rows.by_state()), x.u.data(), nullptr);
 }
 
 void jacobi(const relaxation& x, const jacobi_damping& damping) {

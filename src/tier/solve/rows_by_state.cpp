@@ -2,6 +2,7 @@
 #include "tier/solve/rows_by_state.h"
 
 #include <cstring>
+#include <memory>
 
 namespace tier {
 
@@ -9,7 +10,8 @@ namespace {
 
 bool coarse(const level& l, int i) { return l.icg[i] > 0; }
 
-/// `count` values from x to y, where y may begin before x; rows are too short for memmove.
+// Of rows that overlap, y begins before x in move_down and behind it in move_up. They are too short for
+// memmove.
 template <class T>
 void move_down(const T* x, int count, T* y) {
   for (int k = 0; k < count; ++k) y[k] = x[k];
@@ -20,9 +22,19 @@ void move_up(const T* x, int count, T* y) {
   for (int k = count - 1; k >= 0; --k) y[k] = x[k];
 }
 
-/// Rows ia[i] .. ia[i+1]-1 of x: C rows into the store, F rows together, C rows behind them.
+/// The room as `count` numbers of another type.
 template <class T>
-void move_coarse_behind(const level& l, view<int> ia, T* x, T* store) {
+T* begin_numbers(double* room, std::int64_t count) {
+  T* const first = reinterpret_cast<T*>(room);
+  std::uninitialized_default_construct_n(first, count);
+  return first;
+}
+
+/// Rows ia[i] .. ia[i+1]-1 of x: C rows into the room, F rows together, C rows behind them; the C rows have
+/// `stored` entries.
+template <class T>
+void move_coarse_behind(const level& l, view<int> ia, T* x, double* room, std::int64_t stored) {
+  T* const store = begin_numbers<T>(room, stored);
   T *to = x, *kept = store;
   for (int i = 1; i <= l.n; ++i) {
     const T* const row = x + ia[i] - 1;
@@ -34,9 +46,10 @@ void move_coarse_behind(const level& l, view<int> ia, T* x, T* store) {
   std::memcpy(to, store, static_cast<std::size_t>(kept - store) * sizeof(T));
 }
 
-/// The reverse; `stored` is the number of the C rows' entries.
+/// The reverse.
 template <class T>
-void move_coarse_back(const level& l, view<int> ia, T* x, T* store, std::int64_t stored) {
+void move_coarse_back(const level& l, view<int> ia, T* x, double* room, std::int64_t stored) {
+  T* const store = begin_numbers<T>(room, stored);
   const T* from = x + ia[l.n + 1] - 1 - stored;
   const T* kept = store + stored;
   std::memcpy(store, from, static_cast<std::size_t>(stored) * sizeof(T));
@@ -69,19 +82,18 @@ rows_by_state::rows_by_state(level& l, view<double> store) : level_(l), natural_
   for (int place = 1; place <= l.n; ++place)
     ia_[place + 1] = ia_[place] + natural_[order_[place] + 1] - natural_[order_[place]];
 
-  move_coarse_behind(l, natural_, l.a.data(), store.data());
-  move_coarse_behind(l, natural_, l.ja.data(), reinterpret_cast<int*>(store.data()));
+  move_coarse_behind(l, natural_, l.a.data(), store.data(), coarse_entries());
+  move_coarse_behind(l, natural_, l.ja.data(), store.data(), coarse_entries());
   l.ia = ia_;
   l.order = order_;
 }
 
 rows_by_state::~rows_by_state() {
   level& l = level_;
-  const std::int64_t stored = ia_[l.n + 1] - ia_[fine_ + 1];
   l.ia = natural_;
   l.order = {};
-  move_coarse_back(l, natural_, l.a.data(), store_.data(), stored);
-  move_coarse_back(l, natural_, l.ja.data(), reinterpret_cast<int*>(store_.data()), stored);
+  move_coarse_back(l, natural_, l.a.data(), store_.data(), coarse_entries());
+  move_coarse_back(l, natural_, l.ja.data(), store_.data(), coarse_entries());
 }
 
 }  // namespace tier

@@ -23,6 +23,8 @@ class rows_by_state {
   int fine() const { return fine_; }  // F rows are at places 1..fine, C rows behind
 
  private:
+  std::int64_t coarse_entries() const { return ia_[level_.n + 1] - ia_[fine_ + 1]; }
+
   level& level_;
   view<int> natural_;  // ia of the rows in the order of their numbers
   view<double> store_;

@@ -2,6 +2,7 @@
 #include "tier/solve/smoother.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "tier/frame/ierr.h"
@@ -67,8 +68,15 @@ void relx_block_ilu0(cycle_state& s, int k, int sweeps) {
   correction_sweeps(s, s.at(k), sweeps, smoother_blocks(s, k));
 }
 
+/// Whether one of the steps is for the rows of one state.
+bool asks_for_states(const sweep_code& code) {
+  const auto of_one_state = [](int step) { return std::abs(step) != 7 && std::abs(step) % 3 != 2; };
+  return !code.empty() && std::any_of(code.step.begin(), code.step.begin() + code.steps, of_one_state);
+}
+
 /// Stores the rows of all levels that Gauss-Seidel smooths by their states.
 void sort_rows(cycle_state& s, int last) {
+  if (!asks_for_states(s.pre) && !asks_for_states(s.post)) return;
   const auto sorted = [&s](int k) {
     return smoother_type(s.c, k) == gauss_seidel && k < s.levels() && s.at(k).has_states();
   };
@@ -83,7 +91,7 @@ void sort_rows(cycle_state& s, int last) {
 void share_rows(cycle_state& s, int k) {
   const auto& by_state = s.by_state[static_cast<std::size_t>(k)];
   s.rows[static_cast<std::size_t>(k)] =
-      sweep_rows(s.at(k), by_state ? by_state->fine() : 0, k > 1 ? &s.rows_of(k - 1) : nullptr, s.scratch);
+      sweep_rows(s.at(k), by_state ? &*by_state : nullptr, k > 1 ? &s.rows_of(k - 1) : nullptr, s.scratch);
 }
 
 }  // namespace

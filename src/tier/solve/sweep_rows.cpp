@@ -7,15 +7,16 @@
 
 namespace tier {
 
-sweep_rows::sweep_rows(const level& l, int fine, const sweep_rows* finer, vector scratch)
-    : by_state_(static_cast<bool>(l.order)), team_(matrix_team(l.n)) {
-  all_ = {1, l.n, {1, by_state_ ? fine : l.n}, {(by_state_ ? fine : l.n) + 1, l.n}};
+sweep_rows::sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch)
+    : by_state_(sorted != nullptr), team_(matrix_team(l.n)) {
+  const int fine = sorted ? sorted->fine() : l.n;
+  all_ = {1, l.n, {1, fine}, {fine + 1, l.n}};
   if (team_ == 1) return;
   share_out(l, finer);
   find_foreign_columns(l, scratch);
 }
 
-row_range sweep_rows::range_of(const level& l, int lo, int hi) const {
+row_block sweep_rows::range_of(const level& l, int lo, int hi) const {
   if (!by_state_) return {lo, hi, {lo, hi}, {}};
   const int* const order = l.order.data();
   const auto part = [&](const stretch& rows) -> stretch {
@@ -28,7 +29,8 @@ row_range sweep_rows::range_of(const level& l, int lo, int hi) const {
 
 void sweep_rows::share_out(const level& l, const sweep_rows* finer) {
   const int blocks = 2 * team_;
-  const bool follows = finer && finer->team_ == team_ && finer->by_state_;
+  const bool follows =
+      finer && finer->by_state_ && finer->team_ == team_ && finer->coarse_bounds_.back() == l.n + 1;
   std::vector<int> bounds(static_cast<std::size_t>(blocks) + 1, l.n + 1);
   for (int b = 0; b < blocks; ++b)
     bounds[static_cast<std::size_t>(b)] =
@@ -37,7 +39,7 @@ void sweep_rows::share_out(const level& l, const sweep_rows* finer) {
   threads_.resize(static_cast<std::size_t>(team_));
   for (int b = 0; b < blocks; ++b) {
     const auto block = static_cast<std::size_t>(b);
-    const row_range part = range_of(l, bounds[block], bounds[block + 1] - 1);
+    const row_block part = range_of(l, bounds[block], bounds[block + 1] - 1);
     threads_[static_cast<std::size_t>(b % team_)].range[static_cast<std::size_t>(b / team_)] = part;
     coarse_bounds_[block + 1] = coarse_bounds_[block] + part.coarse.last - part.coarse.first + 1;
   }
@@ -56,7 +58,7 @@ void sweep_rows::find_foreign_columns(const level& l, vector scratch) {
       for (int p = l.ia[rows.first]; p < l.ia[rows.last + 1]; ++p)
         if (!own.has(l.ja[p])) marks[l.ja[p] - 1] = 1;
     };
-    for (const row_range& part : own.range)
+    for (const row_block& part : own.range)
       for (const stretch& rows : {part.fine, part.coarse})
         if (!rows.empty()) mark_columns(rows);
     count[static_cast<std::size_t>(t)] = static_cast<int>(std::count(marks, marks + l.n, '\1'));

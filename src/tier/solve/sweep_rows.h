@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tier/frame/hierarchy.h"
+#include "tier/solve/rows_by_state.h"
 #include "tier/solve/vector_ops.h"
 
 namespace tier {
@@ -17,7 +18,7 @@ struct stretch {
 };
 
 /// Rows of one thread: lo..hi, and the places of those that are F and C.
-struct row_range {
+struct row_block {
   int lo = 1, hi = 0;
   stretch fine, coarse;
   bool has(int row) const { return lo <= row && row <= hi; }
@@ -25,7 +26,7 @@ struct row_range {
 
 /// What one thread smooths.
 struct thread_rows {
-  std::array<row_range, 2> range;
+  std::array<row_block, 2> range;
   work_array<int> foreign;  // columns of its rows that other threads own, ascending
 
   bool has(int row) const { return range[0].has(row) || range[1].has(row); }
@@ -37,23 +38,23 @@ struct thread_rows {
 class sweep_rows {
  public:
   sweep_rows() = default;
-  /// fine     F rows in front of a store by states (rows_by_state), or 0: the level has no states
+  /// sorted   keeps the rows of l by their states, null: they stand in the order of their numbers
   /// finer    the next finer level, null where there is none
   /// scratch  threads * n numbers
-  sweep_rows(const level& l, int fine, const sweep_rows* finer, vector scratch);
+  sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch);
 
   bool by_state() const { return by_state_; }
   int team() const { return team_; }
-  const row_range& all() const { return all_; }
+  const row_block& all() const { return all_; }
   const thread_rows& of_thread(int t) const { return threads_[static_cast<std::size_t>(t)]; }
 
  private:
   /// The part of rows lo..hi of the level.
-  row_range range_of(const level& l, int lo, int hi) const;
+  row_block range_of(const level& l, int lo, int hi) const;
   void share_out(const level& l, const sweep_rows* finer);
   void find_foreign_columns(const level& l, vector scratch);
 
-  row_range all_;
+  row_block all_;
   bool by_state_ = false;
   int team_ = 1;
   std::vector<int> coarse_bounds_;  // [0..2 team] first row of each block, in numbers of the next level

@@ -39,8 +39,10 @@ inline double row_sum(const int* ja, const double* a, const double* u1, std::int
 /// Asks for what stands some rows further on, in loops over rows that follow each other. Without it long rows
 /// wait for memory; short ones come in time by themselves. (A function of prefetches alone that isn't inlined
 /// at once passes for one without effect, and its calls are removed.)
-[[gnu::always_inline]] inline void fetch_ahead(const int* ja, const double* a, int count) {
-  constexpr int shortest = 16, distance = 400, line = 64;
+[[gnu::always_inline]] inline void fetch_ahead(const int* ja, const double* a, int count,
+                                               bool descending = false) {
+  constexpr int shortest = 16, line = 64;
+  const int distance = descending ? -400 : 400;
   if (count < shortest) return;
   for (int k = 0; k < count; k += line / static_cast<int>(sizeof(double)))
     __builtin_prefetch(a + k + distance, 0, 0);

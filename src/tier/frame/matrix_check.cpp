@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cmath>
 #include <string>
 
@@ -29,11 +30,12 @@ struct caller_matrix {
   fail(ierr_bad_matrix, std::string("Array <") + name + "> not properly defined! " + why + " (matrix_check)");
 }
 
-/// The smallest i in lo..hi for which bad(i), hi + 1 if there is none; the same for any team.
+/// The smallest i in lo..hi for which bad(i), hi + 1 if there is none; the same for any team. `rows`: of each
+/// i.
 template <class Predicate>
-int first_bad(int lo, int hi, Predicate bad) {
+int first_bad(int lo, int hi, Predicate bad, int rows = 1) {
   std::atomic<int> first{hi + 1};
-  [[maybe_unused]] const int team = team_size(hi - lo + 1, parm::nmin_matrix);
+  [[maybe_unused]] const int team = team_size(std::int64_t{rows} * (hi - lo + 1), parm::nmin_matrix);
 #pragma omp parallel for num_threads(team) schedule(static)
   for (int i = lo; i <= hi; ++i) {
     if (i >= first.load(std::memory_order_relaxed) || !bad(i)) continue;
@@ -61,6 +63,19 @@ triangle stored_triangle(const caller_matrix& m) {
 
 bool outside(triangle stored, int i, int column) {
   return (stored == triangle::lower && column > i) || (stored == triangle::upper && column < i);
+}
+
+/// Whether positions first..last hold columns of the matrix and finite values. The loops don't branch, so
+/// that the compiler makes vector instructions of them.
+bool sound(const caller_matrix& m, std::int64_t first, std::int64_t last) {
+  constexpr std::uint64_t magnitude = ~std::uint64_t{0} >> 1, exponent_step = std::uint64_t{1} << 52;
+  const auto most = static_cast<unsigned>(m.n);
+  unsigned strange = 0;
+  for (std::int64_t p = first; p <= last; ++p) strange |= static_cast<unsigned>(m.ja[p]) - 1u >= most;
+  std::uint64_t overflow = 0;  // into the sign bit, from an exponent of ones alone
+  for (std::int64_t p = first; p <= last; ++p)
+    overflow |= (std::bit_cast<std::uint64_t>(m.a[p]) & magnitude) + exponent_step;
+  return strange == 0 && (overflow & ~magnitude) == 0;
 }
 
 bool bad_row(const caller_matrix& m, triangle stored, int i) {
@@ -94,7 +109,16 @@ void check_matrix(const call_arguments& call, const controls& c) {
   const caller_matrix m(call);
   check_pointers(m, call.nna);
   const triangle stored = c.half_stored ? stored_triangle(m) : triangle::both;
-  const int row = first_bad(1, m.n, [&](int i) { return bad_row(m, stored, i); });
+  constexpr int rows_of_block = 512;
+  const int blocks = (m.n - 1) / rows_of_block + 1;
+  const auto bad_block = [&](int b) {
+    const int lo = 1 + (b - 1) * rows_of_block, hi = std::min(m.n, b * rows_of_block);
+    bool bad = c.half_stored || !sound(m, m.ia[lo], m.ia[hi + 1] - 1);
+    for (int i = lo; i <= hi; ++i) bad |= m.ja[m.ia[i]] != i || m.a[m.ia[i]] == 0.0;
+    return bad;
+  };
+  const int first = (first_bad(1, blocks, bad_block, rows_of_block) - 1) * rows_of_block + 1;
+  const int row = first_bad(std::min(first, m.n + 1), m.n, [&](int i) { return bad_row(m, stored, i); });
   if (row <= m.n) explain_row(m, stored, row);
 
   const auto require_within = [&](const char* name, view<const int> numbers, int most) {

@@ -22,10 +22,11 @@ inline pair product_of_two(const int* ja, const double* a, const double* u1) {
   return v * x;
 }
 
-/// sum of a_k u(ja_k) over `count` entries; u1 is the address of u(1). Four running sums hide the latency of
-/// the additions; the order is fixed, so a row gives the same bits in every loop.
-inline double row_sum(const int* ja, const double* a, const double* u1, std::int64_t count) {
-  pair s01 = {0.0, 0.0}, s23 = {0.0, 0.0};
+/// start + sum of a_k u(ja_k) over `count` entries; u1 is the address of u(1). Four running sums hide the
+/// latency of the additions; the order is fixed, so a row gives the same bits in every loop.
+inline double row_sum(const int* ja, const double* a, const double* u1, std::int64_t count,
+                      double start = 0.0) {
+  pair s01 = {start, 0.0}, s23 = {0.0, 0.0};
   std::int64_t k = 0;
   for (; k + 4 <= count; k += 4) {
     s01 += product_of_two(ja + k, a + k, u1);

@@ -60,8 +60,8 @@ void sweep(const relaxation& x, const row_block& part, const sweep_kind& kind, d
     const int i = l.row_at(place) - 1, first = ia[place - 1];
     const int others = ia[place] - 1 - first;  // behind the diagonal, from 0
     fetch_ahead(ja + first, a + first, others, kind.descending);
-    const double inverse = 1.0 / a[first - 1];  // in time, while the sum waits for the row before
-    const double value = (f[i] - row_sum(ja + first, a + first, v, others)) * inverse;
+    const double inverse = -1.0 / a[first - 1];  // in time, while the sum waits for the row before
+    const double value = row_sum(ja + first, a + first, v, others, -f[i]) * inverse;
     v[i] = kind.omega > 0.0 ? kind.omega * value + (1.0 - kind.omega) * v[i] : value;
     if (shared) shared[i] = v[i];
   };

@@ -7,13 +7,14 @@
 #include "tier/frame/info.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/row_loop.h"
+#include "tier/solve/sweep_code.h"
 
 namespace tier {
 
 namespace {
 
 constexpr int by_diagonal = 5;
-constexpr int all_rows = 2, jacobi_step = 7;
+constexpr int all_rows = 2;
 enum { conjugate_gradient = 1, bicgstab = 2, flexible_cg = 4 };
 
 bool symmetric_method(int ncgrad) { return ncgrad == conjugate_gradient || ncgrad == flexible_cg; }

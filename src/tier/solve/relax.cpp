@@ -9,12 +9,11 @@
 #include "tier/frame/info.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/row_loop.h"
+#include "tier/solve/sweep_code.h"
 
 namespace tier {
 
 namespace {
-
-constexpr int jacobi_step = 7;
 
 struct relaxation {
   const level& l;

@@ -70,7 +70,7 @@ void relx_block_ilu0(cycle_state& s, int k, int sweeps) {
 
 /// Whether one of the steps is for the rows of one state.
 bool asks_for_states(const sweep_code& code) {
-  const auto of_one_state = [](int step) { return std::abs(step) != 7 && std::abs(step) % 3 != 2; };
+  const auto of_one_state = [](int step) { return std::abs(step) != jacobi_step && std::abs(step) % 3 != 2; };
   return !code.empty() && std::any_of(code.step.begin(), code.step.begin() + code.steps, of_one_state);
 }
 

@@ -7,6 +7,7 @@
 namespace tier {
 
 constexpr int most_steps = 9;
+constexpr int jacobi_step = 7;  // the last; 1 to 6 are Gauss-Seidel steps
 
 struct sweep_code {
   int passes = 0, steps = 0;

@@ -1,6 +1,8 @@
 // The rows that strength and splitting look at: the matrix of a level, or its primary matrix of points.
 #pragma once
 
+#include <algorithm>
+
 #include "tier/frame/work_arrays.h"
 
 namespace tier {
@@ -18,5 +20,12 @@ struct couplings {
   /// Position of the last strong coupling; ia[i] where there is none, 0 where the row is unusable.
   int last_strong(int i) const { return ja[ia[i]]; }
 };
+
+/// Entries of the longest of n rows.
+inline int longest_row(view<const int> ia, int n) {
+  int longest = 0;
+  for (int i = 1; i <= n; ++i) longest = std::max(longest, ia[i + 1] - ia[i]);
+  return longest;
+}
 
 }  // namespace tier

@@ -5,85 +5,100 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
+#include "tier/setup/interpolation_row.h"
 #include "tier/setup/team.h"
 
 namespace tier {
 
 namespace {
 
-/// Forms coarse rows; each thread has its own with a marker array [1..coarse variables].
+/// A row that grows from place `first` on. The marker holds the last place of each column; those below
+/// `first` are of earlier rows.
+struct growing_row {
+  int* marker;
+  int* ja;
+  double* a;
+  int first;
+  int next = first;
+
+  /// Adds v in a column. (The branch beats its arithmetic: places in `a` that hang on the marker hold up all
+  /// that follows.)
+  void add(int column, double v) {
+    const int at = marker[column];
+    if (at >= first) {
+      a[at] += v;
+      return;
+    }
+    marker[column] = next;
+    ja[next] = column;
+    a[next] = v;
+    ++next;
+  }
+
+  /// Adds v times row l of the weights; false, and nothing added, when it might end behind `limit`.
+  bool add(const weight_rows& p, int l, double v, std::int64_t limit) {
+    const int begin = p.iw[l], end = p.iw[l + 1];
+    if (std::int64_t{next} + (end - begin) - 1 > limit) return false;
+    for (int q = begin; q < end; ++q) add(p.jw[q], p.w[q] * v);
+    return true;
+  }
+};
+
+/// Forms coarse rows; each thread has its own. The loops over products are functions of their own, which
+/// keeps what they need in registers.
 class row_former {
  public:
-  row_former(const level& fine, int coarse_rows, bool keep_zeros, int* marker)
-      : fine_(fine), coarse_rows_(coarse_rows), keep_zeros_(keep_zeros), marker_(marker) {}
+  /// Scratch of a thread: markers [1..fine variables] and [1..coarse variables] of zeros, and a row of R A.
+  struct scratch {
+    view<int> fine_marker, coarse_marker, columns;
+    view<double> sums;
+  };
+
+  row_former(const level& fine, int coarse_rows, bool keep_zeros, const scratch& s)
+      : fine_(fine), coarse_rows_(coarse_rows), keep_zeros_(keep_zeros), s_(s) {}
 
   /// Entries of coarse row c; the marker holds the last row that had a column.
   int count(int c) {
-    marker_[c] = c;
+    restrict_rows(c);
+    s_.coarse_marker[c] = c;
     int entries = 1;
-    visit(c, [&](int m, double) {
-      if (marker_[m] == c) return true;
-      marker_[m] = c;
-      ++entries;
-      return true;
-    });
+    for (int k = 1; k <= length_; ++k) {
+      const int l = s_.columns[k];
+      for (int q = fine_.iw[l]; q < fine_.iw[l + 1]; ++q) {
+        int& last = s_.coarse_marker[fine_.jw[q]];
+        entries += last != c;
+        last = c;
+      }
+    }
     return entries;
   }
 
-  /// Writes row c from position `start` on, at most up to `limit`; returns the next free position, 0 without
-  /// room. The marker holds positions, those below `start` are of earlier rows.
+  /// Writes row c from position `start` on, at most up to `limit`; returns the next free position, 0 when the
+  /// room may not do.
   std::int64_t form(int c, std::int64_t start, std::int64_t limit, view<int> ja, view<double> a) {
     if (start > limit) return 0;
-    int next = static_cast<int>(start);
-    const int first = next;
-    marker_[c] = next;
-    ja[next] = c;
-    a[next] = 0.0;
-    ++next;
-    const bool complete = visit(c, [&](int m, double v) {
-      const int at = marker_[m];
-      if (at >= first) {
-        a[at] += v;
-        return true;
-      }
-      if (next > limit) return false;
-      marker_[m] = next;
-      ja[next] = m;
-      a[next] = v;
-      ++next;
-      return true;
-    });
-    if (complete) return next;
-    for (int p = first; p < next; ++p) marker_[ja[p]] = 0;
+    growing_row row{s_.coarse_marker.data() - 1, ja.data() - 1, a.data() - 1, static_cast<int>(start)};
+    row.add(c, 0.0);  // the diagonal stands first
+    if (fine_.iu ? add_products(c, row, limit) : add_restricted_row(c, row, limit)) return row.next;
+    for (int p = row.first; p < row.next; ++p) s_.coarse_marker[ja[p]] = 0;
     return 0;
   }
 
  private:
-  /// Calls take(column, value) for every product r a_il w_lm of row c until it returns false.
-  template <class Take>
-  bool visit(int c, Take take) const {
+  /// Row c of R A, length_ entries of the scratch.
+  [[gnu::noinline]] void restrict_rows(int c) {
     const level& f = fine_;
     const int* const ia = f.ia.data() - 1;
     const int* const ja = f.ja.data() - 1;
     const double* const a = f.a.data() - 1;
-    const int* const iw = f.iw.data() - 1;
-    const int* const jw = f.jw.data() - 1;
-    const double* const w = f.w.data() - 1;
-    constexpr int rows_ahead = 2;  // fine rows lie apart: what a coarse row needs is asked for in time
-    if (c + rows_ahead <= coarse_rows_) {
-      const int end = f.rt[c + rows_ahead + 1];
-      for (int t = f.rt[c + rows_ahead]; t < end; ++t) {
-        const int i = f.jrt[t];
-        __builtin_prefetch(a + ia[i]);
-        __builtin_prefetch(ja + ia[i]);
-        __builtin_prefetch(w + iw[i]);
-        __builtin_prefetch(jw + iw[i]);
-      }
-    }
+    fetch_ahead(c);
+    for (int k = 1; k <= length_; ++k) s_.fine_marker[s_.columns[k]] = 0;  // of the row before
+    growing_row row{s_.fine_marker.data() - 1, s_.columns.data() - 1, s_.sums.data() - 1, 1};
     const int last = f.rt[c + 1];
     for (int t = f.rt[c]; t < last; ++t) {
       const int i = f.jrt[t], end = ia[i + 1];
@@ -91,18 +106,72 @@ class row_former {
       for (int p = ia[i]; p < end; ++p) {
         const double v = r * a[p];
         if (v == 0.0 && !keep_zeros_) continue;
-        const int l = ja[p], row_end = iw[l + 1];
-        for (int q = iw[l]; q < row_end; ++q)
-          if (!take(jw[q], w[q] * v)) return false;
+        row.add(ja[p], v);
       }
     }
-    return true;
+    length_ = row.next - 1;
+  }
+
+  /// Adds row c of R A times P; false without room.
+  [[gnu::noinline]] bool add_restricted_row(int c, growing_row& result, std::int64_t limit) {
+    restrict_rows(c);
+    const weight_rows p{fine_.iw, fine_.jw, fine_.w};
+    const view<int> columns = s_.columns;
+    const view<double> sums = s_.sums;
+    const int length = length_;
+    growing_row row = result;
+    int k = 1;
+    while (k <= length && row.add(p, columns[k], sums[k], limit)) ++k;
+    result = row;
+    return k > length;
+  }
+
+  /// Adds each product r a_il w_lm by itself; false without room.
+  [[gnu::noinline]] bool add_products(int c, growing_row& result, std::int64_t limit) {
+    const level& f = fine_;
+    const weight_rows weights{f.iw, f.jw, f.w};
+    const int* const ia = f.ia.data() - 1;
+    const int* const ja = f.ja.data() - 1;
+    const double* const a = f.a.data() - 1;
+    growing_row row = result;
+    fetch_ahead(c);
+    bool room = true;
+    for (int t = f.rt[c]; t < f.rt[c + 1] && room; ++t) {
+      const int i = f.jrt[t], end = ia[i + 1];
+      const double r = f.wrt[t];
+      for (int p = ia[i]; p < end && room; ++p) {
+        const double v = r * a[p];
+        if (v == 0.0 && !keep_zeros_) continue;
+        room = row.add(weights, ja[p], v, limit);
+      }
+    }
+    result = row;
+    return room;
+  }
+
+  /// Fine rows lie apart: what a coarse row needs is asked for in time.
+  [[gnu::always_inline]] void fetch_ahead(int c) const {
+    constexpr int rows_ahead = 2;
+    if (c + rows_ahead > coarse_rows_) return;
+    const level& f = fine_;
+    const int* const ia = f.ia.data() - 1;
+    const int* const ja = f.ja.data() - 1;
+    const double* const a = f.a.data() - 1;
+    const int end = f.rt[c + rows_ahead + 1];
+    for (int t = f.rt[c + rows_ahead]; t < end; ++t) {
+      const int i = f.jrt[t];
+      __builtin_prefetch(a + ia[i]);
+      __builtin_prefetch(ja + ia[i]);
+      __builtin_prefetch(&f.w[f.iw[i]]);
+      __builtin_prefetch(&f.jw[f.iw[i]]);
+    }
   }
 
   const level& fine_;
   int coarse_rows_;
   bool keep_zeros_;
-  int* marker_;
+  scratch s_;
+  int length_ = 0;
 };
 
 constexpr const char* routine = "opdfn";
@@ -145,16 +214,32 @@ struct product {
   level& coarse;
   bool keep_zeros;
   std::vector<int> bounds;
-  work_array<int> markers;  // a column of coarse size for each thread
+  int room;                  // of a row of R A
+  work_array<int> integers;  // markers and columns of each thread
+  work_array<double> reals;  // sums of each thread
 
+  product(const level& f, level& c, bool zeros, std::vector<int> parts)
+      : fine(f), coarse(c), keep_zeros(zeros), bounds(std::move(parts)) {
+    const std::int64_t longest = std::int64_t{longest_row(fine.rt, coarse.n)} * longest_row(fine.ia, fine.n);
+    room = static_cast<int>(std::min<std::int64_t>(longest, fine.n));
+  }
   int team() const { return static_cast<int>(bounds.size()) - 1; }
   int lo(int tid) const { return bounds[static_cast<std::size_t>(tid)]; }
   int hi(int tid) const { return bounds[static_cast<std::size_t>(tid) + 1] - 1; }
-  void allocate_markers() { markers.allocate(std::int64_t{coarse.n} * team(), "marker", routine); }
+  std::int64_t integers_of_thread() const { return std::int64_t{fine.n} + coarse.n + room; }
+  void allocate_scratch() {
+    integers.allocate(integers_of_thread() * team(), "marker", routine);
+    reals.allocate(std::int64_t{room} * team(), "marker", routine);
+  }
   row_former former(int tid) {
-    int* const column = markers.data() + std::int64_t{coarse.n} * tid;
-    std::fill_n(column, coarse.n, 0);
-    return {fine, coarse.n, keep_zeros, column - 1};
+    int* const own = integers.data() + integers_of_thread() * tid;
+    int* const columns = own + fine.n + coarse.n;
+    std::fill(own, columns, 0);
+    return {fine,
+            coarse.n,
+            keep_zeros,
+            {view<int>(own), view<int>(own + fine.n), view<int>(columns),
+             view<double>(reals.data() + std::int64_t{room} * tid)}};
   }
   /// Runs step(tid) for each part, one to a thread.
   template <class Step>
@@ -182,7 +267,7 @@ void prefix_sum(level& coarse) {
 
 void two_sweeps(product& g) {
   level& coarse = g.coarse;
-  g.allocate_markers();
+  g.allocate_scratch();
   g.for_parts([&g, &coarse](int tid) {
     row_former rows = g.former(tid);
     for (int c = g.lo(tid); c <= g.hi(tid); ++c) coarse.own_ia[c + 1] = rows.count(c);
@@ -195,7 +280,8 @@ void two_sweeps(product& g) {
   const view<double> a = coarse.own_a;
   g.for_parts([&](int tid) {
     row_former rows = g.former(tid);
-    for (int c = g.lo(tid); c <= g.hi(tid); ++c) rows.form(c, coarse.own_ia[c], entries, ja, a);
+    for (int c = g.lo(tid); c <= g.hi(tid); ++c)
+      rows.form(c, coarse.own_ia[c], std::numeric_limits<int>::max(), ja, a);
   });
 }
 
@@ -207,7 +293,7 @@ std::int64_t expected_room(std::int64_t used, int done, int rows) {
 
 void one_serial_sweep(product& g) {
   level& coarse = g.coarse;
-  g.allocate_markers();
+  g.allocate_scratch();
   row_former rows = g.former(0);
   const level& fine = g.fine;
   std::int64_t room = expected_room(fine.ia[fine.n + 1] - 1, fine.n, coarse.n);
@@ -290,7 +376,7 @@ void join_chunks(product& g, std::vector<chunk_list>& lists) {
 
 void one_sweep_in_chunks(product& g) {
   level& coarse = g.coarse;
-  g.allocate_markers();
+  g.allocate_scratch();
   std::vector<chunk_list> lists;
   for (int tid = 0; tid < g.team(); ++tid) lists.push_back({g.lo(tid), {}});
   while (add_chunks(g, lists)) {
@@ -308,7 +394,8 @@ void one_sweep_in_chunks(product& g) {
       }
     });
   }
-  g.markers.release();
+  g.integers.release();
+  g.reals.release();
   join_chunks(g, lists);
 }
 
@@ -318,8 +405,8 @@ void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_ze
   const bool serial = variant == opdfn_variant::standard;
   const bool balanced = variant == opdfn_variant::detrlen_mg || variant == opdfn_variant::dynalloc_mg;
   const int team = serial ? 1 : setup_team(coarse.n);
-  product g{
-      fine, coarse, keep_zeros, balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team), {}};
+  product g(fine, coarse, keep_zeros,
+            balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team));
   coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", routine);
   if (serial) {
     one_serial_sweep(g);

@@ -272,16 +272,10 @@ int effective_type(const strength_options& o) {
   return o.ncgtyp == 5 ? 2 : 1;
 }
 
-int longest_row(const couplings& m) {
-  int longest = 0;
-  for (int i = 1; i <= m.n; ++i) longest = std::max(longest, m.length(i));
-  return longest;
-}
-
 template <bool kinds>
 strength_counts sort_all(const couplings& m, const strength_options& o, int type) {
   const int team = setup_team(m.n);
-  const int longest = kinds ? longest_row(m) : 1;
+  const int longest = kinds ? longest_row(m.ia, m.n) : 1;
   const bool eliminating = type >= 3;
   const std::int64_t dense = eliminating ? m.n : 0;
   work_array<int> own;

@@ -13,12 +13,6 @@ namespace {
 
 constexpr const char* routine = "pwint1_aa";
 
-int longest_row(const level& lv) {
-  int longest = 0;
-  for (int i = 1; i <= lv.n; ++i) longest = std::max(longest, lv.ia[i + 1] - lv.ia[i]);
-  return longest;
-}
-
 }  // namespace
 
 couplings couplings_of(const level& lv, bool own_unknown) {
@@ -29,7 +23,7 @@ weight_assembly::weight_assembly(level& lv, const couplings& m, const interpolat
                                  bool by_points)
     : lv_(lv), m_(m), o_(o), by_points_(by_points) {
   const int count = setup_team(lv.n);
-  const int longest = longest_row(lv);
+  const int longest = longest_row(lv.ia, lv.n);
   lv.iw.allocate(std::int64_t{lv.n} + 1, "iw", routine);
   for (int tid = 0; tid < count; ++tid) {
     auto p = std::make_unique<part>();

@@ -57,14 +57,17 @@ dense transposed(const dense& a) {
   return t;
 }
 
-/// Level 1 with its interpolation, level 2 laid out.
+/// Level 1 with its interpolation, level 2 laid out. Several functions have their products added one by one.
 struct two_levels {
   sparse_system s;
+  std::vector<int> iu;
   tier::hierarchy h;
 
-  explicit two_levels(sparse_system system) : s(std::move(system)) {
+  two_levels(sparse_system system, int functions) : s(std::move(system)) {
+    for (int i = 0; i < s.n && functions > 1; ++i) iu.push_back(i % functions + 1);
     set_first_level(h, s);
     tier::level& lv = h(1);
+    if (functions > 1) lv.iu = tier::view<int>(iu.data());
     tier::rwsrt(tier::couplings_of(lv, false), {});
     lv.icg.allocate(lv.n, "icg", "test");
     tier::pcol(tier::couplings_of(lv, false), {}, lv.icg);
@@ -74,15 +77,15 @@ struct two_levels {
   }
 };
 
-class Galerkin : public testing::TestWithParam<std::tuple<int, int>> {};
+class Galerkin : public testing::TestWithParam<std::tuple<int, int, int>> {};
 
 TEST_P(Galerkin, EqualsTheTripleProductInEveryVariant) {
-  const auto [variant, threads] = GetParam();
+  const auto [variant, threads, functions] = GetParam();
 #ifdef _OPENMP
   omp_set_num_threads(threads);
 #endif
   tier::set_max_threads(1000);
-  two_levels t(random_system(8000, 6, 0.1, 11));
+  two_levels t(random_system(8000, 6, 0.1, 11), functions);
   tier::opdfn(t.h(1), t.h(2), tier::opdfn_variant::detrlen, false);
   tier::level reference = std::move(t.h(2));
   t.h(2) = tier::level();
@@ -99,21 +102,25 @@ TEST_P(Galerkin, EqualsTheTripleProductInEveryVariant) {
   EXPECT_EQ(coarse.own_ja.size(), coarse.entries());
 }
 
-INSTANTIATE_TEST_SUITE_P(Variants, Galerkin, testing::Combine(testing::Range(1, 7), testing::Values(1, 3)));
+INSTANTIATE_TEST_SUITE_P(Variants, Galerkin,
+                         testing::Combine(testing::Range(1, 7), testing::Values(1, 3),
+                                          testing::Values(1, 2)));
 
 TEST(Opdfn, EqualsTheExplicitTripleProduct) {
-  two_levels t(random_system(300, 6, 0.3, 5));
-  const tier::level& fine = t.h(1);
-  tier::opdfn(fine, t.h(2), tier::opdfn_variant::standard, false);
-  const tier::level& coarse = t.h(2);
-  const dense p = dense_of(fine.n, coarse.n, fine.iw, fine.jw, fine.w);
-  const dense expected =
-      product(transposed(p), product(dense_of(fine.n, fine.n, fine.ia, fine.ja, fine.a), p));
-  const dense actual = dense_of(coarse.n, coarse.n, coarse.ia, coarse.ja, coarse.a);
-  for (int i = 1; i <= coarse.n; ++i) {
-    EXPECT_EQ(coarse.ja[coarse.ia[i]], i);
-    for (std::size_t j = 1; j < actual.size(); ++j)
-      ASSERT_NEAR(actual[static_cast<std::size_t>(i)][j], expected[static_cast<std::size_t>(i)][j], 1e-13);
+  for (const int functions : {1, 2}) {
+    two_levels t(random_system(300, 6, 0.3, 5), functions);
+    const tier::level& fine = t.h(1);
+    tier::opdfn(fine, t.h(2), tier::opdfn_variant::standard, false);
+    const tier::level& coarse = t.h(2);
+    const dense p = dense_of(fine.n, coarse.n, fine.iw, fine.jw, fine.w);
+    const dense expected =
+        product(transposed(p), product(dense_of(fine.n, fine.n, fine.ia, fine.ja, fine.a), p));
+    const dense actual = dense_of(coarse.n, coarse.n, coarse.ia, coarse.ja, coarse.a);
+    for (int i = 1; i <= coarse.n; ++i) {
+      EXPECT_EQ(coarse.ja[coarse.ia[i]], i);
+      for (std::size_t j = 1; j < actual.size(); ++j)
+        ASSERT_NEAR(actual[static_cast<std::size_t>(i)][j], expected[static_cast<std::size_t>(i)][j], 1e-13);
+    }
   }
 }
 

@@ -23,27 +23,24 @@ bool has_strong_coupling(const couplings& g, int i, int j) {
 }  // namespace
 
 template <class Visit>
-void first_pass::for_strong(int i, Visit visit) const {
-  const int first = g_.ia[i] + 1, last = g_.last_strong(i);
+void first_pass::for_strong(int first, int last, Visit visit) const {
   for (int p = first; p <= last; ++p) {
     const int j = g_.ja[p];
     if (in_block(j)) visit(j);
   }
 }
 
-void first_pass::allocate_counts() { start_.allocate(std::int64_t{rows()} + 2, "start", "pcol"); }
+void first_pass::allocate_counts() { counts_.allocate(std::int64_t{rows()} + 1, "start", "pcol"); }
 
-// start_[j + 2] counts the rows that depend on local variable j; one place further on than usual, so that
-// filling the lists leaves start_ right.
 void first_pass::count() {
-  std::fill_n(start_.data(), start_.size(), 0);
-  int* const counts = start_.data() - lo_ + 2;  // counts[j]: dependents of variable j
+  std::fill_n(counts_.data(), counts_.size(), 0);
+  int* const counts = counts_.data() - lo_ + 1;  // counts[j]: dependents of variable j
   std::int64_t all = 0;
   for (int i = lo_; i <= hi_; ++i) {
     if (state_[i] == state_not_taking_part) continue;
     const int strong = std::max(0, g_.last_strong(i) - g_.ia[i]);
     int within = 0;
-    for_strong(i, [counts, &within](int j) {
+    for_strong(g_.ia[i] + 1, g_.last_strong(i), [counts, &within](int j) {
       ++counts[j];
       ++within;
     });
@@ -56,9 +53,9 @@ void first_pass::count() {
     }
   }
   int most = 0;
-  for (int k = 3; k <= rows() + 2; ++k) {
-    most = std::max(most, start_[k]);
-    strong_ += start_[k];
+  for (int k = 2; k <= rows() + 1; ++k) {
+    most = std::max(most, counts_[k]);
+    strong_ += counts_[k];
   }
   leaving_ = all - strong_;
   highest_ = 2 * most;  // each dependent raises the measure once more when it becomes F
@@ -70,15 +67,21 @@ void first_pass::allocate_lists() {
 }
 
 void first_pass::transpose() {
+  int first = 1;
   for (int i = lo_; i <= hi_; ++i) {
-    const bool undecided = state_[i] == state_undecided;
-    at(i) = {0, 0, undecided ? start_[i - lo_ + 3] : -1, -1};
+    const int count = counts_[i - lo_ + 2];
+    counts_[i - lo_ + 1] = first;
+    at(i) = {.measure = state_[i] == state_undecided ? count : -1,
+             .first_dependent = first,
+             .end_dependent = first + count,
+             .first_strong = g_.ia[i] + 1,
+             .last_strong = g_.last_strong(i)};
+    first += count;
   }
-  start_[1] = start_[2] = 1;
-  for (int k = 3; k <= rows() + 2; ++k) start_[k] += start_[k - 1];
-  int* const next = start_.data() - lo_ + 1;  // next[j]: free place in the list of variable j
+  int* const free = counts_.data() - lo_;  // free[j]: next place in the list of variable j
   for (int i = lo_; i <= hi_; ++i)
-    if (state_[i] != state_not_taking_part) for_strong(i, [&](int j) { dependents_[next[j]++] = i; });
+    if (state_[i] != state_not_taking_part)
+      for_strong(g_.ia[i] + 1, g_.last_strong(i), [&](int j) { dependents_[free[j]++] = i; });
 }
 
 void first_pass::insert(int i) {
@@ -101,6 +104,12 @@ void first_pass::defer(int i) {
   if (v.deferred >= 0) return;
   v.deferred = deferred_;
   deferred_ = i;
+  __builtin_prefetch(&dependents_[v.first_dependent]);  // it may be chosen soon
+}
+
+void first_pass::fetch_dependents(const node& v) const {
+  for (int t = v.first_dependent; t < v.end_dependent; ++t)
+    __builtin_prefetch(&nodes_[dependents_[t] - lo_ + 1]);
 }
 
 // A variable moves once for each C choice, whatever changed its measure, to the young end of its new list.
@@ -112,6 +121,7 @@ void first_pass::relink_deferred() {
     v.deferred = -1;
     if (v.measure < 0) continue;
     unlink(i);
+    if (v.measure >= top_) fetch_dependents(v);
     top_ = std::max(top_, v.measure);
     insert(i);
   }
@@ -119,21 +129,24 @@ void first_pass::relink_deferred() {
 
 template <bool listed>
 void first_pass::choose(int i) {
-  const int* const starts = start_.data() - lo_;
-  for (int t = starts[i]; t < starts[i + 1]; ++t) {
+  const node& chosen = at(i);
+  const int end = chosen.end_dependent;
+  for (int t = chosen.first_dependent; t < end; ++t)
+    __builtin_prefetch(&g_.ja[at(dependents_[t]).first_strong]);
+  for (int t = chosen.first_dependent; t < end; ++t) {
     const int j = dependents_[t];
     node& v = at(j);
     if (v.measure < 0) continue;
     state_[j] = state_f;
     if (listed) unlink(j);
     v.measure = -1;
-    for_strong(j, [this](int l) {
+    for_strong(v.first_strong, v.last_strong, [this](int l) {
       if (at(l).measure < 0) return;
       ++at(l).measure;
       if (listed) defer(l);
     });
   }
-  for_strong(i, [this](int j) {
+  for_strong(chosen.first_strong, chosen.last_strong, [this](int j) {
     if (at(j).measure < 0) return;
     --at(j).measure;
     if (listed) defer(j);
@@ -147,7 +160,7 @@ void first_pass::run() {
     if (state_[i] == state_c) choose<false>(i);
   for (int measure = 0; measure <= highest_; ++measure) {
     const int self = rows() + 1 + measure;
-    head(measure) = {self, self, -1, -1};
+    head(measure) = {.next = self, .prev = self};
   }
   for (int i = lo_; i <= hi_; ++i) {
     if (at(i).measure < 0) continue;

@@ -30,11 +30,13 @@ class first_pass {
   std::int64_t leaving() const { return leaving_; }  // out of it
 
  private:
-  /// Links and measure of a variable are touched together, so they share a cache line.
+  /// What a visit to a variable touches shares a cache line: the choices jump about in the matrix.
   struct node {
-    int next, prev;
-    int measure;   // rows that depend on it, F ones twice; -1 when decided
-    int deferred;  // link of the deferred list, -1 when not in it
+    int next = 0, prev = 0;
+    int measure = -1;                            // rows that depend on it, F ones twice; -1 when decided
+    int deferred = -1;                           // link of the deferred list, -1 when not in it
+    int first_dependent = 0, end_dependent = 0;  // dependents_[first] .. [end - 1]
+    int first_strong = 0, last_strong = 0;       // strong couplings, positions in the matrix
   };
 
   int rows() const { return hi_ - lo_ + 1; }
@@ -42,11 +44,12 @@ class first_pass {
   node& head(int measure) { return nodes_[rows() + 1 + measure]; }
   bool in_block(int j) const { return j >= lo_ && j <= hi_; }
   template <class Visit>
-  void for_strong(int i, Visit visit) const;
+  void for_strong(int first, int last, Visit visit) const;
   void transpose();
   void insert(int i);
   void unlink(int i);
   void defer(int i);
+  void fetch_dependents(const node& v) const;
   void relink_deferred();
   template <bool listed>
   void choose(int i);
@@ -56,10 +59,11 @@ class first_pass {
   int lo_, hi_;
   int last_of_lower_half_ = lo_ - 1, first_of_upper_half_ = hi_ + 1;  // of the rows coupled with other blocks
   std::int64_t strong_ = 0, leaving_ = 0;
-  int highest_ = 0;                     // bound of all measures
-  int top_ = 0;                         // highest measure of a non-empty list
-  int deferred_ = 0;                    // head of the deferred list, 0 when empty
-  work_array<int> start_, dependents_;  // rows that depend on a variable, by local number
+  int highest_ = 0;             // bound of all measures
+  int top_ = 0;                 // highest measure of a non-empty list
+  int deferred_ = 0;            // head of the deferred list, 0 when empty
+  work_array<int> counts_;      // [2..rows+1] of dependents by local number, then where lists are filled
+  work_array<int> dependents_;  // rows that depend on a variable
   work_array<node> nodes_;
 };
 

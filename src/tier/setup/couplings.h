@@ -1,4 +1,5 @@
-// The rows that strength and splitting look at: the matrix of a level, or its primary matrix of points.
+// The rows that set-up works on: the matrix of a level or its primary matrix of points, and interpolation
+// weights.
 #pragma once
 
 #include <algorithm>
@@ -19,6 +20,14 @@ struct couplings {
   int length(int i) const { return ia[i + 1] - ia[i]; }
   /// Position of the last strong coupling; ia[i] where there is none, 0 where the row is unusable.
   int last_strong(int i) const { return ja[ia[i]]; }
+};
+
+/// Interpolation rows iw[j] .. iw[j+1]-1; columns are variables of the same level while weights are made,
+/// then coarse numbers.
+struct weight_rows {
+  view<const int> iw, jw;
+  view<const double> w;
+  bool has(int j) const { return iw && iw[j + 1] > iw[j]; }
 };
 
 /// Entries of the longest of n rows.

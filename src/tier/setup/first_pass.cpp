@@ -30,7 +30,12 @@ void first_pass::for_strong(int first, int last, Visit visit) const {
   }
 }
 
-void first_pass::allocate_counts() { counts_.allocate(std::int64_t{rows()} + 1, "start", "pcol"); }
+template <class Visit>
+void first_pass::for_strong(int i, Visit visit) const {
+  for_strong(g_.ia[i] + 1, g_.last_strong(i), visit);
+}
+
+void first_pass::allocate_counts() { counts_.allocate(std::int64_t{rows()} + 1, "counts", "pcol"); }
 
 void first_pass::count() {
   std::fill_n(counts_.data(), counts_.size(), 0);
@@ -40,7 +45,7 @@ void first_pass::count() {
     if (state_[i] == state_not_taking_part) continue;
     const int strong = std::max(0, g_.last_strong(i) - g_.ia[i]);
     int within = 0;
-    for_strong(g_.ia[i] + 1, g_.last_strong(i), [counts, &within](int j) {
+    for_strong(i, [counts, &within](int j) {
       ++counts[j];
       ++within;
     });
@@ -80,8 +85,7 @@ void first_pass::transpose() {
   }
   int* const free = counts_.data() - lo_;  // free[j]: next place in the list of variable j
   for (int i = lo_; i <= hi_; ++i)
-    if (state_[i] != state_not_taking_part)
-      for_strong(g_.ia[i] + 1, g_.last_strong(i), [&](int j) { dependents_[free[j]++] = i; });
+    if (state_[i] != state_not_taking_part) for_strong(i, [&](int j) { dependents_[free[j]++] = i; });
 }
 
 void first_pass::insert(int i) {
@@ -107,9 +111,11 @@ void first_pass::defer(int i) {
   __builtin_prefetch(&dependents_[v.first_dependent]);  // it may be chosen soon
 }
 
+// Few of them, as a variable may come back to the top as often as it has dependents.
 void first_pass::fetch_dependents(const node& v) const {
-  for (int t = v.first_dependent; t < v.end_dependent; ++t)
-    __builtin_prefetch(&nodes_[dependents_[t] - lo_ + 1]);
+  constexpr int most = 16;
+  const int end = std::min(v.end_dependent, v.first_dependent + most);
+  for (int t = v.first_dependent; t < end; ++t) __builtin_prefetch(&nodes_[dependents_[t] - lo_ + 1]);
 }
 
 // A variable moves once for each C choice, whatever changed its measure, to the young end of its new list.
@@ -131,8 +137,10 @@ template <bool listed>
 void first_pass::choose(int i) {
   const node& chosen = at(i);
   const int end = chosen.end_dependent;
-  for (int t = chosen.first_dependent; t < end; ++t)
-    __builtin_prefetch(&g_.ja[at(dependents_[t]).first_strong]);
+  for (int t = chosen.first_dependent; t < end; ++t) {
+    const node& v = at(dependents_[t]);
+    if (v.measure >= 0) __builtin_prefetch(&g_.ja[v.first_strong]);
+  }
   for (int t = chosen.first_dependent; t < end; ++t) {
     const int j = dependents_[t];
     node& v = at(j);

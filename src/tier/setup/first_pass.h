@@ -45,6 +45,8 @@ class first_pass {
   bool in_block(int j) const { return j >= lo_ && j <= hi_; }
   template <class Visit>
   void for_strong(int first, int last, Visit visit) const;
+  template <class Visit>
+  void for_strong(int i, Visit visit) const;
   void transpose();
   void insert(int i);
   void unlink(int i);
@@ -62,7 +64,7 @@ class first_pass {
   int highest_ = 0;             // bound of all measures
   int top_ = 0;                 // highest measure of a non-empty list
   int deferred_ = 0;            // head of the deferred list, 0 when empty
-  work_array<int> counts_;      // [2..rows+1] of dependents by local number, then where lists are filled
+  work_array<int> counts_;      // [2..rows+1] dependents of each; then [1..rows] where the next one goes
   work_array<int> dependents_;  // rows that depend on a variable
   work_array<node> nodes_;
 };

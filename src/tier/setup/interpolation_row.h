@@ -15,13 +15,6 @@ struct interpolation_options {
   bool unit_row_sum = false;  // scale every row to row sum 1
 };
 
-/// Interpolation rows that replace F columns: iw[j] .. iw[j+1]-1, columns of the same level.
-struct weight_rows {
-  view<const int> iw, jw;
-  view<const double> w;
-  bool has(int j) const { return iw && iw[j + 1] > iw[j]; }
-};
-
 /// The slots of one row. Slot 1 is the diagonal; columns that are eliminated keep their slot with value 0.
 class interpolation_row {
  public:

@@ -10,169 +10,13 @@
 
 #include "tier/frame/ierr.h"
 #include "tier/frame/info.h"
-#include "tier/setup/interpolation_row.h"
+#include "tier/setup/coarse_row.h"
+#include "tier/setup/couplings.h"
 #include "tier/setup/team.h"
 
 namespace tier {
 
 namespace {
-
-/// A row that grows from place `first` on. The marker holds the last place of each column; those below
-/// `first` are of earlier rows.
-struct growing_row {
-  int* marker;
-  int* ja;
-  double* a;
-  int first;
-  int next = first;
-
-  /// Adds v in a column. (The branch beats its arithmetic: places in `a` that hang on the marker hold up all
-  /// that follows.)
-  void add(int column, double v) {
-    const int at = marker[column];
-    if (at >= first) {
-      a[at] += v;
-      return;
-    }
-    marker[column] = next;
-    ja[next] = column;
-    a[next] = v;
-    ++next;
-  }
-
-  /// Adds v times row l of the weights; false, and nothing added, when it might end behind `limit`.
-  bool add(const weight_rows& p, int l, double v, std::int64_t limit) {
-    const int begin = p.iw[l], end = p.iw[l + 1];
-    if (std::int64_t{next} + (end - begin) - 1 > limit) return false;
-    for (int q = begin; q < end; ++q) add(p.jw[q], p.w[q] * v);
-    return true;
-  }
-};
-
-/// Forms coarse rows; each thread has its own. The loops over products are functions of their own, which
-/// keeps what they need in registers.
-class row_former {
- public:
-  /// Scratch of a thread: markers [1..fine variables] and [1..coarse variables] of zeros, and a row of R A.
-  struct scratch {
-    view<int> fine_marker, coarse_marker, columns;
-    view<double> sums;
-  };
-
-  row_former(const level& fine, int coarse_rows, bool keep_zeros, const scratch& s)
-      : fine_(fine), coarse_rows_(coarse_rows), keep_zeros_(keep_zeros), s_(s) {}
-
-  /// Entries of coarse row c; the marker holds the last row that had a column.
-  int count(int c) {
-    restrict_rows(c);
-    s_.coarse_marker[c] = c;
-    int entries = 1;
-    for (int k = 1; k <= length_; ++k) {
-      const int l = s_.columns[k];
-      for (int q = fine_.iw[l]; q < fine_.iw[l + 1]; ++q) {
-        int& last = s_.coarse_marker[fine_.jw[q]];
-        entries += last != c;
-        last = c;
-      }
-    }
-    return entries;
-  }
-
-  /// Writes row c from position `start` on, at most up to `limit`; returns the next free position, 0 when the
-  /// room may not do.
-  std::int64_t form(int c, std::int64_t start, std::int64_t limit, view<int> ja, view<double> a) {
-    if (start > limit) return 0;
-    growing_row row{s_.coarse_marker.data() - 1, ja.data() - 1, a.data() - 1, static_cast<int>(start)};
-    row.add(c, 0.0);  // the diagonal stands first
-    if (fine_.iu ? add_products(c, row, limit) : add_restricted_row(c, row, limit)) return row.next;
-    for (int p = row.first; p < row.next; ++p) s_.coarse_marker[ja[p]] = 0;
-    return 0;
-  }
-
- private:
-  /// Row c of R A, length_ entries of the scratch.
-  [[gnu::noinline]] void restrict_rows(int c) {
-    const level& f = fine_;
-    const int* const ia = f.ia.data() - 1;
-    const int* const ja = f.ja.data() - 1;
-    const double* const a = f.a.data() - 1;
-    fetch_ahead(c);
-    for (int k = 1; k <= length_; ++k) s_.fine_marker[s_.columns[k]] = 0;  // of the row before
-    growing_row row{s_.fine_marker.data() - 1, s_.columns.data() - 1, s_.sums.data() - 1, 1};
-    const int last = f.rt[c + 1];
-    for (int t = f.rt[c]; t < last; ++t) {
-      const int i = f.jrt[t], end = ia[i + 1];
-      const double r = f.wrt[t];
-      for (int p = ia[i]; p < end; ++p) {
-        const double v = r * a[p];
-        if (v == 0.0 && !keep_zeros_) continue;
-        row.add(ja[p], v);
-      }
-    }
-    length_ = row.next - 1;
-  }
-
-  /// Adds row c of R A times P; false without room.
-  [[gnu::noinline]] bool add_restricted_row(int c, growing_row& result, std::int64_t limit) {
-    restrict_rows(c);
-    const weight_rows p{fine_.iw, fine_.jw, fine_.w};
-    const view<int> columns = s_.columns;
-    const view<double> sums = s_.sums;
-    const int length = length_;
-    growing_row row = result;
-    int k = 1;
-    while (k <= length && row.add(p, columns[k], sums[k], limit)) ++k;
-    result = row;
-    return k > length;
-  }
-
-  /// Adds each product r a_il w_lm by itself; false without room.
-  [[gnu::noinline]] bool add_products(int c, growing_row& result, std::int64_t limit) {
-    const level& f = fine_;
-    const weight_rows weights{f.iw, f.jw, f.w};
-    const int* const ia = f.ia.data() - 1;
-    const int* const ja = f.ja.data() - 1;
-    const double* const a = f.a.data() - 1;
-    growing_row row = result;
-    fetch_ahead(c);
-    bool room = true;
-    for (int t = f.rt[c]; t < f.rt[c + 1] && room; ++t) {
-      const int i = f.jrt[t], end = ia[i + 1];
-      const double r = f.wrt[t];
-      for (int p = ia[i]; p < end && room; ++p) {
-        const double v = r * a[p];
-        if (v == 0.0 && !keep_zeros_) continue;
-        room = row.add(weights, ja[p], v, limit);
-      }
-    }
-    result = row;
-    return room;
-  }
-
-  /// Fine rows lie apart: what a coarse row needs is asked for in time.
-  [[gnu::always_inline]] void fetch_ahead(int c) const {
-    constexpr int rows_ahead = 2;
-    if (c + rows_ahead > coarse_rows_) return;
-    const level& f = fine_;
-    const int* const ia = f.ia.data() - 1;
-    const int* const ja = f.ja.data() - 1;
-    const double* const a = f.a.data() - 1;
-    const int end = f.rt[c + rows_ahead + 1];
-    for (int t = f.rt[c + rows_ahead]; t < end; ++t) {
-      const int i = f.jrt[t];
-      __builtin_prefetch(a + ia[i]);
-      __builtin_prefetch(ja + ia[i]);
-      __builtin_prefetch(&f.w[f.iw[i]]);
-      __builtin_prefetch(&f.jw[f.iw[i]]);
-    }
-  }
-
-  const level& fine_;
-  int coarse_rows_;
-  bool keep_zeros_;
-  scratch s_;
-  int length_ = 0;
-};
 
 constexpr const char* routine = "opdfn";
 
@@ -214,32 +58,35 @@ struct product {
   level& coarse;
   bool keep_zeros;
   std::vector<int> bounds;
-  int room;                  // of a row of R A
+  int marked = 0;            // fine variables with a marker: all, or none where no row of R A is formed
+  int room = 0;              // of a row of R A
   work_array<int> integers;  // markers and columns of each thread
-  work_array<double> reals;  // sums of each thread
+  work_array<double> sums;   // of a row of R A, for each thread
 
-  product(const level& f, level& c, bool zeros, std::vector<int> parts)
+  product(const level& f, level& c, bool zeros, bool counting, std::vector<int> parts)
       : fine(f), coarse(c), keep_zeros(zeros), bounds(std::move(parts)) {
+    if (!counting && !sums_restricted_rows(fine)) return;
     const std::int64_t longest = std::int64_t{longest_row(fine.rt, coarse.n)} * longest_row(fine.ia, fine.n);
     room = static_cast<int>(std::min<std::int64_t>(longest, fine.n));
+    marked = fine.n;
   }
   int team() const { return static_cast<int>(bounds.size()) - 1; }
   int lo(int tid) const { return bounds[static_cast<std::size_t>(tid)]; }
   int hi(int tid) const { return bounds[static_cast<std::size_t>(tid) + 1] - 1; }
-  std::int64_t integers_of_thread() const { return std::int64_t{fine.n} + coarse.n + room; }
+  std::int64_t integers_of_thread() const { return std::int64_t{marked} + coarse.n + room; }
   void allocate_scratch() {
     integers.allocate(integers_of_thread() * team(), "marker", routine);
-    reals.allocate(std::int64_t{room} * team(), "marker", routine);
+    sums.allocate(std::int64_t{room} * team(), "sums", routine);
   }
-  row_former former(int tid) {
+  coarse_row_former former(int tid) {
     int* const own = integers.data() + integers_of_thread() * tid;
-    int* const columns = own + fine.n + coarse.n;
+    int* const columns = own + marked + coarse.n;
     std::fill(own, columns, 0);
     return {fine,
             coarse.n,
             keep_zeros,
-            {view<int>(own), view<int>(own + fine.n), view<int>(columns),
-             view<double>(reals.data() + std::int64_t{room} * tid)}};
+            {view<int>(own), view<int>(own + marked), view<int>(columns),
+             view<double>(sums.data() + std::int64_t{room} * tid)}};
   }
   /// Runs step(tid) for each part, one to a thread.
   template <class Step>
@@ -269,7 +116,7 @@ void two_sweeps(product& g) {
   level& coarse = g.coarse;
   g.allocate_scratch();
   g.for_parts([&g, &coarse](int tid) {
-    row_former rows = g.former(tid);
+    coarse_row_former rows = g.former(tid);
     for (int c = g.lo(tid); c <= g.hi(tid); ++c) coarse.own_ia[c + 1] = rows.count(c);
   });
   prefix_sum(coarse);
@@ -279,22 +126,24 @@ void two_sweeps(product& g) {
   const view<int> ja = coarse.own_ja;
   const view<double> a = coarse.own_a;
   g.for_parts([&](int tid) {
-    row_former rows = g.former(tid);
+    coarse_row_former rows = g.former(tid);
     for (int c = g.lo(tid); c <= g.hi(tid); ++c)
-      rows.form(c, coarse.own_ia[c], std::numeric_limits<int>::max(), ja, a);
+      rows.form(c, coarse.own_ia[c], std::numeric_limits<std::int64_t>::max(), ja, a);
   });
 }
 
-/// Room for the rest of a sweep, by the rows that are done.
+constexpr std::int64_t most_entries = std::numeric_limits<int>::max() - 1;
+
+/// Room for a whole sweep, by the rows that are done.
 std::int64_t expected_room(std::int64_t used, int done, int rows) {
   const double share = static_cast<double>(rows) / std::max(1, done);
-  return static_cast<std::int64_t>(1.05 * share * static_cast<double>(used)) + 1000;
+  return std::min(static_cast<std::int64_t>(1.05 * share * static_cast<double>(used)) + 1000, most_entries);
 }
 
 void one_serial_sweep(product& g) {
   level& coarse = g.coarse;
   g.allocate_scratch();
-  row_former rows = g.former(0);
+  coarse_row_former rows = g.former(0);
   const level& fine = g.fine;
   std::int64_t room = expected_room(fine.ia[fine.n + 1] - 1, fine.n, coarse.n);
   coarse.own_ja.allocate(room, "ja", routine);
@@ -307,9 +156,8 @@ void one_serial_sweep(product& g) {
       coarse.own_ia[++c] = static_cast<int>(next);
       continue;
     }
-    if (room == std::numeric_limits<int>::max() - 1) too_many_entries();
-    room = std::max(expected_room(start, c, coarse.n), room + room / 8);
-    room = std::min<std::int64_t>(room, std::numeric_limits<int>::max() - 1);
+    if (room == most_entries) too_many_entries();
+    room = std::min(std::max(expected_room(start, c, coarse.n), room + room / 8), most_entries);
     coarse.own_ja.resize(room, "ja", routine);
     coarse.own_a.resize(room, "a", routine);
   }
@@ -344,9 +192,11 @@ bool add_chunks(const product& g, std::vector<chunk_list>& lists) {
     std::int64_t room = average * rest + 1000;
     const bool first_row_failed = !list.chunks.empty() && list.chunks.back()->lo == list.next;
     if (first_row_failed) {
+      if (list.chunks.back()->ja.size() == most_entries) too_many_entries();
       room = std::max(room, 2 * list.chunks.back()->ja.size());
       list.chunks.pop_back();
     }
+    room = std::min(room, most_entries);
     auto c = std::make_unique<chunk>();
     c->lo = c->hi = list.next;
     c->ja.allocate(room, "chunk", routine);
@@ -384,7 +234,7 @@ void one_sweep_in_chunks(product& g) {
       chunk_list& list = lists[static_cast<std::size_t>(tid)];
       if (list.next > g.hi(tid)) return;
       chunk& here = *list.chunks.back();
-      row_former rows = g.former(tid);
+      coarse_row_former rows = g.former(tid);
       while (list.next <= g.hi(tid)) {
         const std::int64_t after = rows.form(list.next, here.used + 1, here.ja.size(), here.ja, here.a);
         if (after == 0) return;
@@ -395,7 +245,7 @@ void one_sweep_in_chunks(product& g) {
     });
   }
   g.integers.release();
-  g.reals.release();
+  g.sums.release();
   join_chunks(g, lists);
 }
 
@@ -405,12 +255,13 @@ void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_ze
   const bool serial = variant == opdfn_variant::standard;
   const bool balanced = variant == opdfn_variant::detrlen_mg || variant == opdfn_variant::dynalloc_mg;
   const int team = serial ? 1 : setup_team(coarse.n);
-  product g(fine, coarse, keep_zeros,
+  const bool counting = variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg;
+  product g(fine, coarse, keep_zeros, counting,
             balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team));
   coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", routine);
   if (serial) {
     one_serial_sweep(g);
-  } else if (variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg) {
+  } else if (counting) {
     two_sweeps(g);
   } else {
     one_sweep_in_chunks(g);

@@ -21,10 +21,9 @@ enum class opdfn_variant {
 /// Coarse operator A_c = R A P with R the transpose of the interpolation P of `fine`: ia, ja and a of
 /// `coarse`. Each row has its diagonal first, other columns in the order of their first appearance; a product
 /// r a_il of exact zero makes no entry unless `keep_zeros`. One thread forms a row in a fixed order, so that
-/// the result depends neither on the variant nor on the team. A row of one function is formed as (R A) P.
-/// With several functions, where entries often cancel, each product r a_il w_lm is added by itself: which
-/// entries end as exact zeros, and so the pattern of the next level, hangs on that order. Row-marker product:
-/// Gustavson, ACM TOMS 4 (1978) 250-269.
+/// the result depends neither on the variant nor on the team; setup/coarse_row.h tells which. A thread needs
+/// room for a marker of each coarse variable, and of each fine one where rows of R A are summed up.
+/// Row-marker product: Gustavson, ACM TOMS 4 (1978) 250-269.
 void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_zeros);
 
 }  // namespace tier

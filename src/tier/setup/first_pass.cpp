@@ -23,16 +23,12 @@ bool has_strong_coupling(const couplings& g, int i, int j) {
 }  // namespace
 
 template <class Visit>
-void first_pass::for_strong(int first, int last, Visit visit) const {
-  for (int p = first; p <= last; ++p) {
+void first_pass::for_strong(int row, Visit visit) const {
+  const int last = g_.ja[row];  // the place of the last strong coupling
+  for (int p = row + 1; p <= last; ++p) {
     const int j = g_.ja[p];
     if (in_block(j)) visit(j);
   }
-}
-
-template <class Visit>
-void first_pass::for_strong(int i, Visit visit) const {
-  for_strong(g_.ia[i] + 1, g_.last_strong(i), visit);
 }
 
 void first_pass::allocate_counts() { counts_.allocate(std::int64_t{rows()} + 1, "counts", "pcol"); }
@@ -45,7 +41,7 @@ void first_pass::count() {
     if (state_[i] == state_not_taking_part) continue;
     const int strong = std::max(0, g_.last_strong(i) - g_.ia[i]);
     int within = 0;
-    for_strong(i, [counts, &within](int j) {
+    for_strong(g_.ia[i], [counts, &within](int j) {
       ++counts[j];
       ++within;
     });
@@ -68,7 +64,7 @@ void first_pass::count() {
 
 void first_pass::allocate_lists() {
   dependents_.allocate(strong_, "dependents", "pcol");
-  nodes_.allocate(std::int64_t{rows()} + 1 + highest_, "lists", "pcol");
+  nodes_.allocate(std::int64_t{rows()} + 2 + highest_, "lists", "pcol");
 }
 
 void first_pass::transpose() {
@@ -76,22 +72,19 @@ void first_pass::transpose() {
   for (int i = lo_; i <= hi_; ++i) {
     const int count = counts_[i - lo_ + 2];
     counts_[i - lo_ + 1] = first;
-    at(i) = {.measure = state_[i] == state_undecided ? count : -1,
-             .first_dependent = first,
-             .end_dependent = first + count,
-             .first_strong = g_.ia[i] + 1,
-             .last_strong = g_.last_strong(i)};
+    at(i) = {.measure = state_[i] == state_undecided ? count : -1, .dependents = first, .row = g_.ia[i]};
     first += count;
   }
+  at(hi_ + 1) = {.dependents = first};
   int* const free = counts_.data() - lo_;  // free[j]: next place in the list of variable j
   for (int i = lo_; i <= hi_; ++i)
-    if (state_[i] != state_not_taking_part) for_strong(i, [&](int j) { dependents_[free[j]++] = i; });
+    if (state_[i] != state_not_taking_part) for_strong(g_.ia[i], [&](int j) { dependents_[free[j]++] = i; });
 }
 
 void first_pass::insert(int i) {
   node& v = at(i);
-  node& h = head(v.measure);
-  v.prev = rows() + 1 + v.measure;
+  node& h = nodes_[head_of(v.measure)];
+  v.prev = head_of(v.measure);
   v.next = h.next;
   nodes_[h.next].prev = i - lo_ + 1;
   h.next = i - lo_ + 1;
@@ -108,14 +101,14 @@ void first_pass::defer(int i) {
   if (v.deferred >= 0) return;
   v.deferred = deferred_;
   deferred_ = i;
-  __builtin_prefetch(&dependents_[v.first_dependent]);  // it may be chosen soon
+  __builtin_prefetch(&dependents_[v.dependents]);  // it may be chosen soon
 }
 
 // Few of them, as a variable may come back to the top as often as it has dependents.
-void first_pass::fetch_dependents(const node& v) const {
+void first_pass::fetch_dependents(int i) {
   constexpr int most = 16;
-  const int end = std::min(v.end_dependent, v.first_dependent + most);
-  for (int t = v.first_dependent; t < end; ++t) __builtin_prefetch(&nodes_[dependents_[t] - lo_ + 1]);
+  const int first = at(i).dependents, end = std::min(at(i + 1).dependents, first + most);
+  for (int t = first; t < end; ++t) __builtin_prefetch(&nodes_[dependents_[t] - lo_ + 1]);
 }
 
 // A variable moves once for each C choice, whatever changed its measure, to the young end of its new list.
@@ -127,7 +120,7 @@ void first_pass::relink_deferred() {
     v.deferred = -1;
     if (v.measure < 0) continue;
     unlink(i);
-    if (v.measure >= top_) fetch_dependents(v);
+    if (v.measure >= top_) fetch_dependents(i);
     top_ = std::max(top_, v.measure);
     insert(i);
   }
@@ -135,26 +128,25 @@ void first_pass::relink_deferred() {
 
 template <bool listed>
 void first_pass::choose(int i) {
-  const node& chosen = at(i);
-  const int end = chosen.end_dependent;
-  for (int t = chosen.first_dependent; t < end; ++t) {
+  const int first = at(i).dependents, end = at(i + 1).dependents;
+  for (int t = first; t < end; ++t) {
     const node& v = at(dependents_[t]);
-    if (v.measure >= 0) __builtin_prefetch(&g_.ja[v.first_strong]);
+    if (v.measure >= 0) __builtin_prefetch(&g_.ja[v.row]);
   }
-  for (int t = chosen.first_dependent; t < end; ++t) {
+  for (int t = first; t < end; ++t) {
     const int j = dependents_[t];
     node& v = at(j);
     if (v.measure < 0) continue;
     state_[j] = state_f;
     if (listed) unlink(j);
     v.measure = -1;
-    for_strong(v.first_strong, v.last_strong, [this](int l) {
+    for_strong(v.row, [this](int l) {
       if (at(l).measure < 0) return;
       ++at(l).measure;
       if (listed) defer(l);
     });
   }
-  for_strong(chosen.first_strong, chosen.last_strong, [this](int j) {
+  for_strong(at(i).row, [this](int j) {
     if (at(j).measure < 0) return;
     --at(j).measure;
     if (listed) defer(j);
@@ -167,8 +159,8 @@ void first_pass::run() {
   for (int i = lo_; i <= hi_; ++i)
     if (state_[i] == state_c) choose<false>(i);
   for (int measure = 0; measure <= highest_; ++measure) {
-    const int self = rows() + 1 + measure;
-    head(measure) = {.next = self, .prev = self};
+    const int self = head_of(measure);
+    nodes_[self] = {.next = self, .prev = self};
   }
   for (int i = lo_; i <= hi_; ++i) {
     if (at(i).measure < 0) continue;
@@ -176,7 +168,7 @@ void first_pass::run() {
     insert(i);
   }
   while (top_ > 0) {  // a variable that no row depends on is never chosen
-    const int oldest = head(top_).prev;
+    const int oldest = nodes_[head_of(top_)].prev;
     if (oldest > rows()) {
       --top_;
       continue;

@@ -33,25 +33,25 @@ class first_pass {
   /// What a visit to a variable touches shares a cache line: the choices jump about in the matrix.
   struct node {
     int next = 0, prev = 0;
-    int measure = -1;                            // rows that depend on it, F ones twice; -1 when decided
-    int deferred = -1;                           // link of the deferred list, -1 when not in it
-    int first_dependent = 0, end_dependent = 0;  // dependents_[first] .. [end - 1]
-    int first_strong = 0, last_strong = 0;       // strong couplings, positions in the matrix
+    int measure = -1;    // rows that depend on it, F ones twice; -1 when decided
+    int deferred = -1;   // link of the deferred list, -1 when not in it
+    int dependents = 0;  // where its list begins; it ends where that of the next node does
+    int row = 0;         // place of its diagonal in the matrix
   };
 
   int rows() const { return hi_ - lo_ + 1; }
   node& at(int i) { return nodes_[i - lo_ + 1]; }
-  node& head(int measure) { return nodes_[rows() + 1 + measure]; }
+  /// Heads of the lists stand behind the variables and an end mark.
+  int head_of(int measure) const { return rows() + 2 + measure; }
   bool in_block(int j) const { return j >= lo_ && j <= hi_; }
+  /// visit(j) for the strong couplings within the block of the row whose diagonal stands at place `row`.
   template <class Visit>
-  void for_strong(int first, int last, Visit visit) const;
-  template <class Visit>
-  void for_strong(int i, Visit visit) const;
+  void for_strong(int row, Visit visit) const;
   void transpose();
   void insert(int i);
   void unlink(int i);
   void defer(int i);
-  void fetch_dependents(const node& v) const;
+  void fetch_dependents(int i);
   void relink_deferred();
   template <bool listed>
   void choose(int i);

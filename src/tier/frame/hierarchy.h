@@ -20,7 +20,8 @@ struct level {
   // During set-up of the next level ja[ia[i]] holds the position of the row's last strong coupling.
   view<int> ia, ja;
   view<double> a;
-  // While the cycles smooth by state, row order[p] stands at place p: ia[p] .. ia[p+1]-1 (solve/rows_by_state.h).
+  // While the cycles smooth by state, row order[p] stands at place p: ia[p] .. ia[p+1]-1
+  // (solve/rows_by_state.h).
   view<const int> order;  // [1..n], empty: each row stands at its own number
   view<int> iu, ip;       // function and point of a variable; empty when not given
   view<double> u, f;

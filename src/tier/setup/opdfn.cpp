@@ -228,6 +228,7 @@ void one_sweep_in_chunks(product& g) {
   level& coarse = g.coarse;
   g.allocate_scratch();
   std::vector<chunk_list> lists;
+  lists.reserve(static_cast<std::size_t>(g.team()));
   for (int tid = 0; tid < g.team(); ++tid) lists.push_back({g.lo(tid), {}});
   while (add_chunks(g, lists)) {
     g.for_parts([&](int tid) {

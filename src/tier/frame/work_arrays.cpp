@@ -60,8 +60,12 @@ void* counted_shrink(void* p, std::size_t count, std::size_t fewer, std::size_t 
   return shrunk ? shrunk : p;
 }
 
+// The routines word it each in its own way.
 void allocation_failed(const char* name, const char* routine) {
-  const std::string what = name, place = std::string(" in (") + routine + ")";
+  const std::string what = name, where = routine, place = " in (" + where + ")";
+  if (where == "rwsrt") fail(ierr_allocation, "Allocation error" + place);
+  if (where == "prepare_opdfn") fail(ierr_allocation, "Allocation error (" + where + ")");
+  if (where.starts_with("opdfn")) fail(ierr_allocation, "Allocation error (" + what + ")" + place + "!");
   if (what[0] == '#') fail(ierr_allocation, "Allocation " + what + " failed" + place);  // a numbered block
   if (what == "e") fail(ierr_allocation, "Allocation for <e> failed" + place);
   fail(ierr_allocation, "Allocation failed for <" + what + ">" + place);

@@ -18,7 +18,23 @@ namespace tier {
 
 namespace {
 
-constexpr const char* routine = "opdfn";
+/// The name in messages.
+const char* routine_of(opdfn_variant variant) {
+  switch (variant) {
+    case opdfn_variant::detrlen:
+      return "opdfn_detrlen";
+    case opdfn_variant::detrlen_mg:
+      return "opdfn_detrlen_mg";
+    case opdfn_variant::dynalloc:
+      return "opdfn_dynalloc";
+    case opdfn_variant::dynalloc_mg:
+      return "opdfn_dynalloc_mg";
+    case opdfn_variant::lists:
+      return "opdfn_lists";
+    default:
+      return "opdfn";
+  }
+}
 
 /// First coarse row of each thread and the end, thread t has bounds[t] .. bounds[t + 1] - 1.
 std::vector<int> equal_rows(int nc, int team) {
@@ -57,14 +73,15 @@ struct product {
   const level& fine;
   level& coarse;
   bool keep_zeros;
+  const char* routine;
   std::vector<int> bounds;
   int marked = 0;            // fine variables with a marker: all, or none where no row of R A is formed
   int room = 0;              // of a row of R A
   work_array<int> integers;  // markers and columns of each thread
   work_array<double> sums;   // of a row of R A, for each thread
 
-  product(const level& f, level& c, bool zeros, bool counting, std::vector<int> parts)
-      : fine(f), coarse(c), keep_zeros(zeros), bounds(std::move(parts)) {
+  product(const level& f, level& c, opdfn_variant variant, bool zeros, bool counting, std::vector<int> parts)
+      : fine(f), coarse(c), keep_zeros(zeros), routine(routine_of(variant)), bounds(std::move(parts)) {
     if (!counting && !sums_restricted_rows(fine)) return;
     const std::int64_t longest = std::int64_t{longest_row(fine.rt, coarse.n)} * longest_row(fine.ia, fine.n);
     room = static_cast<int>(std::min<std::int64_t>(longest, fine.n));
@@ -121,8 +138,8 @@ void two_sweeps(product& g) {
   });
   prefix_sum(coarse);
   const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
-  coarse.own_ja.allocate(entries, "ja", routine);
-  coarse.own_a.allocate(entries, "a", routine);
+  coarse.own_ja.allocate(entries, "ja", g.routine);
+  coarse.own_a.allocate(entries, "a", g.routine);
   const view<int> ja = coarse.own_ja;
   const view<double> a = coarse.own_a;
   g.for_parts([&](int tid) {
@@ -146,8 +163,8 @@ void one_serial_sweep(product& g) {
   coarse_row_former rows = g.former(0);
   const level& fine = g.fine;
   std::int64_t room = expected_room(fine.ia[fine.n + 1] - 1, fine.n, coarse.n);
-  coarse.own_ja.allocate(room, "ja", routine);
-  coarse.own_a.allocate(room, "a", routine);
+  coarse.own_ja.allocate(room, "ja", g.routine);
+  coarse.own_a.allocate(room, "a", g.routine);
   coarse.own_ia[1] = 1;
   for (int c = 1; c <= coarse.n;) {
     const std::int64_t start = coarse.own_ia[c];
@@ -158,12 +175,12 @@ void one_serial_sweep(product& g) {
     }
     if (room == most_entries) too_many_entries();
     room = std::min(std::max(expected_room(start, c, coarse.n), room + room / 8), most_entries);
-    coarse.own_ja.resize(room, "ja", routine);
-    coarse.own_a.resize(room, "a", routine);
+    coarse.own_ja.resize(room, "ja", g.routine);
+    coarse.own_a.resize(room, "a", g.routine);
   }
   const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
-  coarse.own_ja.resize(entries, "ja", routine);
-  coarse.own_a.resize(entries, "a", routine);
+  coarse.own_ja.resize(entries, "ja", g.routine);
+  coarse.own_a.resize(entries, "a", g.routine);
 }
 
 /// Rows lo..hi-1 of one thread, in a store that is never copied.
@@ -199,8 +216,8 @@ bool add_chunks(const product& g, std::vector<chunk_list>& lists) {
     room = std::min(room, most_entries);
     auto c = std::make_unique<chunk>();
     c->lo = c->hi = list.next;
-    c->ja.allocate(room, "chunk", routine);
-    c->a.allocate(room, "chunk", routine);
+    c->ja.allocate(room, "chunk", g.routine);
+    c->a.allocate(room, "chunk", g.routine);
     list.chunks.push_back(std::move(c));
   }
   return any;
@@ -210,8 +227,8 @@ void join_chunks(product& g, std::vector<chunk_list>& lists) {
   level& coarse = g.coarse;
   prefix_sum(coarse);
   const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
-  coarse.own_ja.allocate(entries, "ja", routine);
-  coarse.own_a.allocate(entries, "a", routine);
+  coarse.own_ja.allocate(entries, "ja", g.routine);
+  coarse.own_a.allocate(entries, "a", g.routine);
   for (chunk_list& list : lists) {
     for (auto& c : list.chunks) {
       if (c->used > 0) {
@@ -257,9 +274,9 @@ void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_ze
   const bool balanced = variant == opdfn_variant::detrlen_mg || variant == opdfn_variant::dynalloc_mg;
   const int team = serial ? 1 : setup_team(coarse.n);
   const bool counting = variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg;
-  product g(fine, coarse, keep_zeros, counting,
+  product g(fine, coarse, variant, keep_zeros, counting,
             balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team));
-  coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", routine);
+  coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", g.routine);
   if (serial) {
     one_serial_sweep(g);
   } else if (counting) {

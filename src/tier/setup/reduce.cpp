@@ -130,7 +130,7 @@ void reduce(const couplings& m, const reduce_options& o, view<int> state, split_
     return;
   }
   work_array<int> c_state;
-  c_state.allocate(g.n, "state", "rcol");
+  c_state.allocate(g.n, "#1", "rcol");
   rcol(couplings{g.n, g.start, g.columns, {}, {}}, c_state, o.threads);
   for (int c = 1; c <= g.n; ++c) {
     if (c_state[c] != state_f) continue;

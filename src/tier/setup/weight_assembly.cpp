@@ -36,7 +36,7 @@ weight_assembly::weight_assembly(level& lv, const couplings& m, const interpolat
     }
     p->next = p->lo;
     p->slots = 4 * longest + 16;
-    p->slot_of.allocate(lv.n, 0, "ifg", routine);
+    p->slot_of.allocate(lv.n, 0, "ifg,ipatt,nflag_thread", routine);
     allocate_row(*p);
     const std::int64_t estimate = std::int64_t{2} * (p->hi - p->lo + 1) + 16;
     p->columns.allocate(estimate, "storage", routine);
@@ -46,9 +46,9 @@ weight_assembly::weight_assembly(level& lv, const couplings& m, const interpolat
 }
 
 void weight_assembly::allocate_row(part& p) {
-  p.row_columns.allocate(p.slots, "ipatt", routine);
-  p.row_flags.allocate(p.slots, "ipatt", routine);
-  p.row_values.allocate(p.slots, "ipatt", routine);
+  p.row_columns.allocate(p.slots, "ifg,ipatt,nflag_thread", routine);
+  p.row_flags.allocate(p.slots, "ifg,ipatt,nflag_thread", routine);
+  p.row_values.allocate(p.slots, "ifg,ipatt,nflag_thread", routine);
 }
 
 bool weight_assembly::grow_stalled() {

@@ -185,14 +185,17 @@ INSTANTIATE_TEST_SUITE_P(Digits, Refused,
                                                  80}),
                          [](const auto& c) { return std::string(c.param.name); });
 
-// Each allocation fails in turn: an error, the rows as they were, all memory back.
+// Each allocation fails in turn: an error in the words of the routine, the rows as they were, all memory
+// back.
 TEST(CreateLevels, SurvivesEveryFailedAllocation) {
   const sparse_system original = coupled(five_point(14), 2, 0.1);
   const std::int64_t integers = tier::memory.nisum, reals = tier::memory.ndsum;
   int failures = 0;
+  testing::internal::CaptureStdout();
   for (bool finished = false; !finished; ++failures) {
     sparse_system s = original;
     tier::controls c = quiet_controls();
+    tier::parm::mode_mess = -2;  // errors alone
     c.nsys = 2;
     c.nstyp = 2;
     c.ncg = 4;
@@ -215,6 +218,12 @@ TEST(CreateLevels, SurvivesEveryFailedAllocation) {
     ASSERT_EQ(tier::memory.ndsum, reals);
   }
   EXPECT_GT(failures, 30);
+  EXPECT_THAT(
+      testing::internal::GetCapturedStdout(),
+      testing::AllOf(testing::HasSubstr("Allocation error in (rwsrt)"),
+                     testing::HasSubstr("Allocation failed for <ifg,ipatt,nflag_thread> in (pwint1_aa)"),
+                     testing::HasSubstr("Allocation error (prepare_opdfn)"),
+                     testing::HasSubstr("Allocation error (marker) in (opdfn_detrlen)!")));
 }
 
 /// Every F row has weights to C-variables of its own function; constants come through where rows sum to zero.

@@ -36,6 +36,11 @@ const char* routine_of(opdfn_variant variant) {
   }
 }
 
+/// Whether a first sweep determines the row lengths.
+bool counts_first(opdfn_variant variant) {
+  return variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg;
+}
+
 /// First coarse row of each thread and the end, thread t has bounds[t] .. bounds[t + 1] - 1.
 std::vector<int> equal_rows(int nc, int team) {
   std::vector<int> bounds;
@@ -80,9 +85,9 @@ struct product {
   work_array<int> integers;  // markers and columns of each thread
   work_array<double> sums;   // of a row of R A, for each thread
 
-  product(const level& f, level& c, opdfn_variant variant, bool zeros, bool counting, std::vector<int> parts)
+  product(const level& f, level& c, opdfn_variant variant, bool zeros, std::vector<int> parts)
       : fine(f), coarse(c), keep_zeros(zeros), routine(routine_of(variant)), bounds(std::move(parts)) {
-    if (!counting && !sums_restricted_rows(fine)) return;
+    if (!counts_first(variant) && !sums_restricted_rows(fine)) return;
     const std::int64_t longest = std::int64_t{longest_row(fine.rt, coarse.n)} * longest_row(fine.ia, fine.n);
     room = static_cast<int>(std::min<std::int64_t>(longest, fine.n));
     marked = fine.n;
@@ -273,13 +278,12 @@ void opdfn(const level& fine, level& coarse, opdfn_variant variant, bool keep_ze
   const bool serial = variant == opdfn_variant::standard;
   const bool balanced = variant == opdfn_variant::detrlen_mg || variant == opdfn_variant::dynalloc_mg;
   const int team = serial ? 1 : setup_team(coarse.n);
-  const bool counting = variant == opdfn_variant::detrlen || variant == opdfn_variant::detrlen_mg;
-  product g(fine, coarse, variant, keep_zeros, counting,
+  product g(fine, coarse, variant, keep_zeros,
             balanced ? equal_work(fine, coarse.n, team) : equal_rows(coarse.n, team));
   coarse.own_ia.allocate(std::int64_t{coarse.n} + 1, "ia", g.routine);
   if (serial) {
     one_serial_sweep(g);
-  } else if (counting) {
+  } else if (counts_first(variant)) {
     two_sweeps(g);
   } else {
     one_sweep_in_chunks(g);

@@ -7,12 +7,12 @@
 #include <random>
 
 #include "input/input_stage.h"
-#include "model/assembly.h"
 #include "model/model_stage.h"
 #include "model/model_tables.h"
-#include "model/pattern.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "model/system/assembly.h"
+#include "model/system/pattern.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace bench {
 

@@ -12,11 +12,11 @@
 
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
-#include "model/assembly.h"
 #include "model/model_tables.h"
-#include "model/pattern.h"
-#include "model/wedge_element.h"
-#include "run/working_files.h"
+#include "model/system/assembly.h"
+#include "model/system/pattern.h"
+#include "model/walls/wedge/wedge_element.h"
+#include "run/base/working_files.h"
 #include "support/model_maker.h"
 
 namespace keld {

@@ -18,18 +18,18 @@
 
 #include "input/input_stage.h"
 #include "input/mesh_tables.h"
-#include "model/assembly.h"
 #include "model/model_stage.h"
 #include "model/model_tables.h"
-#include "model/pattern.h"
-#include "model/solve_direct.h"
 #include "model/solve_stages.h"
+#include "model/solvers/solve_direct.h"
+#include "model/system/assembly.h"
+#include "model/system/pattern.h"
 #include "part_maker.h"
 #include "results/results_stage.h"
-#include "run/failure.h"
-#include "run/platform.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/platform.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace {
 

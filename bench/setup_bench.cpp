@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "stage_systems.h"
-#include "tier/frame/controls.h"
-#include "tier/frame/threads.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/create_levels.h"
+#include "tier/store/controls.h"
+#include "tier/store/threads.h"
+#include "tier/store/timers.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <fstream>
 
 #include "model/element_geometry.h"
-#include "model/shell_processing.h"
-#include "model/shell_tables.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "model/skin/shell_processing.h"
+#include "model/skin/shell_tables.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 #include "support/skin_maker.h"
 
 namespace {

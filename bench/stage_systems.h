@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "model/assembly.h"
 #include "model/model_tables.h"
-#include "model/pattern.h"
-#include "run/working_files.h"
+#include "model/system/assembly.h"
+#include "model/system/pattern.h"
+#include "run/base/working_files.h"
 #include "scalar_systems.h"
 #include "support/model_maker.h"
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace bench {
 

@@ -12,17 +12,17 @@
 #include <vector>
 
 #include "stage_systems.h"
-#include "tier/frame/controls.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/threads.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/create_levels.h"
 #include "tier/solve/ilu.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/relax.h"
-#include "tier/solve/row_loop.h"
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/tier_solve.h"
+#include "tier/store/controls.h"
+#include "tier/store/parameters.h"
+#include "tier/store/row_loop.h"
+#include "tier/store/threads.h"
+#include "tier/store/timers.h"
 
 namespace {
 

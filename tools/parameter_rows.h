@@ -18,6 +18,6 @@ inline std::vector<ParameterRow> parameter_rows() {
   {#name, #NAME, "logical", #initial, #effect, meaning},
 #define TIER_TEXT(name, NAME, width, initial, effect, meaning) \
   {#name, #NAME, "text", initial, #effect, meaning},
-#include "tier/frame/parameters.def"
+#include "tier/api/parameters.def"
   };
 }

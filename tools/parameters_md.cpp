@@ -27,7 +27,7 @@ std::string section(const std::string& title, const std::string& words, const st
 }
 
 std::string page() {
-  return "<!-- made by parameters_md from src/tier/frame/parameters.def -->\n"
+  return "<!-- made by parameters_md from src/tier/api/parameters.def -->\n"
          "# Parameters of TIER\n\n"
          "Everything that the arguments of `TIER` don't carry is a named parameter. Each has "
          "`TIER_SET_<NAME>` and\n"

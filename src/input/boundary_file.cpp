@@ -3,8 +3,8 @@
 #include "input/boundary_file.h"
 
 #include "input/process_record.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 

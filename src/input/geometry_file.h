@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "run/text_reader.h"
+#include "run/base/text_reader.h"
 
 namespace keld {
 

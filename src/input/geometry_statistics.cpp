@@ -6,11 +6,11 @@
 #include <cmath>
 #include <vector>
 
+#include "input/mesh_access.h"
 #include "input/mesh_tables.h"
-#include "model/mesh_access.h"
-#include "run/failure.h"
-#include "run/messages.h"
-#include "run/streams.h"
+#include "run/base/failure.h"
+#include "run/base/messages.h"
+#include "run/base/streams.h"
 
 namespace keld {
 namespace {

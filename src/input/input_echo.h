@@ -1,7 +1,7 @@
 // The headings that each section of the input stage writes into the report.
 #pragma once
 
-#include "run/streams.h"
+#include "run/base/streams.h"
 
 namespace keld {
 

@@ -14,8 +14,8 @@
 #include "input/process_file.h"
 #include "input/process_record.h"
 #include "input/solver_settings.h"
-#include "run/failure.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 namespace {

@@ -7,7 +7,4 @@ namespace keld {
 /// statistics and checks. Fills the tables of this folder; any fault ends the run.
 void inputStage();
 
-/// Prior-stage results ".RS1", ".PT1", ".CT1" and the compact ElementTable; second action of the model stage.
-void readPriorResults();
-
 }  // namespace keld

@@ -11,11 +11,11 @@
 #include "input/input_echo.h"
 #include "input/polymer.h"
 #include "input/process_record.h"
-#include "run/failure.h"
-#include "run/messages.h"
-#include "run/reading.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/messages.h"
+#include "run/base/reading.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 

@@ -8,12 +8,12 @@
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
 #include "input/process_record.h"
-#include "model/vector3.h"
-#include "run/failure.h"
-#include "run/messages.h"
-#include "run/reading.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/messages.h"
+#include "run/base/reading.h"
+#include "run/base/streams.h"
+#include "run/base/vector3.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 

@@ -1,10 +1,10 @@
 // Readers of the earlier stages' results, ".RS1", ".PT1" and ".CT1".
-// checkWorkingFiles is called by the input stage; the readers by readPriorResults (input_stage.h).
+// checkWorkingFiles is called by the input stage; the readers by readPriorResults (model/prior_stage.h).
 #pragma once
 
 #include <vector>
 
-#include "run/text_reader.h"
+#include "run/base/text_reader.h"
 
 namespace keld {
 

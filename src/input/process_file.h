@@ -1,7 +1,7 @@
 // Reader of the process conditions, ".PRC". Called by the input stage.
 #pragma once
 
-#include "run/text_reader.h"
+#include "run/base/text_reader.h"
 
 namespace keld {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "run/text_reader.h"
+#include "run/base/text_reader.h"
 
 namespace keld {
 

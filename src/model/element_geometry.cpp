@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "input/mesh_access.h"
 #include "input/mesh_tables.h"
-#include "model/mesh_access.h"
 
 namespace keld {
 

@@ -1,12 +1,12 @@
 // The model stage: its steps in their fixed order.
 #include "model/model_stage.h"
 
-#include "input/input_stage.h"
 #include "model/element_geometry.h"
-#include "model/material.h"
-#include "model/restraint.h"
-#include "model/wedge_numbering.h"
-#include "model/wedge_shape.h"
+#include "model/material/material.h"
+#include "model/prior_stage.h"
+#include "model/restraint/restraint.h"
+#include "model/walls/wedge/wedge_numbering.h"
+#include "model/walls/wedge/wedge_shape.h"
 
 namespace keld {
 

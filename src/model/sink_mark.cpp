@@ -1,11 +1,11 @@
 // The sink mark of each wedge node. First act of the results stage.
 #include "model/sink_mark.h"
 
+#include "input/mesh_access.h"
 #include "input/mesh_tables.h"
-#include "model/mesh_access.h"
 #include "model/model_tables.h"
-#include "model/vector3.h"
-#include "model/wedge_shape.h"
+#include "model/walls/wedge/wedge_shape.h"
+#include "run/base/vector3.h"
 
 namespace keld {
 

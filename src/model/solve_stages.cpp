@@ -8,16 +8,16 @@
 
 #include "input/prior_fields.h"
 #include "input/process_record.h"
-#include "model/assembly.h"
 #include "model/model_stage.h"
-#include "model/pattern.h"
-#include "model/solve_direct.h"
-#include "model/solve_tier.h"
-#include "model/vector3.h"
-#include "run/failure.h"
-#include "run/platform.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "model/solvers/solve_direct.h"
+#include "model/solvers/solve_tier.h"
+#include "model/system/assembly.h"
+#include "model/system/pattern.h"
+#include "run/base/failure.h"
+#include "run/base/platform.h"
+#include "run/base/streams.h"
+#include "run/base/vector3.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 

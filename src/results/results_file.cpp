@@ -12,9 +12,9 @@
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
 #include "model/model_tables.h"
-#include "run/failure.h"
-#include "run/platform.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/platform.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 

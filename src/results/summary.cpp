@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "run/streams.h"
+#include "run/base/streams.h"
 
 namespace keld {
 

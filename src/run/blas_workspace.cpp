@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "run/failure.h"
+#include "run/base/failure.h"
 
 extern "C" void dgemm_(const char* transA, const char* transB, const int* m, const int* n, const int* k,
                        const double* alpha, const double* a, const int* lda, const double* b, const int* ldb,

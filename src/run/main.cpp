@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "run/base/failure.h"
+#include "run/base/platform.h"
 #include "run/command_line.h"
-#include "run/failure.h"
-#include "run/platform.h"
 #include "run/run_order.h"
 
 namespace {

@@ -10,11 +10,11 @@
 #include "input/mesh_tables.h"
 #include "model/model_stage.h"
 #include "results/results_stage.h"
+#include "run/base/platform.h"
+#include "run/base/streams.h"
+#include "run/base/threads.h"
+#include "run/base/working_files.h"
 #include "run/blas_workspace.h"
-#include "run/platform.h"
-#include "run/streams.h"
-#include "run/threads.h"
-#include "run/working_files.h"
 
 namespace keld {
 namespace {

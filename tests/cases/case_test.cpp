@@ -11,7 +11,7 @@
 #include "input/prior_fields.h"
 #include "model/model_stage.h"
 #include "model/model_tables.h"
-#include "model/pattern.h"
+#include "model/system/pattern.h"
 #include "results/result_rows.h"
 #include "results/results_stage.h"
 #include "support/faults.h"

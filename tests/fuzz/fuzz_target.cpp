@@ -6,8 +6,8 @@
 #include <string>
 
 #include "fuzz/readers.h"
-#include "run/failure.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/working_files.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   if (!std::freopen("/dev/null", "r", stdin) || !std::freopen("/dev/null", "w", stdout)) std::abort();

@@ -18,9 +18,9 @@
 #include "input/process_file.h"
 #include "input/process_record.h"
 #include "input/solver_settings.h"
-#include "run/labels.h"
-#include "run/reading.h"
-#include "run/streams.h"
+#include "run/base/labels.h"
+#include "run/base/reading.h"
+#include "run/base/streams.h"
 
 namespace keld::fuzz {
 namespace {

@@ -10,10 +10,10 @@
 #include <span>
 #include <vector>
 
-#include "tier/frame/parameter_list.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/tier.h"
-#include "tier/frame/work_arrays.h"
+#include "tier/api/tier.h"
+#include "tier/store/parameter_list.h"
+#include "tier/store/parameters.h"
+#include "tier/store/work_arrays.h"
 
 namespace {
 

@@ -14,9 +14,9 @@
 #include "model/model_stage.h"
 #include "model/model_tables.h"
 #include "model/sink_mark.h"
-#include "model/vector3.h"
 #include "part_maker.h"
 #include "results/result_rows.h"
+#include "run/base/vector3.h"
 #include "support/faults.h"
 
 namespace keld::testing_support {

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <string>
 
-#include "run/failure.h"
-#include "run/streams.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/streams.h"
+#include "run/base/working_files.h"
 #include "support/job.h"
 
 namespace keld::testing_support {

@@ -8,7 +8,7 @@
 #include "fuzz/readers.h"
 #include "input/mesh_tables.h"
 #include "input/process_record.h"
-#include "run/reading.h"
+#include "run/base/reading.h"
 #include "support/faults.h"
 #include "support/job.h"
 

@@ -7,10 +7,10 @@
 #include "input/polymer.h"
 #include "input/prior_fields.h"
 #include "input/process_record.h"
-#include "model/material.h"
-#include "model/restraint.h"
-#include "model/wedge_numbering.h"
-#include "model/wedge_shape.h"
+#include "model/material/material.h"
+#include "model/restraint/restraint.h"
+#include "model/walls/wedge/wedge_numbering.h"
+#include "model/walls/wedge/wedge_shape.h"
 
 namespace keld::testing_support {
 

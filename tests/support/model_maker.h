@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "model/model_tables.h"
-#include "model/vector3.h"
+#include "run/base/vector3.h"
 
 namespace keld::testing_support {
 

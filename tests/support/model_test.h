@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <string>
 
-#include "run/failure.h"
-#include "run/working_files.h"
+#include "run/base/failure.h"
+#include "run/base/working_files.h"
 #include "support/model_maker.h"
 
 namespace keld::testing_support {

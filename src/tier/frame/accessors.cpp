@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameter_list.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/tier.h"
+#include "tier/api/tier.h"
+#include "tier/store/info.h"
+#include "tier/store/parameter_list.h"
+#include "tier/store/parameters.h"
 
 namespace {
 
@@ -71,7 +71,7 @@ constexpr bool same_name(std::string_view lower, std::string_view upper) {
     set_codes(tier::parm::name, width, codes, *length);                                              \
   }                                                                                                  \
   void TIER_IGET_##NAME(int* codes, int* length) { get_codes(tier::parm::name, codes, *length); }
-#include "tier/frame/parameters.def"
+#include "tier/api/parameters.def"
 #undef TIER_NUMBER
 
 void TIER_RESET_HIDDEN(void) { tier::reset_parameters(); }

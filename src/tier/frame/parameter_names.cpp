@@ -5,10 +5,10 @@
 #include <string_view>
 #include <variant>
 
-#include "tier/frame/info.h"
-#include "tier/frame/log_file.h"
-#include "tier/frame/parameter_list.h"
-#include "tier/frame/tier.h"
+#include "tier/api/tier.h"
+#include "tier/store/info.h"
+#include "tier/store/log_file.h"
+#include "tier/store/parameter_list.h"
 
 namespace {
 

@@ -5,17 +5,17 @@
 #include <new>
 #include <string_view>
 
-#include "tier/frame/controls.h"
-#include "tier/frame/info.h"
-#include "tier/frame/log_file.h"
-#include "tier/frame/omega_jacobi.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/performance_meter.h"
-#include "tier/frame/solver_state.h"
-#include "tier/frame/tier.h"
-#include "tier/frame/tier_main.h"
+#include "tier/api/tier.h"
+#include "tier/call/solver_state.h"
+#include "tier/call/tier_main.h"
 #include "tier/frame/tier_simple.h"
-#include "tier/frame/timers.h"
+#include "tier/report/performance_meter.h"
+#include "tier/store/controls.h"
+#include "tier/store/info.h"
+#include "tier/store/log_file.h"
+#include "tier/store/omega_jacobi.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace {
 

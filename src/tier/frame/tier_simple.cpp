@@ -7,13 +7,13 @@
 #include <string>
 #include <utility>
 
-#include "tier/frame/info.h"
-#include "tier/frame/input_checks.h"
-#include "tier/frame/parameter_file.h"
-#include "tier/frame/parameter_list.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/tier.h"
-#include "tier/frame/tier_main.h"
+#include "tier/api/tier.h"
+#include "tier/call/tier_main.h"
+#include "tier/codes/parameter_file.h"
+#include "tier/store/info.h"
+#include "tier/store/input_checks.h"
+#include "tier/store/parameter_list.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

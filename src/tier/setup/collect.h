@@ -2,7 +2,7 @@
 // Called by driver_split in point-based runs.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

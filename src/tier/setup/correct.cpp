@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "tier/frame/info.h"
 #include "tier/setup/prepare_opdfn.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

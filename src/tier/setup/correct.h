@@ -2,7 +2,7 @@
 // rows. Called by the Galerkin step of create_levels, which forms the product again afterwards.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

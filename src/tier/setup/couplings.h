@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "tier/frame/work_arrays.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

@@ -7,16 +7,16 @@
 #include <cstdlib>
 #include <string>
 
-#include "tier/frame/dimensions.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/driver_int.h"
 #include "tier/setup/driver_split.h"
 #include "tier/setup/galerkin_step.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
+#include "tier/store/dimensions.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

@@ -1,9 +1,9 @@
 // Set-up of the hierarchy: decoding of its control digits and the level loop. Called by tier_main.
 #pragma once
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
 #include "tier/setup/setup_state.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

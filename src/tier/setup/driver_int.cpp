@@ -4,11 +4,11 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/pbint.h"
 #include "tier/setup/pwint_aa.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

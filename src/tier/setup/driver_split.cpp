@@ -1,15 +1,15 @@
 // Splitting step of a level.
 #include "tier/setup/driver_split.h"
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/collect.h"
 #include "tier/setup/reduce.h"
 #include "tier/setup/second_pass.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

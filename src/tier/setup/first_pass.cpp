@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
 #include "tier/setup/pcol.h"
-#include "tier/setup/team.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

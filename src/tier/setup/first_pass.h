@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "tier/frame/work_arrays.h"
 #include "tier/setup/couplings.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

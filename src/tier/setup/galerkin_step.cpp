@@ -3,12 +3,12 @@
 
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
 #include "tier/setup/correct.h"
 #include "tier/setup/galerkin_truncate.h"
 #include "tier/setup/opdfn.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

@@ -2,8 +2,8 @@
 // Called by create_levels and by re-starts with new values.
 #pragma once
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

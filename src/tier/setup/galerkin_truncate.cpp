@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

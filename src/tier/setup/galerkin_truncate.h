@@ -1,7 +1,7 @@
 // Thinning of coarse operators. Called by create_levels when ntr asks for it.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

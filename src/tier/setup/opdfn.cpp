@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/setup/coarse_row.h"
 #include "tier/setup/couplings.h"
-#include "tier/setup/team.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
 #include "tier/setup/dense_block.h"
 #include "tier/setup/interpolation_row.h"
 #include "tier/setup/pcol.h"
 #include "tier/setup/primary.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

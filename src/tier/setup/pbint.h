@@ -2,7 +2,7 @@
 // Called by driver_int for point-based runs with block-wise interpolation.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

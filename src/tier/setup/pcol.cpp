@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/setup/first_pass.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

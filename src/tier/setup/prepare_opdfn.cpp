@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tier/setup/team.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

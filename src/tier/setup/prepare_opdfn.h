@@ -2,7 +2,7 @@
 // interpolation to coarse numbers and transposes it. Called by create_levels before the Galerkin product.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

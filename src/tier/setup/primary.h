@@ -2,7 +2,7 @@
 // Called by the strength step of point-based runs with an internal primary matrix.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

@@ -2,8 +2,8 @@
 // Called by driver_int.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
 #include "tier/setup/interpolation_row.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

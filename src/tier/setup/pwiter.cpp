@@ -1,9 +1,9 @@
 // Jacobi improvement of interpolation rows, and the copy of a primary unknown's rows to the others.
 #include <atomic>
 
-#include "tier/frame/info.h"
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

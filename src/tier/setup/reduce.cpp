@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/setup/first_pass.h"
-#include "tier/setup/team.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

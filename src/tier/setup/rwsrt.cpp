@@ -7,9 +7,9 @@
 #include <string>
 #include <utility>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/setup/team.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <string>
 
-#include "tier/frame/hierarchy.h"
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
+#include "tier/store/hierarchy.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

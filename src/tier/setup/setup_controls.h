@@ -2,7 +2,7 @@
 // Written by crsng_data's decoder; read by every step of create_levels.
 #pragma once
 
-#include "tier/frame/controls.h"
+#include "tier/store/controls.h"
 
 namespace tier {
 

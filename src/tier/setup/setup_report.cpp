@@ -3,12 +3,12 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/solver_report.h"
+#include "tier/report/solver_report.h"
 #include "tier/setup/create_levels.h"
 #include "tier/setup/setup_controls.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

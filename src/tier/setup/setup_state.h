@@ -5,12 +5,12 @@
 #include <array>
 #include <string>
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
 #include "tier/setup/pcol.h"
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/setup_controls.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

@@ -1,9 +1,9 @@
 // Rules that end coarsening.
 #include "tier/setup/stopping.h"
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

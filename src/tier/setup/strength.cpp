@@ -6,14 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "tier/frame/approach_code.h"
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/timers.h"
 #include "tier/setup/primary.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

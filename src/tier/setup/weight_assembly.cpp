@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "tier/frame/info.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
-#include "tier/frame/hierarchy.h"
 #include "tier/setup/interpolation_row.h"
 #include "tier/setup/pcol.h"
-#include "tier/setup/team.h"
+#include "tier/store/hierarchy.h"
+#include "tier/store/team.h"
 
 namespace tier {
 

@@ -1,10 +1,10 @@
 // What the accelerators share: preconditioning, real residuals, the end of a step.
 #include "tier/solve/accelerators.h"
 
-#include "tier/frame/report.h"
 #include "tier/solve/cyc.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
+#include "tier/store/report.h"
 
 namespace tier {
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

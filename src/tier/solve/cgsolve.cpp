@@ -5,10 +5,10 @@
 #include <limits>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/timers.h"
 #include "tier/solve/coarse_solvers.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

@@ -3,12 +3,12 @@
 #include <limits>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/short_recurrence.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

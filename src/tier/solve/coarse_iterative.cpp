@@ -4,15 +4,15 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/timers.h"
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/smoother.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/info.h"
-#include "tier/frame/report.h"
 #include "tier/solve/cgsolve.h"
 #include "tier/solve/minimize.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/smoother.h"
 #include "tier/solve/transfer.h"
+#include "tier/store/info.h"
+#include "tier/store/report.h"
 
 namespace tier {
 

@@ -5,12 +5,12 @@
 #include <array>
 #include <optional>
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
-#include "tier/frame/parameters.h"
 #include "tier/solve/relax.h"
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/sweep_code.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

@@ -2,7 +2,7 @@
 // Used by cgsolve for nrc 6, 8 and 10.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

@@ -3,13 +3,13 @@
 #include <cmath>
 #include <limits>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/report.h"
 #include "tier/solve/accelerators.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/report.h"
 
 namespace tier {
 

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "tier/solve/row_loop.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

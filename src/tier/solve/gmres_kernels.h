@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "tier/frame/work_arrays.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

@@ -2,8 +2,8 @@
 // Used by the ILU smoothers, the one-level accelerators and the iterative coarsest-level solvers.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

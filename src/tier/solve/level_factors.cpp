@@ -5,9 +5,9 @@
 #include <array>
 #include <string>
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/timers.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

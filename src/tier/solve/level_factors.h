@@ -4,9 +4,9 @@
 
 #include <memory>
 
-#include "tier/frame/controls.h"
 #include "tier/solve/block_ilu.h"
 #include "tier/solve/ilu.h"
+#include "tier/store/controls.h"
 
 namespace tier {
 

@@ -1,7 +1,7 @@
 // Matrix kernels on one level.
 #include "tier/solve/matrix_ops.h"
 
-#include "tier/solve/row_loop.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

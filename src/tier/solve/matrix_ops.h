@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "tier/frame/hierarchy.h"
-#include "tier/solve/row_loop.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/hierarchy.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

@@ -1,7 +1,7 @@
 // A fill-reducing elimination order for sparse Gauss elimination. Called by sparse_gauss.
 #pragma once
 
-#include "tier/frame/work_arrays.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

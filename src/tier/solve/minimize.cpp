@@ -1,10 +1,10 @@
 // The minimisation step of the V*-cycle.
 #include "tier/solve/minimize.h"
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/transfer.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

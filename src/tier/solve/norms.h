@@ -2,9 +2,9 @@
 // Called by the driver, the cycle's checks and the accelerators.
 #pragma once
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

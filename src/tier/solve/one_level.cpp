@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/solve/level_factors.h"
-#include "tier/solve/row_loop.h"
 #include "tier/solve/sweep_code.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
 #include "tier/solve/matrix_ops.h"
-#include "tier/solve/row_loop.h"
 #include "tier/solve/sweep_code.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

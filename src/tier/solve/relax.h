@@ -3,10 +3,10 @@
 
 #include <span>
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/sweep_rows.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

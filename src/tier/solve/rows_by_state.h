@@ -2,7 +2,7 @@
 // apart. Made by prepare_smoothers for one solution.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tier/frame/info.h"
+#include "tier/store/info.h"
 
 namespace tier {
 

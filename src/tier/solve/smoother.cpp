@@ -5,12 +5,12 @@
 #include <cstdlib>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/timers.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/relx_pgs.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/timers.h"
 
 namespace tier {
 

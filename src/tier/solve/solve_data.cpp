@@ -1,11 +1,11 @@
 // Checks and adaptation of the smoothing and coarsest-level choices to the system at hand.
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/omega_jacobi.h"
-#include "tier/frame/parameters.h"
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/tier_solve.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/omega_jacobi.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 

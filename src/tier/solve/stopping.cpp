@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/report.h"
-#include "tier/solve/row_loop.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/report.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

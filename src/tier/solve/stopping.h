@@ -4,8 +4,8 @@
 
 #include <string_view>
 
-#include "tier/frame/controls.h"
-#include "tier/frame/work_arrays.h"
+#include "tier/store/controls.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

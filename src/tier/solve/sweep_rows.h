@@ -5,9 +5,9 @@
 #include <array>
 #include <vector>
 
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

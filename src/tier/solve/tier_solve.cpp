@@ -6,16 +6,16 @@
 #include <cstdio>
 #include <string>
 
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/omega_jacobi.h"
-#include "tier/frame/report.h"
 #include "tier/solve/accelerators.h"
 #include "tier/solve/cyc.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
-#include "tier/solve/row_loop.h"
 #include "tier/solve/smoother.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/omega_jacobi.h"
+#include "tier/store/report.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

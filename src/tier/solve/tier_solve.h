@@ -1,8 +1,8 @@
 // The solution phase: first residual, stand-alone cycles, accelerator, final residual. Called by tier_main.
 #pragma once
 
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

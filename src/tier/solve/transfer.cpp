@@ -2,7 +2,7 @@
 #include "tier/solve/transfer.h"
 
 #include "tier/solve/matrix_ops.h"
-#include "tier/solve/row_loop.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

@@ -2,8 +2,8 @@
 // Called by the cycle. Set-up has made the transposed interpolation rt, jrt, wrt of the finer level.
 #pragma once
 
-#include "tier/frame/hierarchy.h"
 #include "tier/solve/vector_ops.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
 

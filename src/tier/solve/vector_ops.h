@@ -2,7 +2,7 @@
 // where the vector is long enough. Called by the driver, the accelerators and the coarsest-level solvers.
 #pragma once
 
-#include "tier/frame/work_arrays.h"
+#include "tier/store/work_arrays.h"
 
 namespace tier {
 

@@ -12,10 +12,10 @@
 #endif
 
 #include "support/tier/systems.h"
-#include "tier/frame/info.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/solve/tier_solve.h"
+#include "tier/store/info.h"
+#include "tier/store/threads.h"
 
 namespace {
 

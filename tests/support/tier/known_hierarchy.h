@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/controls.h"
-#include "tier/frame/hierarchy.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace testing_support {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tier/frame/hierarchy.h"
+#include "tier/store/hierarchy.h"
 
 namespace testing_support {
 

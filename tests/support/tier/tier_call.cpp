@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-#include "tier/frame/tier.h"
+#include "tier/api/tier.h"
 
 namespace testing_support {
 

@@ -6,7 +6,7 @@
 
 #include "input/geometry_file.h"
 #include "input/mesh_tables.h"
-#include "run/labels.h"
+#include "run/base/labels.h"
 #include "support/input_test.h"
 
 namespace keld {

@@ -8,8 +8,8 @@
 #include <fstream>
 
 #include "support/tier/tier_call.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/tier.h"
+#include "tier/api/tier.h"
+#include "tier/store/parameters.h"
 
 namespace {
 

@@ -14,10 +14,10 @@
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/sparse_system.h"
 #include "support/tier/systems.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/results_of_run.h"
-#include "tier/frame/threads.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/results_of_run.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -13,9 +13,6 @@
 #include <vector>
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/correct.h"
 #include "tier/setup/galerkin_step.h"
 #include "tier/setup/galerkin_truncate.h"
@@ -25,6 +22,9 @@
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -9,14 +9,14 @@
 #include <cmath>
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/pbint.h"
 #include "tier/setup/pcol.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/parameters.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <sstream>
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/create_levels.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #endif
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/setup_controls.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -10,13 +10,13 @@
 #include <map>
 
 #include "support/tier/sparse_system.h"
-#include "tier/frame/threads.h"
 #include "tier/setup/collect.h"
 #include "tier/setup/pcol.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/setup/reduce.h"
 #include "tier/setup/rwsrt.h"
 #include "tier/setup/second_pass.h"
+#include "tier/store/threads.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/systems.h"
-#include "tier/frame/parameters.h"
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/level_factors.h"
+#include "tier/store/parameters.h"
 
 namespace {
 

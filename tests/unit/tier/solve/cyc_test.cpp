@@ -10,8 +10,8 @@
 
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/systems.h"
-#include "tier/frame/parameters.h"
 #include "tier/solve/transfer.h"
+#include "tier/store/parameters.h"
 
 namespace {
 

@@ -9,12 +9,12 @@
 
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/systems.h"
-#include "tier/frame/ierr.h"
-#include "tier/frame/info.h"
-#include "tier/frame/parameters.h"
-#include "tier/frame/threads.h"
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/sweep_code.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/parameters.h"
+#include "tier/store/threads.h"
 
 namespace {
 

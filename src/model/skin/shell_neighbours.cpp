@@ -1,0 +1,78 @@
+// Node and edge incidence of the skin mesh, as compressed lists.
+#include "model/skin/shell_neighbours.h"
+
+#include <array>
+
+#include "input/mesh_access.h"
+
+namespace keld {
+
+ShellTables shell;
+
+namespace {
+
+bool holds(int e, int node) {
+  return elementTable.node1[e] == node || elementTable.node2[e] == node || elementTable.node3[e] == node;
+}
+
+template <class Visit>
+void forEachDistinctCorner(int e, Visit visit) {
+  const auto c = cornerNodesOf(e);
+  visit(c[0]);
+  if (c[1] != c[0]) visit(c[1]);
+  if (c[2] != 0 && c[2] != c[0] && c[2] != c[1]) visit(c[2]);
+}
+
+/// The shorter of the two nodes' lists: an element that holds both stands in either, in the same order.
+int withShorterList(const IncidenceLists& lists, int nodeA, int nodeB) {
+  return lists.count(nodeA) <= lists.count(nodeB) ? nodeA : nodeB;
+}
+
+template <class Visit>
+void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit visit) {
+  const auto c = cornerNodesOf(e);
+  for (int edge = 0; edge < 3; ++edge) {
+    const int a = c[edge], b = c[(edge + 1) % 3];
+    const int shorter = withShorterList(trianglesAtNode, a, b);
+    for (const int* k = trianglesAtNode.begin(shorter); k != trianglesAtNode.end(shorter); ++k)
+      if (*k != e && holds(*k, a) && holds(*k, b)) visit(*k);
+  }
+}
+
+}  // namespace
+
+IncidenceLists elementsAtNodes(bool withRunners) {
+  IncidenceLists lists;
+  lists.start.assign(static_cast<std::size_t>(nodeTable.nodeCount) + 2, 0);
+  const auto takesPart = [&](int e) { return withRunners || isTriangle(e); };
+
+  for (int e = 1; e <= elementTable.elementCount; ++e)
+    if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { ++lists.start[n + 1]; });
+  for (std::size_t n = 1; n < lists.start.size(); ++n) lists.start[n] += lists.start[n - 1];
+  lists.item.resize(static_cast<std::size_t>(lists.start.back()));
+
+  std::vector<int> next(lists.start);
+  for (int e = 1; e <= elementTable.elementCount; ++e)
+    if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { lists.item[next[n]++] = e; });
+  return lists;
+}
+
+IncidenceLists edgeNeighbours(const IncidenceLists& trianglesAtNode) {
+  IncidenceLists table;
+  table.start.assign(static_cast<std::size_t>(elementTable.elementCount) + 2, 0);
+  for (int e = 1; e <= elementTable.elementCount; ++e) {
+    table.start[e] = static_cast<int>(table.item.size());
+    if (isTriangle(e)) forEachEdgeNeighbour(trianglesAtNode, e, [&](int k) { table.item.push_back(k); });
+  }
+  table.start.back() = static_cast<int>(table.item.size());
+  return table;
+}
+
+bool onOneTriangle(const IncidenceLists& trianglesAtNode, int nodeA, int nodeB) {
+  const int shorter = withShorterList(trianglesAtNode, nodeA, nodeB);
+  for (const int* k = trianglesAtNode.begin(shorter); k != trianglesAtNode.end(shorter); ++k)
+    if (holds(*k, nodeA) && holds(*k, nodeB)) return true;
+  return false;
+}
+
+}  // namespace keld

@@ -1,0 +1,74 @@
+// The sink mark of a Shell run. First act of the results stage there.
+#include <cmath>
+#include <numbers>
+
+#include "input/mesh_access.h"
+#include "input/prior_fields.h"
+#include "input/process_record.h"
+#include "model/material/material.h"
+#include "model/model_tables.h"
+#include "model/sink_mark.h"
+
+namespace keld {
+
+namespace {
+
+/// Sums over the elements at a node, weighted by their share of volume.
+struct NodeState {
+  double volume = 0.0, temperature = 0.0, kindFraction = 0.0;
+  void add(double share, double elementTemperature, double elementFraction) {
+    volume += share;
+    temperature += elementTemperature * share;
+    kindFraction += elementFraction * share;
+  }
+};
+
+double mixedDensity(double kindFraction, double temperature) {
+  constexpr double pressure = 1e6;  // dyn/cm2
+  const double second = processRecord.secondKind == 1 ? density(2, pressure, temperature) : 0.0;
+  return kindFraction * density(1, pressure, temperature) + (1.0 - kindFraction) * second;
+}
+
+double sinkOf(const NodeState& state) {
+  if (!(state.volume > 0.0)) return 0.0;
+  const double fraction = state.kindFraction / state.volume;
+  const double v = 1.0 / mixedDensity(fraction, state.temperature / state.volume);
+  const double v0 = 1.0 / mixedDensity(fraction, 298.0);
+  return std::cbrt(v) * (v - v0) / v / 3.0;
+}
+
+void addTriangles(std::vector<NodeState>& states) {
+  const ElementTemperatureField& side = elementTemperatureField;
+  for (int e = 1; e <= elementTable.partElementCount; ++e) {
+    const auto corner = cornersOf(e);
+    const double area = 0.5 * norm(cross(corner[1] - corner[0], corner[2] - corner[0]));
+    const double share = area * elementTable.thickness[e] / 3.0;
+    const double temperature = (side.sideTemperature1[e] + side.sideTemperature2[e]) / 2.0;
+    for (const int n : {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]})
+      states[n].add(share, temperature, residualStressField.kindFraction[e]);
+  }
+}
+
+/// Runner elements have no entry in the element fields: they count with the neutral values.
+void addRunners(std::vector<NodeState>& states) {
+  for (int e = elementTable.partElementCount + 1; e <= elementTable.elementCount; ++e) {
+    const int a = elementTable.node1[e], b = elementTable.node2[e];
+    const double diameter = elementTable.thickness[e];
+    const double share =
+        std::numbers::pi * diameter * diameter * distance(positionOf(a), positionOf(b)) * 0.125;
+    for (const int n : {a, b})
+      if (n < static_cast<int>(states.size())) states[n].add(share, processRecord.ambientTemperature, 1.0);
+  }
+}
+
+}  // namespace
+
+void shellSinkMark() {
+  std::vector<NodeState> states(static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount) + 1);
+  addTriangles(states);
+  addRunners(states);
+  solution.rowSolution.assign(states.size(), 0.0);
+  for (std::size_t n = 1; n < states.size(); ++n) solution.rowSolution[n] = sinkOf(states[n]);
+}
+
+}  // namespace keld

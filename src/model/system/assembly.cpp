@@ -1,0 +1,224 @@
+// Assembly of the reduced system from the wedge elements; see the header.
+// A thread owns a range of nodes: it forms every element that holds one of them and adds its rows there, in
+// element order. So every sum has one order whatever the number of threads, no thread waits for another, and
+// an element is formed once, or once more at the border of two ranges, and at most three times.
+#include "model/system/assembly.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+#include "input/mesh_access.h"
+#include "input/mesh_tables.h"
+#include "input/prior_fields.h"
+#include "input/process_record.h"
+#include "model/model_tables.h"
+#include "model/restraint/restraint.h"
+#include "model/system/loads.h"
+#include "model/system/pattern.h"
+#include "model/walls/wedge/wedge_element.h"
+#include "run/base/failure.h"
+#include "run/base/threads.h"
+#include "run/base/working_files.h"
+
+namespace keld {
+
+namespace {
+
+std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagonal; written by assemblePass
+
+Matrix3 tensorOf(const Matrix6& d, const Vector6& strain) {
+  Vector6 q{};
+  for (std::size_t i = 0; i < 6; ++i) {
+    for (std::size_t j = 0; j < 6; ++j) q[i] += d[i][j] * strain[j];
+  }
+  return {{{q[0], q[3], q[4]}, {q[3], q[1], q[5]}, {q[4], q[5], q[2]}}};
+}
+
+/// Forms an element from the tables; k may be null where the load alone is wanted.
+void formElement(int element, bool thermal, ElementMatrix* k, ElementLoad& f) {
+  const auto e = static_cast<std::size_t>(element);
+  const ResidualStressField& field = residualStressField;
+  const auto nodes = wedgeNodesOf(element);
+  const WedgeGeometry geometry =
+      wedgeGeometry(cornersOf(element), elementTable.thickness[e], volumes.meanJacobian);
+  const std::array<Vector3, 3> axes = {field.direction1[e], field.direction2[e], field.direction3[e]};
+  const MaterialConstants& material = materialConstants[field.kindFraction[e] > 0.5 ? 1 : 2];
+  const double a1 = field.orientationValue[e];
+
+  ElementLoading loading;
+  loading.thermal = thermal;
+  loading.stress = stressTensor(field.stress1[e], field.stress2[e], axes[0], axes[1]);
+  if (k != nullptr || thermal) {
+    const Matrix6 d = rotatedStiffness(orientationAverage(material.stiffness, a1), axes);
+    if (k != nullptr) formStiffness(geometry, d, *k);
+    if (thermal) {
+      const double across = material.expansionTransverse, along = material.expansionLongitudinal - across;
+      const Vector3 alpha = {across + along * a1, across + along * (1.0 - a1), across};
+      loading.unitThermal = tensorOf(d, rotatedExpansion(alpha, axes));
+      loading.ambientTemperature = processRecord.ambientTemperature;
+      for (std::size_t i = 0; i < 6; ++i) {
+        loading.nodeTemperature[i] = volumes.nodalTemperature[static_cast<std::size_t>(nodes[i])];
+      }
+    }
+  }
+  formLoad(geometry, loading, f);
+
+  std::array<bool, 6> inFrame{};
+  for (std::size_t i = 0; i < 6; ++i) {
+    inFrame[i] = nodes[i] == boundaryNodes.boundaryNode2 || nodes[i] == boundaryNodes.boundaryNode3;
+  }
+  if (std::find(inFrame.begin(), inFrame.end(), true) != inFrame.end()) {
+    changeBasis(inFrame, restraintFrame, k, f);
+  }
+}
+
+/// Lower nodes first..last and their mates: rows that one thread writes.
+struct NodeRange {
+  int first, last;
+  bool holds(int lowerNode) const { return first <= lowerNode && lowerNode <= last; }
+};
+
+/// Adds the rows of an element that belong to nodes of a range; k may be null.
+void addElement(int element, const ElementMatrix* k, const ElementLoad& f, const NodeRange& range) {
+  const auto nodes = wedgeNodesOf(element);
+  std::array<int, 6> unknowns;
+  for (std::size_t i = 0; i < 6; ++i) {
+    unknowns[i] = unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(nodes[i])]);
+  }
+  for (std::size_t a = 0; a < 6; ++a) {
+    if (!range.holds(nodes[a % 3])) continue;
+    const int firstRow = freedoms.nodeFirstRow[static_cast<std::size_t>(nodes[a])];
+    for (int direction = 0; direction < unknowns[a]; ++direction) {
+      const auto row = static_cast<std::size_t>(firstRow + direction);
+      const std::size_t local = 3 * a + static_cast<std::size_t>(direction);
+      systemOfPass.rowLoad[row] += f[local];
+      if (k == nullptr) continue;
+      double* const target = systemOfPass.matrixValue.data() + systemOfPass.rowStart[row];
+      const double* source = k->data() + 18 * local;
+      const int* offset = elementBlockOffset[static_cast<std::size_t>(element)].data() + 6 * a;
+      for (std::size_t b = 0; b < 6; ++b, source += 3) {
+        double* const block = target + offset[b];
+        if (unknowns[b] == 3) {
+          for (int j = 0; j < 3; ++j) block[j] += source[j];
+        } else {
+          for (int j = 0; j < unknowns[b]; ++j) block[j] += source[j];
+        }
+      }
+    }
+  }
+}
+
+void addElementsOfNodes(const NodeRange& range, bool withMatrix, bool thermal) {
+  const ElementTable& t = elementTable;
+  ElementMatrix matrix;
+  ElementLoad load;
+  ElementMatrix* const k = withMatrix ? &matrix : nullptr;
+  for (int element = 1; element <= t.partElementCount; ++element) {
+    const auto e = static_cast<std::size_t>(element);
+    if (!range.holds(t.node1[e]) && !range.holds(t.node2[e]) && !range.holds(t.node3[e])) continue;
+    formElement(element, thermal, k, load);
+    addElement(element, k, load, range);
+  }
+}
+
+void addAllElements(bool withMatrix, bool thermal) {
+  const long layer = wedgeNumbering.wedgeNodeCount / 2;
+#pragma omp parallel
+  {
+    const auto [thread, threads] = threadPlace();
+    // Nodes are numbered in order of first use, so that a range is a stretch of neighbouring elements as a
+    // rule.
+    const NodeRange range{static_cast<int>(layer * thread / threads) + 1,
+                          static_cast<int>(layer * (thread + 1) / threads)};
+    addElementsOfNodes(range, withMatrix, thermal);
+  }
+}
+
+/// Brings the diagonal of the node's second and third row to the front: the node's own columns, c1, c2, c3 at
+/// first, become c2, c3, c1 and c3, c1, c2. In the two rows of a node with two unknowns c3 is a neighbour's
+/// column.
+template <class Value>
+void diagonalFirst(std::vector<Value>& entries) {
+  const int nodes = wedgeNumbering.wedgeNodeCount;
+#pragma omp parallel for schedule(static)
+  for (int n = 1; n <= nodes; ++n) {
+    const auto node = static_cast<std::size_t>(n);
+    for (int shift = 1; shift < unknownsOf(freedoms.nodeRestraint[node]); ++shift) {
+      const auto row = static_cast<std::size_t>(freedoms.nodeFirstRow[node] + shift);
+      Value* const begin = entries.data() + systemOfPass.rowStart[row];
+      const int width = systemOfPass.rowStart[row + 1] - systemOfPass.rowStart[row];
+      std::rotate(begin, begin + shift, begin + std::min(width, 3));
+    }
+  }
+}
+
+/// Ends the run with the first element whose matrix or load isn't finite, when a row shows that there is one.
+[[noreturn]] void failOnElement(bool thermal) {
+  int culprit = 0;
+  for (int e = 1; e <= elementTable.partElementCount && culprit == 0; ++e) {
+    ElementMatrix k;
+    ElementLoad f;
+    formElement(e, thermal, &k, f);
+    const auto bad = [](double value) { return !std::isfinite(value); };
+    if (std::any_of(k.begin(), k.end(), bad) || std::any_of(f.begin(), f.end(), bad)) culprit = e;
+  }
+  vFail(
+      "\n !! Error !!  Stiffness or load of part element %d isn't a finite number: check its thickness and "
+      "nodes in "
+      "\"%s\", its stress in \"%s\", its temperatures and the moduli in \"%s\".\n",
+      culprit, workingFiles.pg1.c_str(), workingFiles.rs1.c_str(), workingFiles.mal.c_str());
+}
+
+void checkFinite(bool withMatrix, bool thermal) {
+  bool finite = true;
+#pragma omp parallel for schedule(static) reduction(&& : finite)
+  for (int row = 1; row <= freedoms.freeDofCount; ++row) {
+    const auto r = static_cast<std::size_t>(row);
+    finite = finite && std::isfinite(systemOfPass.rowLoad[r]);
+    if (!withMatrix) continue;
+    // An entry that isn't finite makes the diagonals of its element's nodes so.
+    finite =
+        finite && std::isfinite(systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])]);
+  }
+  if (!finite) failOnElement(thermal);
+}
+
+void turnRow(std::size_t row) {
+  for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p) {
+    systemOfPass.matrixValue[static_cast<std::size_t>(p)] *= -1.0;
+  }
+}
+
+}  // namespace
+
+void assemblePass(int stressPass, int passCount) {
+  const bool thermal = stressPass == passCount;
+  layOutRows();
+  reportBadElements();
+  addAllElements(true, thermal);
+  diagonalFirst(systemOfPass.columnIndex);
+  diagonalFirst(systemOfPass.matrixValue);
+  checkFinite(true, thermal);
+  turnedRows.clear();
+  for (int row = 1; row <= freedoms.freeDofCount; ++row) {
+    const auto r = static_cast<std::size_t>(row);
+    if (systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])] >= 0.0) continue;
+    turnRow(r);
+    systemOfPass.rowLoad[r] *= -1.0;
+    turnedRows.push_back(row);
+  }
+}
+
+void assembleLoad(int stressPass, int passCount) {
+  const bool thermal = stressPass == passCount;
+  systemOfPass.rowLoad.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+  reportBadElements();
+  addAllElements(false, thermal);
+  checkFinite(false, thermal);
+  for (int row : turnedRows) systemOfPass.rowLoad[static_cast<std::size_t>(row)] *= -1.0;
+}
+
+}  // namespace keld

@@ -1,0 +1,282 @@
+// The order of one call.
+#include "tier/call/tier_main.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <functional>
+#include <new>
+#include <string>
+
+#include "tier/call/first_guess.h"
+#include "tier/call/solver_state.h"
+#include "tier/call/tier_control.h"
+#include "tier/codes/matrix_check.h"
+#include "tier/codes/parameter_file.h"
+#include "tier/codes/tier_input.h"
+#include "tier/report/dump.h"
+#include "tier/report/performance_meter.h"
+#include "tier/report/setup_report.h"
+#include "tier/report/solver_report.h"
+#include "tier/report/workcount_report.h"
+#include "tier/setup/create_levels.h"
+#include "tier/solve/norms.h"
+#include "tier/solve/tier_solve.h"
+#include "tier/store/dimensions.h"
+#include "tier/store/ierr.h"
+#include "tier/store/info.h"
+#include "tier/store/input_checks.h"
+#include "tier/store/log_file.h"
+#include "tier/store/parameters.h"
+#include "tier/store/results_of_run.h"
+#include "tier/store/threads.h"
+#include "tier/store/timers.h"
+
+namespace tier {
+
+namespace {
+
+constexpr int new_operators = 3, set_up_and_keep = 4, set_up_once = 5;
+constexpr int level_of_dump = 2;
+
+void start_call(const call_arguments& call, run_results& results) {
+  if (solver.calls == 0) clear_timers();
+  start_call_timers();
+  ++solver.calls;
+  clear_warning();
+  memory.memi = memory.nisum;
+  memory.memd = memory.ndsum;
+  last_call = call_figures();
+  results = run_results();
+  if (parm::ntake_res_in != 0) results.res_in = call.res_in;
+  set_max_threads(parm::omp_num_threads_external);
+}
+
+void refuse_block_scaling() {
+  if (parm::block_scale == 0) return;
+  parm::block_scale = 0;
+  warn(warn_setting_adjusted, "block scaling requested but not computed.");
+  info(message_class::warning, "Reset block_scale=0 (tier-main)");
+}
+
+/// The matrix transformations that iforce0 can ask for.
+void check_transformation(const controls& c, int matrix) {
+  constexpr int force1 = 4, last_scalar = 7, force_test = 9;
+  if (c.iforce0 >= force1 && c.iforce0 <= last_scalar && c.nsys > 1)
+    fail(ierr_illegal_value, "Setting of parameter <iforce0-" + std::to_string(c.iforce0) +
+                                 "> only legal if NSYS=1 (tier_main)!");
+  switch (c.iforce0) {
+    case 0:
+    case 2:
+      return;
+    case 6:
+    case 7:
+      if (digits_of<4>(matrix)[4] != 0)
+        not_released("matrix: scaling digits of iforce0=" + std::to_string(c.iforce0));
+      return;
+    case 1:
+    case 3:
+    case 4:
+    case 5:
+    case force_test:
+      not_released("iforce0=" + std::to_string(c.iforce0));
+    default:
+      fail(ierr_illegal_value, "Illegal value of parameter <iforce0> in (tier_main)!");
+  }
+}
+
+/// Everything that can be found wrong before work begins; the caller's arrays are only read.
+controls check_call(const call_arguments& call) {
+  controls c = tier_input(call);
+  check_matrix(call, c);
+  c.npnts = count_points(call, c);
+  print_banner(c);
+  check_transformation(c, call.matrix);
+  test_matrix(call, c);
+  check_points(call, c);
+  return c;
+}
+
+/// A re-start finds the coarsest-level solver that the set-up decided on.
+void take_over_coarsest_solver(controls& c) {
+  if (c.nrc == solver.nrc_asked) c.nrc = solver.nrc_used;
+}
+
+void note_coarsest_solver(int asked, int used) {
+  if (solver.nrc_used != 0 && solver.nrc_used != used)
+    info(message_class::note,
+         "CL solver switched from " + std::to_string(solver.nrc_used) + " to " + std::to_string(used));
+  solver.nrc_asked = asked;
+  solver.nrc_used = used;
+}
+
+void make_levels(hierarchy& h, controls& c) {
+  constexpr int multilevel_cycles = 4;
+  if (c.igam > multilevel_cycles) {
+    h.levels_created = h.levels_used = 1;
+    return;
+  }
+  crsng_data(c);
+  if (c.levelx == 1 && c.dump_level >= 0) message("One level method requested by user (levelx=1).");
+  create_levels(h, c);
+}
+
+void finish_call(call_state& s) {
+  if (s.c.iswit == set_up_once) {
+    clean_up("Work_count_/_Cleanup");
+    if (memory.nisum != 0 || memory.ndsum != 0) {
+      info(message_class::warning, "Inconsistency in memory counter:");
+      warn(warn_memory_counters, "Integers left: " + std::to_string(memory.nisum) +
+                                     ", Doubles left: " + std::to_string(memory.ndsum));
+    }
+  }
+  release_level_one(solver.levels(1), solver.scaling);
+}
+
+void run_call(call_arguments& call, run_results& results) {
+  if (open_logfile() != 0) fail(ierr_internal, "A problem with a specified logfile occurred (tier_main)!");
+  start_call(call, results);
+  if (call.iswtch == 0) return;
+  refuse_block_scaling();
+
+  call_state s{call, check_call(call), results};
+  try {
+    call.a_cmplx = s.c.a_cmplx;
+    call.g_cmplx = s.c.g_cmplx;
+    call.p_cmplx = s.c.p_cmplx;
+    call.w_avrge = s.c.w_avrge;
+    bind_level_one(solver.levels(1), call, s.c);
+    tier_cntrl(s);
+    finish_call(s);
+  } catch (...) {
+    results = s.results;
+    throw;
+  }
+  results = s.results;
+}
+
+/// Residual of the caller's own system.
+double original_residual(const call_state& s) {
+  level original;
+  bind_level_one(original, s.call, s.c);
+  return resid(original, original.f, original.u, s.c.norm_typ);
+}
+
+/// u is the caller's again however the solution ends.
+struct restore_at_exit {
+  level& fine;
+  ~restore_at_exit() { restore_solution(solver.scaling, fine.n, fine.u); }
+};
+
+void note_memory() {
+  const auto integers = static_cast<double>(memory.nisum), reals = static_cast<double>(memory.ndsum);
+  last_call.integer_megabytes = megabytes_of_integers(integers);
+  last_call.real_megabytes = megabytes_of_reals(reals);
+  last_call.peak_megabytes = megabytes_of_integers(static_cast<double>(memory.memi)) +
+                             megabytes_of_reals(static_cast<double>(memory.memd));
+}
+
+void trace_exit(const char* words, int ierr) { trace(1, words + std::to_string(ierr), parm::itrace_amgmain); }
+
+}  // namespace
+
+double first_guess_residual(const call_state& s) {
+  const level& fine = solver.levels(1);
+  return resid(fine, fine.f, fine.u, s.c.norm_typ);
+}
+
+void full_set_up(call_state& s) {
+  const double start = elapsed_time();
+  partial_clean_up("New_setup");
+  parm::refresh_called = false;
+  level& fine = solver.levels(1);
+  bind_level_one(fine, s.call, s.c);
+  modify_level_one(fine, solver.scaling, s.c);
+  tier_dimensions(s.c);
+  const int asked = s.c.nrc;
+  make_levels(solver.levels, s.c);
+  note_coarsest_solver(asked, s.c.nrc);
+  if (s.c.dump_level >= level_of_dump) dump_hierarchy(solver.levels);
+
+  solver.set_up_since_start = true;
+  solver.struct_ident_at_set_up = parm::struct_ident;
+  if (s.c.iswit == set_up_and_keep) {
+    solver.hierarchy_present = true;
+    solver.last_set_up = descriptors_of(s.call, s.c);
+  }
+  last_call.complexity = measure(solver.levels, s.c);
+  last_call.setup_seconds += elapsed_time() - start;
+  add_time(phase::setup, elapsed_time() - start);
+  print_setup_statistics(solver.levels, s.c);
+}
+
+void re_start(call_state& s) {
+  const double start = elapsed_time();
+  check_re_start(s.call, s.c);
+  take_over_coarsest_solver(s.c);
+  if (s.c.iswit == new_operators) {
+    info(message_class::note, "TIER re-start: Recomputing coarse-level operators");
+    modify_level_one(solver.levels(1), solver.scaling, s.c);
+    if (!parm::lu_reuse) release_solution_data();
+    recompute_operators(solver.levels, s.c);
+  } else {
+    info(message_class::note, "TIER re-start: Coarse-levels not changed.");
+  }
+  last_call.complexity = measure(solver.levels, s.c);
+  last_call.setup_seconds += elapsed_time() - start;
+  add_time(phase::setup, elapsed_time() - start);
+}
+
+void solve(call_state& s) {
+  const double start = elapsed_time();
+  level& fine = solver.levels(1);
+  first(s.c.ifirst, fine.n, fine.u);
+  const bool modified = s.c.out_level >= 0 && fine.own_a.size() > 0 && modification(s.c) != 0;
+  const double res_in = modified ? original_residual(s) : 0.0;
+  scale_first_guess(solver.scaling, fine.n, fine.u);
+  solve_data(solver.levels, s.c);
+  print_solver_information(solver.levels, s.c);
+  {
+    const restore_at_exit restore{fine};
+    tier_solve(solver.levels, s.c, s.results);
+  }
+  last_call.solve_seconds += elapsed_time() - start;
+  last_call.cycles = s.results.ncyc_done;
+  add_time(phase::solve, elapsed_time() - start);
+  note_memory();
+  print_workcount(s.c, s.results);
+  if (modified) print_restored_residuals(s.c, res_in, original_residual(s));
+}
+
+int ierr_of(const std::function<int()>& work) {
+  try {
+    return work();
+  } catch (const failure& f) {
+    return f.ierr;
+  } catch (const std::bad_alloc&) {
+    info(message_class::error, "Allocation/Deallocation failed in (tier)");
+    return ierr_allocation;
+  } catch (const std::exception& e) {
+    info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what());
+    return ierr_internal;
+  }
+}
+
+int tier_main(call_arguments& call, run_results& results) {
+  const double start = elapsed_time();
+  const int ierr = ierr_of([&] {
+    read_input_parms(call);
+    start_performance_meter();
+    run_call(call, results);
+    print_performance_meter();
+    return last_warning();
+  });
+  if (ierr > 0) clean_up("Error_in_tier_main");
+  last_call.total_seconds = elapsed_time() - start;
+  last_call.nflag = ierr;
+  trace_exit(ierr > 0 ? "leaving tier_main, ierr " : "leaving tier_main (regular exit), ierr ", ierr);
+  flush_output();
+  return ierr;
+}
+
+}  // namespace tier

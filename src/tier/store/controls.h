@@ -1,0 +1,80 @@
+// The control values of one call, decoded and checked once at the door.
+// Written by tier_input (and solve_data, crsng_data for what is theirs); read by set-up and solution.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "tier/store/work_arrays.h"
+
+namespace tier {
+
+struct controls {
+  // system
+  int nnu = 0, nna = 0, nsys = 1;
+  int npnts = 0;  // largest entry of ip, 0 without ip
+  bool has_ip = false;
+  int isym = 2;  // 1 symmetric, 2 not; half storage has been expanded into a copy
+  int irow0 = 2;
+  bool half_stored = false;  // the caller stores one triangle of a symmetric matrix
+  int iforce0 = 0;
+  std::array<int, 1000> iscale{};  // [1..nsys] 1: function fixed only up to a constant
+
+  // approach (nsolve)
+  int nstyp = 1;       // 1 variable-based, 2 unknown-based, 3 point-based
+  int nint_force = 0;  // point-based: 1 separate, 2 same for all unknowns, 3 block-wise
+  int nxtyp = 0;       // smoother type
+  int internal = 0, nprim = 0;
+  bool dummy_primary = false;
+  int nint_weights = 1, nint_pat = 1;
+
+  // run (iswtch)
+  int iswit = 5, iextent = 1, n_default = 40, norm_typ = 0, scratch_unit = 31;
+
+  // cycling (ncyc)
+  int igam = 1;    // 1 V, 2 F, 3 W, 4 VV, 5 and 6 one-level
+  int ncgrad = 1;  // 0 none, 1 CG, 2 BiCGstab, 3 GMRES, 4 flexible CG
+  int nkdim = 30, ncycle = 0;
+  bool negative_ncyc = false;  // the K-cycle was asked for
+  double eps = 0.0;
+  int ifirst = 0;
+
+  // strategy, user values over the table of n_default
+  int levelx = 25, nptmn = 100;
+  bool coarse_trace = false;  // levelx was negative
+  int nrd = 131, nru = 131, nrc = 7;
+  int ncg = 5, nwt = 2, ntr = 1, np_opt = 0;
+  double ecg = 21.25, ewt = 0.2, etr = 12.2;
+  double a_cmplx = 2.5, g_cmplx = 1.8, p_cmplx = 1.8, w_avrge = 2.5, b_cmplx = 2.0, ib_cmplx = 2.0;
+  double galerkin_eps = 0.0;  // truncation limit of coarse operators from ntr, 0: none
+  int ntr1 = 1;               // first digit of ntr
+  int ntyp_galerkin = 0;      // 1..6 after resolution
+
+  // accelerators and stopping
+  int ntyp_cg = 1, inner_accel = 1, iter_pre = 0;
+  int nstar_typ = 0, ndyn_smo = 0;  // nstar_typ 0: no V*-cycle
+  std::array<int, 5> icrits{};      // [1..4] digits
+  int iauto_stop_level = 0, num_old_res = 0, num_old_apps = 0;
+  bool one_level = false;  // igam above 4, levelx 1, or nnu at most nptmn
+
+  // printing
+  int dump_level = 0;  // level of idump, -1: off
+  int out_level = 0;   // level of iout, -1: off
+  int show_un_res = 0;
+  bool residual_check = false;  // the coarse-level residual check may speak
+};
+
+/// What a call gives back beside u.
+struct run_results {
+  double res_in = -1.0, res_out = -1.0;
+  double res0 = -1.0;  // residual after cycle ncyc_start, for the average reduction; -1: not reached
+  int ncyc_done = 0;
+};
+
+/// Splits |value| into `nnum` fields as the digit codes want it (see TIER_IDEC): digits[0] is field 1.
+void idec(int value, int nnum, int& ndigit, int* digits);
+
+/// The primary matrix is to be made from norms of the blocks of points.
+inline bool norm_based(const controls& c) { return c.internal == 3 || c.internal == 4; }
+
+}  // namespace tier

@@ -1,0 +1,85 @@
+// Message classes and their filter, trace lines, and the two ways in which a call ends early.
+#include "tier/store/info.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "tier/store/ierr.h"
+#include "tier/store/log_file.h"
+#include "tier/store/parameters.h"
+
+namespace tier {
+
+namespace {
+
+int latest_warning = 0;
+
+struct class_of_message {
+  const char* prefix;
+  int least_mode;  // printed if mode_mess is at least this
+};
+
+class_of_message describe(message_class cls) {
+  switch (cls) {
+    case message_class::error:
+      return {"*** ERROR: ", -2};
+    case message_class::warning:
+      return {"+++ WARNG: ", -1};
+    case message_class::control:
+      return {">>> CNTRL: ", 1};
+    case message_class::note:
+      break;
+  }
+  return {">>> MESSG: ", 0};
+}
+
+void blank_lines(int count) {
+  for (int i = 0; i < count; ++i) write_line("");
+}
+
+}  // namespace
+
+void info(message_class cls, std::string_view text, int blank_before, int blank_after) {
+  const class_of_message kind = describe(cls);
+  if (parm::mode_mess < kind.least_mode) return;
+  message(kind.prefix + std::string(text), blank_before, blank_after);
+}
+
+void message(std::string_view text, int blank_before, int blank_after) {
+  blank_lines(blank_before);
+  if (!text.empty()) write_line(text);
+  blank_lines(blank_after);
+}
+
+void trace(int level, std::string_view text, int local_level) {
+  if (std::max(parm::itracelevel, local_level) >= level) write_line(text);
+}
+
+void fail(int ierr, std::string_view text) {
+  info(message_class::error, text);
+  throw failure{ierr};
+}
+
+void warn(int ierr, std::string_view text) {
+  info(message_class::warning, text);
+  note_warning(ierr);
+}
+
+void note_warning(int ierr) { latest_warning = ierr; }
+int last_warning() { return latest_warning; }
+void clear_warning() { latest_warning = 0; }
+
+void not_released(std::string_view what) {
+  fail(ierr_not_released, "Parameter setting not yet permitted <" + std::string(what) + ">");
+}
+
+void emergency_stop(std::string_view text) {
+  message(text);
+  message(">>> Emergency STOP! <<<");
+  flush_output();
+  std::exit(EXIT_FAILURE);
+}
+
+}  // namespace tier

@@ -1,0 +1,91 @@
+// Complexities of a hierarchy, and the exported getters of a call's figures.
+#include "tier/store/results_of_run.h"
+
+#include <algorithm>
+
+#include "tier/api/tier.h"
+#include "tier/store/work_arrays.h"
+
+namespace tier {
+
+call_figures last_call;
+
+namespace {
+
+constexpr double megabytes_per_integer = 3.814697265625e-06, megabytes_per_real = 7.62939453125e-06;
+
+double ratio(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
+
+/// Visits of level k in one cycle: V 1, F k, W 2^(k-1), VV two on coarse levels.
+double visits(int igam, int k) {
+  constexpr int f_cycle = 2, w_cycle = 3, double_v_cycle = 4;
+  if (igam == f_cycle) return k;
+  if (igam == w_cycle) return static_cast<double>(1 << std::min(k - 1, 30));
+  if (igam == double_v_cycle) return k == 1 ? 1.0 : 2.0;
+  return 1.0;
+}
+
+}  // namespace
+
+complexities measure(const hierarchy& h, const controls& c) {
+  complexities m;
+  m.levels = std::max(h.levels_created, 0);
+  if (m.levels == 0) return m;
+  double n = 0, points = 0, entries = 0, weights = 0, primary = 0, primary_rows = 0, visited = 0,
+         interpolated = 0;
+  for (int k = 1; k <= m.levels; ++k) {
+    const level& l = h(k);
+    n += l.n;
+    points += l.npnts;
+    entries += l.entries();
+    visited += visits(c.igam, k) * l.entries();
+    primary += static_cast<double>(l.primary_entries);
+    primary_rows += static_cast<double>(l.primary_rows);
+    if (k == m.levels) continue;
+    weights += static_cast<double>(l.w.size());
+    interpolated += l.n;
+  }
+  const double n1 = h(1).n, entries1 = h(1).entries(), points1 = h(1).npnts;
+  m.a_cmplx = ratio(entries, entries1);
+  m.a_avrge = ratio(entries, n);
+  m.b_cmplx = ratio(primary, static_cast<double>(h(1).primary_entries));
+  m.b_avrge = ratio(primary, primary_rows);
+  m.ib_cmplx = ratio(primary_rows, points1);
+  m.g_cmplx = ratio(n, n1);
+  m.t_cmplx = ratio(entries + weights, entries1);
+  m.w_avrge = ratio(weights, interpolated);
+  m.c_cmplx = ratio(visited, entries1);
+  m.p_cmplx = ratio(points, points1);
+  m.e_cmplx = ratio(weights, entries1);
+  return m;
+}
+
+double megabytes_of_integers(double count) { return count * megabytes_per_integer; }
+double megabytes_of_reals(double count) { return count * megabytes_per_real; }
+
+double megabytes_in_use() {
+  return megabytes_of_integers(static_cast<double>(memory.nisum)) +
+         megabytes_of_reals(static_cast<double>(memory.ndsum));
+}
+
+}  // namespace tier
+
+void TIER_GET_COMPLEXITIES(int* levels, double* values) {
+  const tier::complexities& m = tier::last_call.complexity;
+  *levels = m.levels;
+  const double all[] = {m.a_cmplx, m.a_avrge, m.b_cmplx, m.b_avrge, m.ib_cmplx, m.g_cmplx,
+                        m.t_cmplx, m.w_avrge, m.c_cmplx, m.p_cmplx, m.e_cmplx};
+  std::copy(std::begin(all), std::end(all), values);
+}
+
+void TIER_GET_LEVELS_CREATED(int* levels) { *levels = tier::last_call.complexity.levels; }
+void TIER_GET_NFLAG(int* nflag) { *nflag = tier::last_call.nflag; }
+void TIER_GET_MEM_ACTIVE(double* megabytes) { *megabytes = tier::megabytes_in_use(); }
+
+void TIER_GET_TIME_AND_MEM(double* values) {
+  const tier::call_figures& f = tier::last_call;
+  const double all[] = {f.setup_seconds,  f.solve_seconds,         f.seconds_per_cycle(),
+                        f.total_seconds,  f.integer_megabytes,     f.real_megabytes,
+                        f.peak_megabytes, tier::megabytes_in_use()};
+  std::copy(std::begin(all), std::end(all), values);
+}

@@ -1,0 +1,113 @@
+// Row loops of the kernels: one parallel region over contiguous chunks, and sums whose parts are added in
+// thread order. Used by every kernel of the solution phase.
+#pragma once
+
+#include <algorithm>
+#include <array>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include "tier/store/parameters.h"
+#include "tier/store/threads.h"
+
+namespace tier {
+
+constexpr int most_threads = 256;
+
+// Below these a team costs more time than it saves, whatever smaller limit the parameters give.
+constexpr int least_matrix_rows = 256;
+constexpr int least_vector_rows = 8192;
+
+inline int matrix_team(int n) {
+  return std::min(most_threads, team_size(n, std::max(parm::nmin_matrix, least_matrix_rows)));
+}
+inline int restriction_team(int n) {
+  return std::min(most_threads, team_size(n, std::max(parm::nmin_matrix_resc, least_matrix_rows)));
+}
+inline int vector_team(int n) {
+  return std::min(most_threads, team_size(n, std::max(parm::nmin_vector, least_vector_rows)));
+}
+
+/// A thread's part of a row loop.
+struct row_chunk {
+  int lo, hi;     // rows lo..hi
+  int tid, team;  // this thread of how many
+};
+
+inline row_chunk chunk_here(int n) {
+  row_chunk c{1, n, 0, 1};
+#ifdef _OPENMP
+  c.tid = omp_get_thread_num();
+  c.team = omp_get_num_threads();
+#endif
+  chunk_of_thread(1, n, c.tid, c.team, c.lo, c.hi);
+  return c;
+}
+
+/// The rows of another loop over 1..n for the same thread.
+inline row_chunk chunk_like(const row_chunk& c, int n) {
+  row_chunk other = c;
+  chunk_of_thread(1, n, c.tid, c.team, other.lo, other.hi);
+  return other;
+}
+
+/// Runs body(chunk) once in each thread of the team; the body must not throw.
+template <class Body>
+void for_chunks(int n, int team, Body body) {
+  if (team <= 1) {
+    body(row_chunk{1, n, 0, 1});
+    return;
+  }
+#pragma omp parallel num_threads(team)
+  body(chunk_here(n));
+}
+
+/// Waits for the team of the region around; nothing to do in a serial loop.
+inline void team_barrier(const row_chunk& c) {
+  if (c.team <= 1) return;
+#pragma omp barrier
+}
+
+/// Per-thread parts of a sum, a cache line apart.
+class thread_parts {
+ public:
+  void put(int tid, double value) { parts_[static_cast<std::size_t>(tid)].value = value; }
+  double sum(int team) const {
+    double s = parts_[0].value;
+    for (int t = 1; t < team; ++t) s += parts_[static_cast<std::size_t>(t)].value;
+    return s;
+  }
+  double largest(int team) const {
+    double m = parts_[0].value;
+    for (int t = 1; t < team; ++t) {
+      const double p = parts_[static_cast<std::size_t>(t)].value;
+      if (!(p <= m)) m = p;  // a NaN stays
+    }
+    return m;
+  }
+
+ private:
+  struct alignas(64) part {
+    double value = 0.0;
+  };
+  std::array<part, most_threads> parts_;
+};
+
+/// sum over the team of body(chunk), parts added in thread order.
+template <class Body>
+double sum_chunks(int n, int team, Body body) {
+  if (team <= 1) return body(row_chunk{1, n, 0, 1});
+  thread_parts parts;
+  int ran = 1;
+#pragma omp parallel num_threads(team)
+  {
+    const row_chunk c = chunk_here(n);
+    parts.put(c.tid, body(c));
+    if (c.tid == 0) ran = c.team;
+  }
+  return parts.sum(ran);
+}
+
+}  // namespace tier

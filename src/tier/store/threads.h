@@ -1,0 +1,25 @@
+// Thread teams of the kernels: how many, which rows each owns, and sums whose parts are added in thread
+// order.
+#pragma once
+
+#include <cstdint>
+
+#include "tier/store/work_arrays.h"
+
+namespace tier {
+
+/// Threads that a call of TIER may use, by omp_num_threads_external and the OpenMP runtime; set by tier_main.
+int max_threads();
+void set_max_threads(int omp_num_threads_external);
+
+/// Threads for a loop over `rows` rows: 1 below `nmin` rows per thread, else max_threads().
+int team_size(std::int64_t rows, int nmin);
+
+/// Range lo..hi of thread `tid` of `team` in ilo..ihi: equal chunks, the last thread takes the rest.
+inline void chunk_of_thread(int ilo, int ihi, int tid, int team, int& lo, int& hi) {
+  const int size = (ihi - ilo + 1) / team;
+  lo = ilo + tid * size;
+  hi = tid == team - 1 ? ihi : lo + size - 1;
+}
+
+}  // namespace tier

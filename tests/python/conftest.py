@@ -13,7 +13,7 @@ sys.path[:0] = [str(Path(__file__).resolve().parents[2] / "python"), str(Path(__
 @pytest.fixture
 def job(tmp_path, capsys):
     """Run keld-job in tmp_path on a part file's text; returns (status, standard error)."""
-    from keld_tools import job_cli
+    from keld_tools.programs import job_cli
 
     def call(text, *words):
         (tmp_path / "part.toml").write_text(text)

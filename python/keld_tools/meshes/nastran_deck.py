@@ -12,7 +12,7 @@ from pathlib import Path
 
 import numpy as np
 
-from .findings import BadFile, count_of
+from ..base.findings import BadFile, count_of
 from .raw_mesh import RawMesh, filled, indices_of
 
 # card -> (corners, place of the first grid point, place of the first corner thickness)

@@ -11,11 +11,11 @@ from pathlib import Path
 
 import numpy as np
 
-from . import units
-from .findings import BadFile, Findings, count_of
-from .mesh_input import JobMesh
-from .part_file import FIELDS, FieldRequest, Part
-from .raw_mesh import indices_of
+from ..base import units
+from ..base.findings import BadFile, Findings, count_of
+from ..meshes.mesh_input import JobMesh
+from ..meshes.raw_mesh import indices_of
+from ..part.part_file import FIELDS, FieldRequest, Part
 
 DIRECTION = ("fibre_x", "fibre_y", "fibre_z")
 PERPENDICULAR = 1e-3  # a direction whose part in the element's plane is shorter counts as perpendicular

@@ -11,8 +11,9 @@ import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from . import polymers, units
-from .findings import BadFile, Findings
+from ..base import units
+from ..base.findings import BadFile, Findings
+from . import polymers
 from .part_section import FieldRequest, Section, is_number
 from .polymers import Filler, Polymer
 

@@ -7,12 +7,12 @@ from __future__ import annotations
 
 import numpy as np
 
-from . import surface
-from .findings import Findings, count_of
-from .mesh_input import JobMesh
-from .part_file import Part
-from .polymers import Polymer
-from .units import CM_PER_MM, DYN_CM2_PER_MPA
+from ..base.findings import Findings, count_of
+from ..base.units import CM_PER_MM, DYN_CM2_PER_MPA
+from ..meshes import surface
+from ..meshes.mesh_input import JobMesh
+from ..part.part_file import Part
+from ..part.polymers import Polymer
 
 SLENDER = 1e-4  # height over longest side below which a triangle spoils the equations
 

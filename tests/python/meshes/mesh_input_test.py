@@ -3,9 +3,9 @@
 import meshio
 import numpy as np
 import pytest
-from keld_tools import mesh_input, surface
-from keld_tools.findings import BadFile, Findings
-from keld_tools.part_file import MeshRequest
+from keld_tools.base.findings import BadFile, Findings
+from keld_tools.meshes import mesh_input, surface
+from keld_tools.part.part_file import MeshRequest
 from support import plate, write_plate
 
 POINTS, QUADS = plate()

@@ -20,7 +20,8 @@ from matplotlib.collections import LineCollection, TriMesh  # noqa: E402
 from matplotlib.colors import Normalize  # noqa: E402
 from matplotlib.tri import Triangulation  # noqa: E402
 
-from . import atomic, surface  # noqa: E402
+from ..base import atomic  # noqa: E402
+from ..meshes import surface  # noqa: E402
 
 # view -> (azimuth, elevation) in degrees: where the eye stands
 VIEWS = {

@@ -17,8 +17,8 @@ from pathlib import Path
 import meshio
 import numpy as np
 
+from ..base.findings import BadFile, Findings, count_of
 from . import abaqus_deck, nastran_deck, surface
-from .findings import BadFile, Findings, count_of
 from .raw_mesh import RawMesh, filled
 
 DECKS = {".bdf": nastran_deck, ".nas": nastran_deck, ".fem": nastran_deck, ".dat": nastran_deck, ".inp": abaqus_deck}

@@ -8,8 +8,8 @@ from pathlib import Path
 
 import numpy as np
 
-from .findings import BadFile, Findings
-from .units import CM_PER_MM, DYN_CM2_PER_MPA
+from ..base.findings import BadFile, Findings
+from ..base.units import CM_PER_MM, DYN_CM2_PER_MPA
 
 
 @dataclass

@@ -4,9 +4,13 @@ import os
 
 import numpy as np
 import pytest
-from keld_tools import atomic, checks, job_cli, polymers, surface
-from keld_tools.geometry_file import read_geometry, read_prior
-from keld_tools.findings import Findings
+from keld_tools.base import atomic
+from keld_tools.base.findings import Findings
+from keld_tools.job import checks
+from keld_tools.meshes import surface
+from keld_tools.part import polymers
+from keld_tools.programs import job_cli
+from keld_tools.results.geometry_file import read_geometry, read_prior
 from support import PART, plate, write_plate
 
 TILTED = [[0, 0, 0], [40, 0, 0], [40, 30, 30], [0, 30, 30]]

@@ -11,15 +11,16 @@ from pathlib import Path
 
 import numpy as np
 
-from . import __version__, atomic, checks, mesh_input, part_file, polymers, surface, working_files
-from .fields import Fields
-from .findings import BadFile, Findings
-from .mesh_input import JobMesh
-from .part_file import Part
-from .program import run_program
-from .progress import Progress
-
-SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
+from .. import __version__
+from ..base import atomic
+from ..base.findings import BadFile, Findings
+from ..base.program import run_program
+from ..base.progress import Progress
+from ..job import checks, job_files, working_files
+from ..meshes import mesh_input
+from ..meshes.mesh_input import JobMesh
+from ..part import part_file, polymers
+from ..part.part_file import Part
 
 
 def arguments(argv: list[str] | None) -> argparse.Namespace:
@@ -66,7 +67,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     if mesh is None:
         return ""
     progress("checking")
-    contents = texts(part, mesh, findings, progress)
+    contents = job_files.texts(part, mesh, findings, progress)
     check_target(part, options, findings)
     if findings.faults:
         return ""
@@ -74,7 +75,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     atomic.write_family(
         part.base,
         {suffix: text.encode(errors="replace") for suffix, text in contents.items()},
-        tuple(s for s in SUFFIXES if s not in contents),
+        tuple(s for s in working_files.SUFFIXES if s not in contents),
         last=".PG1",
     )
     return summary_of(part, mesh, contents)
@@ -106,77 +107,6 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
     elif first_try:
         findings.fault("command line", "a mesh needs -o BASE, the base name of the files to write")
     return part
-
-
-def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> dict[str, str]:
-    """Suffix -> text of every file of the job; only complete when `findings` has no fault."""
-    if part.mesh.runner_diameter is not None:
-        mesh.diameter = np.where(np.isnan(mesh.diameter), part.mesh.runner_diameter, mesh.diameter)
-    elif not part.mesh.place and np.isnan(mesh.diameter).any():  # a first try has nothing to say on runners
-        findings.warn(str(part.mesh.path), f"{len(mesh.runners)} two-node elements without a diameter left out")
-        mesh.runners, mesh.diameter = mesh.runners[:0], mesh.diameter[:0]
-    fields = Fields(part, mesh, findings)
-    thickness = fields.thickness() if len(mesh.triangles) else np.zeros(0)
-    checks.check_mesh(mesh, np.nan_to_num(thickness), str(part.mesh.path), findings)
-    if not len(mesh.triangles):
-        return {}
-    progress("values per element")
-    lower, upper = side_temperatures(fields)
-    checks.check_conditions(part, np.concatenate([lower, upper]), findings)
-    gates = mesh_input.find_nodes(mesh, part.mesh.gate_nodes, "gate node", part.places["mesh"], findings)
-    fixed = mesh_input.find_nodes(mesh, part.boundary_nodes, "boundary node", part.places["boundary"], findings)
-    if part.boundary_nodes and len(fixed) == len(part.boundary_nodes):
-        checks.check_boundary(mesh, fixed, part.places["boundary"], findings)
-    heading = [working_files.MADE_BY, part.title or part.base.name]
-    contents = {".RS1": stress_text(part, mesh, fields, heading, findings)}
-    if findings.faults:
-        return {}
-    progress("forming the files")
-    contents[".PG1"] = working_files.geometry(
-        heading, mesh.points, mesh.triangles, thickness, mesh.runners, mesh.diameter, gates
-    )
-    suffix, contents_of = working_files.temperatures(heading, lower, upper, len(mesh.runners))
-    contents[suffix] = contents_of
-    contents[".PRC"] = working_files.process(part, float(np.mean([lower, upper])))
-    contents[".CPU"] = working_files.settings(part.direct_solver, part.cycle_limit)
-    contents[".MAL"] = working_files.material(part)
-    contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
-    return {suffix: text for suffix, text in contents.items() if text}
-
-
-def side_temperatures(fields: Fields) -> tuple[np.ndarray, np.ndarray]:
-    """(T,) lower and upper ejection temperature; a side without its own takes the value for both."""
-    both = "ejection_temperature"
-    names = [f"{both}_{side}" for side in ("lower", "upper")]
-    if not any(fields.given(name) for name in (both, *names)):
-        fields.findings.fault(fields.part.places["conditions"], f"has no {both}_C")
-    common = fields.values(both) if fields.given(both) else None
-    sides = []
-    for name in names:
-        if not fields.given(name):
-            if common is None and any(fields.given(n) for n in names):
-                fields.findings.fault(fields.part.places["conditions"], f"has one side only: {name}_C is missing")
-            sides.append(common if common is not None else np.zeros(len(fields.mesh.triangles)))
-        elif name in fields.part.fields or common is None:
-            sides.append(fields.values(name))
-        else:  # rows of a CSV over the common value
-            rows = fields.csv[name][fields.mesh.source]
-            sides.append(np.where(np.isnan(rows), common, rows))
-    return sides[0], sides[1]
-
-
-def stress_text(part: Part, mesh: JobMesh, fields: Fields, heading: list[str], findings: Findings) -> str:
-    """.RS1, or nothing for a job without stress, fibres or a direction."""
-    stress = [fields.values(name, 0.0) for name in ("stress1", "stress2")]
-    orientation = fields.values("orientation", 1.0)
-    fraction = fields.values("kind_fraction", 1.0)
-    checks.check_fields(part, np.array(stress), orientation, fraction, findings)
-    axes = fields.axes(surface.unit_normals(mesh.points, mesh.triangles))
-    given = any(fields.given(n) for n in ("stress1", "stress2", "orientation", "kind_fraction", "fibre_direction"))
-    directed = part.filler or part.polymer.anisotropic or part.second
-    if not (given or directed) or findings.faults:
-        return ""
-    return working_files.stress(heading, *stress, fraction, orientation, axes, len(mesh.runners))
 
 
 def check_target(part: Part, options: argparse.Namespace, findings: Findings) -> None:

@@ -7,9 +7,10 @@ from __future__ import annotations
 
 import numpy as np
 
-from .part_file import Part
-from .polymers import Filler, Polymer
+from ..part.part_file import Part
+from ..part.polymers import Filler, Polymer
 
+SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
 MADE_BY = "made by keld-job"
 UNKNOWN_NODE = 0
 

@@ -9,7 +9,7 @@ from pathlib import Path
 import meshio
 import numpy as np
 
-from . import atomic
+from ..base import atomic
 from .geometry_file import PartGeometry
 from .results_file import Results
 

@@ -12,7 +12,7 @@ from pathlib import Path
 
 import numpy as np
 
-from .findings import BadFile
+from ..base.findings import BadFile
 from .nastran_deck import with_indices
 from .raw_mesh import RawMesh, filled
 

@@ -14,11 +14,11 @@ from pathlib import Path
 import meshio
 import numpy as np
 
-from . import atomic, working_files
-from .findings import BadFile
+from ..base import atomic
+from ..base.findings import BadFile
+from ..base.units import CM_PER_MM
+from ..job import working_files
 from .geometry_file import PartGeometry, after_title, read_geometry, text_of
-from .job_cli import SUFFIXES
-from .units import CM_PER_MM
 
 COPIED = (".PRC", ".CPU", ".MAL", ".RS1", ".PT1", ".CT1")
 
@@ -97,7 +97,7 @@ def write_cavity(
         source = Path(f"{base}{suffix}")
         if source.is_file():
             contents[suffix] = source.read_bytes()
-    stale = tuple(s for s in SUFFIXES + (".WR1",) if s not in contents)
+    stale = tuple(s for s in working_files.SUFFIXES + (".WR1",) if s not in contents)
     atomic.write_family(target, contents, stale, last=".PG1")
     return target, [Path(f"{target}{suffix}") for suffix in contents]
 

@@ -9,8 +9,8 @@ import difflib
 import math
 from dataclasses import dataclass
 
-from . import units
-from .findings import Findings
+from ..base import units
+from ..base.findings import Findings
 
 
 @dataclass

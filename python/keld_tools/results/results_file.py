@@ -8,7 +8,7 @@ from pathlib import Path
 
 import numpy as np
 
-from .findings import BadFile
+from ..base.findings import BadFile
 from .geometry_file import numbers_of, text_of
 
 

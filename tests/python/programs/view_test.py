@@ -6,8 +6,10 @@ import matplotlib.image
 import meshio
 import numpy as np
 import pytest
-from keld_tools import compensate, job_cli, picture, view_cli
-from keld_tools.geometry_file import read_geometry
+from keld_tools.programs import job_cli, view_cli
+from keld_tools.report import picture
+from keld_tools.results import compensate
+from keld_tools.results.geometry_file import read_geometry
 from support import PART, plate, results_text, write_plate
 
 RNG = np.random.default_rng(6)
@@ -191,7 +193,7 @@ def mutations(data, count):
     ["plate.msh", "bin.msh", "plate.stl", "plate.bdf", "plate.inp", "part.toml", "rows.csv", "j.PG1", "j.WR1", "j.RS1"],
 )
 def test_no_damage_ends_in_anything_but_a_message(base, capsys, monkeypatch, name):
-    from mesh_input_test import abaqus, nastran
+    from meshes.mesh_input_test import abaqus, nastran
 
     monkeypatch.setattr(picture, "draw", lambda *_: None)
     folder = base.parent

@@ -9,12 +9,14 @@ from pathlib import Path
 
 import numpy as np
 
-from . import __version__, compensate, picture, vtu
-from .findings import BadFile, Findings
-from .geometry_file import PartGeometry, read_geometry, read_prior
-from .program import run_program
-from .progress import Progress
-from .results_file import Results, read_results
+from .. import __version__
+from ..base.findings import BadFile, Findings
+from ..base.program import run_program
+from ..base.progress import Progress
+from ..report import picture
+from ..results import compensate, vtu
+from ..results.geometry_file import PartGeometry, read_geometry, read_prior
+from ..results.results_file import Results, read_results
 
 # field -> (what distorts the part, component or None for the length, words)
 FIELDS = {

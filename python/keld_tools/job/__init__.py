@@ -1,0 +1,1 @@
+"""A job: its values per element, its checks, its working files."""

@@ -1,0 +1,87 @@
+"""The text of every file of a job, from the part file and the mesh. Called by job_cli.
+
+Gathers the values per element, has them checked, and hands them to working_files.
+"""
+
+from __future__ import annotations
+
+import numpy as np
+
+from ..base.findings import Findings
+from ..base.progress import Progress
+from ..meshes import mesh_input, surface
+from ..meshes.mesh_input import JobMesh
+from ..part.part_file import Part
+from . import checks, working_files
+from .fields import Fields
+
+
+def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> dict[str, str]:
+    """Suffix -> text of every file of the job; only complete when `findings` has no fault."""
+    if part.mesh.runner_diameter is not None:
+        mesh.diameter = np.where(np.isnan(mesh.diameter), part.mesh.runner_diameter, mesh.diameter)
+    elif not part.mesh.place and np.isnan(mesh.diameter).any():  # a first try has nothing to say on runners
+        findings.warn(str(part.mesh.path), f"{len(mesh.runners)} two-node elements without a diameter left out")
+        mesh.runners, mesh.diameter = mesh.runners[:0], mesh.diameter[:0]
+    fields = Fields(part, mesh, findings)
+    thickness = fields.thickness() if len(mesh.triangles) else np.zeros(0)
+    checks.check_mesh(mesh, np.nan_to_num(thickness), str(part.mesh.path), findings)
+    if not len(mesh.triangles):
+        return {}
+    progress("values per element")
+    lower, upper = side_temperatures(fields)
+    checks.check_conditions(part, np.concatenate([lower, upper]), findings)
+    gates = mesh_input.find_nodes(mesh, part.mesh.gate_nodes, "gate node", part.places["mesh"], findings)
+    fixed = mesh_input.find_nodes(mesh, part.boundary_nodes, "boundary node", part.places["boundary"], findings)
+    if part.boundary_nodes and len(fixed) == len(part.boundary_nodes):
+        checks.check_boundary(mesh, fixed, part.places["boundary"], findings)
+    heading = [working_files.MADE_BY, part.title or part.base.name]
+    contents = {".RS1": stress_text(part, mesh, fields, heading, findings)}
+    if findings.faults:
+        return {}
+    progress("forming the files")
+    contents[".PG1"] = working_files.geometry(
+        heading, mesh.points, mesh.triangles, thickness, mesh.runners, mesh.diameter, gates
+    )
+    suffix, contents_of = working_files.temperatures(heading, lower, upper, len(mesh.runners))
+    contents[suffix] = contents_of
+    contents[".PRC"] = working_files.process(part, float(np.mean([lower, upper])))
+    contents[".CPU"] = working_files.settings(part.direct_solver, part.cycle_limit)
+    contents[".MAL"] = working_files.material(part)
+    contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
+    return {suffix: text for suffix, text in contents.items() if text}
+
+
+def side_temperatures(fields: Fields) -> tuple[np.ndarray, np.ndarray]:
+    """(T,) lower and upper ejection temperature; a side without its own takes the value for both."""
+    both = "ejection_temperature"
+    names = [f"{both}_{side}" for side in ("lower", "upper")]
+    if not any(fields.given(name) for name in (both, *names)):
+        fields.findings.fault(fields.part.places["conditions"], f"has no {both}_C")
+    common = fields.values(both) if fields.given(both) else None
+    sides = []
+    for name in names:
+        if not fields.given(name):
+            if common is None and any(fields.given(n) for n in names):
+                fields.findings.fault(fields.part.places["conditions"], f"has one side only: {name}_C is missing")
+            sides.append(common if common is not None else np.zeros(len(fields.mesh.triangles)))
+        elif name in fields.part.fields or common is None:
+            sides.append(fields.values(name))
+        else:  # rows of a CSV over the common value
+            rows = fields.csv[name][fields.mesh.source]
+            sides.append(np.where(np.isnan(rows), common, rows))
+    return sides[0], sides[1]
+
+
+def stress_text(part: Part, mesh: JobMesh, fields: Fields, heading: list[str], findings: Findings) -> str:
+    """.RS1, or nothing for a job without stress, fibres or a direction."""
+    stress = [fields.values(name, 0.0) for name in ("stress1", "stress2")]
+    orientation = fields.values("orientation", 1.0)
+    fraction = fields.values("kind_fraction", 1.0)
+    checks.check_fields(part, np.array(stress), orientation, fraction, findings)
+    axes = fields.axes(surface.unit_normals(mesh.points, mesh.triangles))
+    given = any(fields.given(n) for n in ("stress1", "stress2", "orientation", "kind_fraction", "fibre_direction"))
+    directed = part.filler or part.polymer.anisotropic or part.second
+    if not (given or directed) or findings.faults:
+        return ""
+    return working_files.stress(heading, *stress, fraction, orientation, axes, len(mesh.runners))

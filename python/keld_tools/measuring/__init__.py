@@ -1,0 +1,1 @@
+"""Measures on a moulded part: alignment, distances, flatness, holes, tolerances."""

@@ -1,0 +1,1 @@
+"""Mesh files of every format, as triangles and runners."""

@@ -1,0 +1,1 @@
+"""The part file: what the user asks for, and the library of polymers."""

@@ -1,0 +1,1 @@
+"""The mains of the programs: command line, order of the steps, summary."""

@@ -1,0 +1,1 @@
+"""What a reader looks at: pictures and pages."""

@@ -1,0 +1,1 @@
+"""Many runs of one part: causes and variants."""

@@ -5,6 +5,7 @@
 #include "model/material/material.h"
 #include "model/prior_stage.h"
 #include "model/restraint/restraint.h"
+#include "model/walls/wall_model.h"
 #include "model/walls/wedge/wedge_numbering.h"
 #include "model/walls/wedge/wedge_shape.h"
 
@@ -19,6 +20,7 @@ void modelStage() {
   numberFreedoms();
   setUpRestraint();
   materialSetup();
+  setUpWalls();
 }
 
 }  // namespace keld

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "model/model_tables.h"
+#include "model/walls/wall_model.h"
 
 namespace keld {
 
@@ -31,7 +32,7 @@ ResultRow resultRow(ResultBlock block, int node) {
   const int upper = wedgeNumbering.nodeMate[lower];
   const int lowerDof = freedoms.nodeFirstDof[lower], upperDof = freedoms.nodeFirstDof[upper];
   for (int c = 0; c < freedoms.nodeDofCount[lower]; ++c) {
-    row[c] = (valueAt(block, lowerDof + c) + valueAt(block, upperDof + c)) * 0.5;
+    row[c] = wallModel().midSurface(valueAt(block, lowerDof + c), valueAt(block, upperDof + c));
   }
   row[3] = std::sqrt(row[0] * row[0] + row[1] * row[1] + row[2] * row[2]);
   if (block == ResultBlock::main) row[4] = solution.rowSolution[lower];

@@ -1,4 +1,4 @@
-// Rows of the results: displacement of a geometry node as the mean of its two wedge nodes.
+// Rows of the results: displacement of a geometry node, of the wall's mid surface.
 // Used by the results file and the summary.
 #pragma once
 

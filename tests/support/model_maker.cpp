@@ -9,6 +9,7 @@
 #include "input/process_record.h"
 #include "model/material/material.h"
 #include "model/restraint/restraint.h"
+#include "model/walls/wall_model.h"
 #include "model/walls/wedge/wedge_numbering.h"
 #include "model/walls/wedge/wedge_shape.h"
 
@@ -136,6 +137,7 @@ void runModelStages() {
   numberFreedoms();
   setUpRestraint();
   materialSetup();
+  setUpWalls();
 }
 
 std::vector<double> product(const std::vector<double>& vector) {

@@ -1,4 +1,4 @@
-// Assembly of the reduced system from the wedge elements; see the header.
+// Assembly of the reduced system from the elements of the wall; see the header.
 // A thread owns a range of nodes: it forms every element that holds one of them and adds its rows there, in
 // element order. So every sum has one order whatever the number of threads, no thread waits for another, and
 // an element is formed once, or once more at the border of two ranges, and at most three times.
@@ -7,18 +7,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "input/mesh_access.h"
 #include "input/mesh_tables.h"
-#include "input/prior_fields.h"
-#include "input/process_record.h"
 #include "model/model_tables.h"
 #include "model/restraint/restraint.h"
 #include "model/system/loads.h"
 #include "model/system/pattern.h"
-#include "model/walls/wedge/wedge_element.h"
+#include "model/walls/wall_model.h"
 #include "run/base/failure.h"
 #include "run/base/threads.h"
 #include "run/base/working_files.h"
@@ -29,43 +28,10 @@ namespace {
 
 std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagonal; written by assemblePass
 
-Matrix3 tensorOf(const Matrix6& d, const Vector6& strain) {
-  Vector6 q{};
-  for (std::size_t i = 0; i < 6; ++i) {
-    for (std::size_t j = 0; j < 6; ++j) q[i] += d[i][j] * strain[j];
-  }
-  return {{{q[0], q[3], q[4]}, {q[3], q[1], q[5]}, {q[4], q[5], q[2]}}};
-}
-
 /// Forms an element from the tables; k may be null where the load alone is wanted.
 void formElement(int element, bool thermal, ElementMatrix* k, ElementLoad& f) {
-  const auto e = static_cast<std::size_t>(element);
-  const ResidualStressField& field = residualStressField;
+  wallModel().form(wallElement(element, thermal), k, f);
   const auto nodes = wedgeNodesOf(element);
-  const WedgeGeometry geometry =
-      wedgeGeometry(cornersOf(element), elementTable.thickness[e], volumes.meanJacobian);
-  const std::array<Vector3, 3> axes = {field.direction1[e], field.direction2[e], field.direction3[e]};
-  const MaterialConstants& material = materialConstants[field.kindFraction[e] > 0.5 ? 1 : 2];
-  const double a1 = field.orientationValue[e];
-
-  ElementLoading loading;
-  loading.thermal = thermal;
-  loading.stress = stressTensor(field.stress1[e], field.stress2[e], axes[0], axes[1]);
-  if (k != nullptr || thermal) {
-    const Matrix6 d = rotatedStiffness(orientationAverage(material.stiffness, a1), axes);
-    if (k != nullptr) formStiffness(geometry, d, *k);
-    if (thermal) {
-      const double across = material.expansionTransverse, along = material.expansionLongitudinal - across;
-      const Vector3 alpha = {across + along * a1, across + along * (1.0 - a1), across};
-      loading.unitThermal = tensorOf(d, rotatedExpansion(alpha, axes));
-      loading.ambientTemperature = processRecord.ambientTemperature;
-      for (std::size_t i = 0; i < 6; ++i) {
-        loading.nodeTemperature[i] = volumes.nodalTemperature[static_cast<std::size_t>(nodes[i])];
-      }
-    }
-  }
-  formLoad(geometry, loading, f);
-
   std::array<bool, 6> inFrame{};
   for (std::size_t i = 0; i < 6; ++i) {
     inFrame[i] = nodes[i] == boundaryNodes.boundaryNode2 || nodes[i] == boundaryNodes.boundaryNode3;
@@ -165,6 +131,8 @@ void diagonalFirst(std::vector<Value>& entries) {
     const auto bad = [](double value) { return !std::isfinite(value); };
     if (std::any_of(k.begin(), k.end(), bad) || std::any_of(f.begin(), f.end(), bad)) culprit = e;
   }
+  const std::string fault = culprit > 0 ? wallModel().faultOf(wallElement(culprit, thermal)) : "";
+  if (!fault.empty()) vFail("\n !! Error !!  Part element %d %s\n", culprit, fault.c_str());
   vFail(
       "\n !! Error !!  Stiffness or load of part element %d isn't a finite number: check its thickness and "
       "nodes in "

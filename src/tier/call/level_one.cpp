@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
@@ -100,8 +101,7 @@ void copy_matrix(level& l, int n) {
 
 void increase_diagonals(level& l, int n) {
   const double factor = 1.0 + parm::eps_diag;
-  info(message_class::note,
-       "Matrix diagonals are modified now (increased by " + std::to_string(factor) + " ) !");
+  info(message_class::note, formatted("Matrix diagonals are modified now (increased by %f ) !", factor));
   for (int i = 1; i <= n; ++i) l.a[l.ia[i]] *= factor;
 }
 

@@ -5,6 +5,7 @@
 
 #include "tier/codes/approach_code.h"
 #include "tier/solve/tier_solve.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -73,7 +74,7 @@ void clean_up(const char* marker) { free_hierarchy(marker, "__(FULL_CLEANUP)", f
 
 void partial_clean_up(const char* marker) {
   free_hierarchy(marker, "__(PARTIAL_CLEANUP)_", parm::keepmem);
-  if (parm::keepmem && parm::info_keepmem) message("Kept memory [MB]: " + std::to_string(megabytes_in_use()));
+  if (parm::keepmem && parm::info_keepmem) message(formatted("Kept memory [MB]: %f", megabytes_in_use()));
 }
 
 }  // namespace tier

@@ -3,13 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "tier/call/first_guess.h"
 #include "tier/call/solver_state.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -22,11 +22,7 @@ constexpr int reuse_all = 1, new_operators = 3, set_up_and_keep = 4, set_up_once
               automatic_operators = 7, automatic_reuse = 8;
 constexpr double smallest_normal = std::numeric_limits<double>::min();
 
-std::string figure(double x) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6e", x);
-  return text;
-}
+std::string figure(double x) { return formatted("%.6e", x); }
 
 void control(std::string_view text) { info(message_class::control, text); }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -41,6 +42,7 @@ template <class Index, class Value>
 void write_matrix(const std::string& name, int rows, int columns, const Index& start, const Index& column,
                   const Value& value) {
   text_file out(name);
+  const decimal_point point;
   std::fprintf(out.handle(), "%%%%MatrixMarket matrix coordinate real general\n%d %d %d\n", rows, columns,
                start[rows + 1] - 1);
   for (int i = 1; i <= rows; ++i)

@@ -7,6 +7,7 @@
 
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/sweep_code.h"
+#include "tier/store/formatted.h"
 #include "tier/store/parameters.h"
 #include "tier/store/print_line.h"
 
@@ -16,11 +17,7 @@ namespace {
 
 constexpr int jacobi_step = 7, no_coarse_solution = 99;
 
-std::string milu_weight() {
-  char text[40];
-  std::snprintf(text, sizeof text, "MILU(0,%g)", parm::delta_milu);
-  return text;
-}
+std::string milu_weight() { return formatted("MILU(0,%g)", parm::delta_milu); }
 
 void print_sweeps(const char* side, int code) {
   const sweep_code sweeps = decode_sweeps(code);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tier/setup/prepare_opdfn.h"
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 
 namespace tier {
@@ -61,8 +62,8 @@ void correct_w(level& fine, int coarse_variables, view<const int> bad) {
   constexpr double factor = 0.5;
   for (int c = 1; c <= coarse_variables; ++c)
     if (bad[c])
-      info(message_class::note, "        scaling of column " + std::to_string(c) + " necessary with factor " +
-                                    std::to_string(factor));
+      info(message_class::note,
+           formatted("        scaling of column %d necessary with factor %f", c, factor));
   int ff = 0, f = 0;
   for (int i = 1; i <= fine.n; ++i) {
     if (fine.icg[i] > 0) continue;

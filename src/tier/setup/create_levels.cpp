@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -14,6 +13,7 @@
 #include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
 #include "tier/store/dimensions.h"
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
 #include "tier/store/timers.h"
@@ -81,11 +81,8 @@ void print_matrix(const setup_state& t, int k) {
     shortest = std::min(shortest, lv.ia[i + 1] - lv.ia[i]);
     longest = std::max(longest, lv.ia[i + 1] - lv.ia[i]);
   }
-  std::array<char, 160> line;
-  std::snprintf(line.data(), line.size(),
-                "level #%d: rows= %d entries= %d row lengths min/avrg/max= %d/%.2f/%d", k, lv.n, lv.entries(),
-                shortest, static_cast<double>(lv.entries()) / lv.n, longest);
-  message(line.data());
+  message(formatted("level #%d: rows= %d entries= %d row lengths min/avrg/max= %d/%.2f/%d", k, lv.n,
+                    lv.entries(), shortest, static_cast<double>(lv.entries()) / lv.n, longest));
 }
 
 void make_next_level(setup_state& t, int k) {

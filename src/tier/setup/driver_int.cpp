@@ -1,11 +1,11 @@
 // Interpolation step of a level.
 #include "tier/setup/driver_int.h"
 
-#include <cstdio>
 #include <string>
 
 #include "tier/setup/pbint.h"
 #include "tier/setup/pwint_aa.h"
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
 #include "tier/store/timers.h"
@@ -43,15 +43,10 @@ void record_rows(const level& lv, level_record& r) {
 
 void print_rows(const level_record& r, int nwtint) {
   const multipass_counts& n = r.multipass;
-  char rows[80], changes[60];
-  std::snprintf(rows, sizeof rows, "pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f", nwtint, r.ratio,
-                r.mean_weights);
-  if (n.attempts > 0) {
-    std::snprintf(changes, sizeof changes, "  #att=%d #passes=%d", n.attempts, n.passes);
-  } else {
-    std::snprintf(changes, sizeof changes, "   #vars->C= %d", r.turned_c);
-  }
-  message(std::string(rows) + changes);
+  const std::string changes = n.attempts > 0 ? formatted("  #att=%d #passes=%d", n.attempts, n.passes)
+                                             : formatted("   #vars->C= %d", r.turned_c);
+  message(formatted("pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f", nwtint, r.ratio, r.mean_weights) +
+          changes);
 }
 
 void report_improvement(const improvement_counts& n) {

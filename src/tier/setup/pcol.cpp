@@ -1,10 +1,10 @@
 // Coarse/fine splitting: classification of rows, first pass by blocks, clean-up.
 #include "tier/setup/pcol.h"
 
-#include <cstdio>
 #include <string>
 
 #include "tier/setup/first_pass.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 
@@ -61,10 +61,7 @@ split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
 void print_split_counts(const split_counts& n, int nstyp) {
   const std::string head = "pcol(" + std::to_string(nstyp) + "):       ";
   if (n.switched > 0) message(head + "# status switches XF->C=" + std::to_string(n.switched));
-  char ratio[32];
-  std::snprintf(ratio, sizeof ratio, "%8.6f", n.ratio);
-  message(head + "gratio= " + ratio + " FF/XF/FC=" + std::to_string(n.ff) + "/" + std::to_string(n.xf) + "/" +
-          std::to_string(n.fc));
+  message(head + formatted("gratio= %8.6f FF/XF/FC=%d/%d/%d", n.ratio, n.ff, n.xf, n.fc));
 }
 
 }  // namespace tier

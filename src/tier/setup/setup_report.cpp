@@ -1,11 +1,11 @@
 // Report of the decoded set-up: approach, primary matrix, weights, Galerkin variant.
 #include <array>
-#include <cstdio>
 #include <string>
 
 #include "tier/report/solver_report.h"
 #include "tier/setup/create_levels.h"
 #include "tier/setup/setup_controls.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -82,14 +82,8 @@ void report_galerkin(const controls& c) {
                                                    "dynamic parallel memory management",
                                                    "dynamic parallel memory management + splitting",
                                                    "dynamic memory management using lists"};
-  std::array<char, 80> truncation;
-  if (c.galerkin_eps > 0.0) {
-    std::snprintf(truncation.data(), truncation.size(), "Galerkin: truncation:        yes,  eps = %g",
-                  c.galerkin_eps);
-    message(truncation.data());
-  } else {
-    message("Galerkin: truncation:        no");
-  }
+  message(c.galerkin_eps > 0.0 ? formatted("Galerkin: truncation:        yes,  eps = %g", c.galerkin_eps)
+                               : "Galerkin: truncation:        no");
   message(std::string("          variant:           ") + variants[static_cast<std::size_t>(c.ntyp_galerkin)]);
 }
 

@@ -2,7 +2,6 @@
 #include "tier/solve/cyc.h"
 
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "tier/solve/cgsolve.h"
@@ -10,6 +9,7 @@
 #include "tier/solve/norms.h"
 #include "tier/solve/smoother.h"
 #include "tier/solve/transfer.h"
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 #include "tier/store/report.h"
 
@@ -34,10 +34,8 @@ void smooth(cycle_state& s, int k, const sweep_code& code, int runs) {
 }
 
 void warn_of_reduction(const controls& c, double ratio) {
-  char value[32];
-  std::snprintf(value, sizeof value, "%.5e", ratio);
   const auto tell = [](std::string_view text) { info(message_class::warning, text); };
-  tell("Insufficient residual reduction on coarsest level: " + std::string(value));
+  tell(formatted("Insufficient residual reduction on coarsest level: %.5e", ratio));
   tell("If this happens only after several AMG iterations, most probably");
   tell("you have reached the level of dominant round-off influence");
   tell("(or the coarsest-level system is singular but incompatible).");

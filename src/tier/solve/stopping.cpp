@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
 #include "tier/store/report.h"
@@ -17,11 +17,7 @@ namespace {
 
 constexpr double tiny = 2.2250738585072014e-308, tiny_approximation = 2.2250738585072014e-307;
 
-std::string figure(double x) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.5e", x);
-  return text;
-}
+std::string figure(double x) { return formatted("%.5e", x); }
 
 /// max |x - y| and max(|x|, |y|)
 struct distance {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "tier/solve/accelerators.h"
@@ -11,6 +10,7 @@
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
 #include "tier/solve/smoother.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/omega_jacobi.h"
@@ -25,11 +25,7 @@ constexpr double smallest_normal = 2.2250738585072014e-308;
 constexpr double least_eps_abs = 1e-20;
 enum { no_accelerator = 0, conjugate_gradient = 1, bicgstab = 2, flexible_gmres = 3, flexible_cg = 4 };
 
-std::string figure(double x) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.15e", x);
-  return text;
-}
+std::string figure(double x) { return formatted("%.15e", x); }
 
 /// Compares the caller's res_in with the computed one, which holds.
 void tier_check_res_in(double user, double computed) {

@@ -1,9 +1,9 @@
 // The list of parameters, and values as text.
 #include "tier/store/parameter_list.h"
 
-#include <cstdio>
 #include <unordered_map>
 
+#include "tier/store/formatted.h"
 #include "tier/store/parameters.h"
 
 namespace tier {
@@ -26,11 +26,7 @@ const parameter_entry list[] = {
 std::string as_text(int value) { return std::to_string(value); }
 std::string as_text(bool value) { return value ? "true" : "false"; }
 std::string as_text(std::string_view value) { return std::string(value); }
-std::string as_text(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.10g", value);
-  return text;
-}
+std::string as_text(double value) { return formatted("%.10g", value); }
 
 bool is_unset(const parameter_value& v) {
   if (const int* i = std::get_if<int>(&v)) return !is_set(*i);

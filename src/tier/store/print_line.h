@@ -1,8 +1,7 @@
 // Formatted report lines. Used by the reports.
 #pragma once
 
-#include <cstdio>
-
+#include "tier/store/formatted.h"
 #include "tier/store/info.h"
 
 namespace tier {
@@ -10,9 +9,7 @@ namespace tier {
 /// Prints one report line by a printf format.
 template <class... Values>
 void print_line(const char* format, Values... values) {
-  char line[208];
-  std::snprintf(line, sizeof line, format, values...);
-  message(line);
+  message(formatted(format, values...));
 }
 
 }  // namespace tier

@@ -31,11 +31,10 @@ void check_repair(int attempt, int nneg, int earlier) {
   if (nneg > 2 * parm::neg_diag)
     fail(ierr_setup_internal, "Maximum number of allowed exceptions exceeded (opdfn) : " + count + " > " +
                                   std::to_string(2 * parm::neg_diag));
-  if (attempt > 1 && nneg > parm::neg_diag && nneg > earlier) {
-    info(message_class::error, "still " + count + " negative diagonals with second attempt (opdfn)");
+  if (attempt > 1 && nneg > parm::neg_diag && nneg > earlier)
     fail(ierr_setup_internal,
-         "increasing current value of neg_diag=" + std::to_string(parm::neg_diag) + " might help (opdfn)");
-  }
+         "still " + count + " negative diagonals with second attempt: increasing current value of neg_diag=" +
+             std::to_string(parm::neg_diag) + " might help (opdfn)");
   if (attempt > 2 * parm::maxop_restart)
     fail(ierr_setup_internal,
          "Maximum number of allowed re-starts exceeded (opdfn) : " + std::to_string(2 * parm::maxop_restart) +

@@ -11,6 +11,7 @@
 #include "tier/setup/pcol.h"
 #include "tier/setup/primary.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -304,9 +305,9 @@ namespace {
     const int i = lv.iv[point];
     ++(i == lv.iv[point + 1] ? empty : lv.icg[i] > 0 ? coarse : fine);
   }
-  info(message_class::error, "Deadlock encountered with nrest=" + std::to_string(rest) + " in (pbint2)!");
-  fail(ierr_interpolation, "nempty,nfpnts,ncpnts= " + std::to_string(empty) + " " + std::to_string(fine) +
-                               " " + std::to_string(coarse));
+  fail(ierr_interpolation, formatted("Deadlock encountered with nrest=%d in (pbint2)! "
+                                     "nempty,nfpnts,ncpnts= %d %d %d",
+                                     rest, empty, fine, coarse));
 }
 
 }  // namespace

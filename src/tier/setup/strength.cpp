@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 
 #include "tier/setup/primary.h"
 #include "tier/setup/stopping.h"
 #include "tier/setup/weight_assembly.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -43,9 +43,7 @@ coarsening test_couplings(setup_state& t, const level& lv, const strength_counts
   if (!n.all_dominated && n.strong > 0) return coarsening::goes_on;
   apply_emergency_rule(t.c, lv.n);
   if (!n.all_dominated) return stop_coarsening(t, "no strong connections");
-  char limit[32];
-  std::snprintf(limit, sizeof limit, "%.3g", std::max(parm::eps_dd, t.s.ecg1));
-  return stop_coarsening(t, std::string("diagonal dominance, eps=") + limit);
+  return stop_coarsening(t, formatted("diagonal dominance, eps=%.3g", std::max(parm::eps_dd, t.s.ecg1)));
 }
 
 primary_options primary_options_of(const controls& c) {
@@ -57,11 +55,7 @@ primary_options primary_options_of(const controls& c) {
   return o;
 }
 
-[[noreturn]] void inconsistent(const char* text, const char* second = nullptr) {
-  info(message_class::error, text);
-  if (second) info(message_class::error, second);
-  throw failure{ierr_inconsistent_input};
-}
+[[noreturn]] void inconsistent(const char* text) { fail(ierr_inconsistent_input, text); }
 
 }  // namespace
 
@@ -69,12 +63,13 @@ void check_approach(const controls& c) {
   if (c.nstyp == 1 && c.nprim != 0) inconsistent("Incorrect INTERNAL setting: nprim must be 0 for nstyp=1 !");
   if (c.nstyp == 1 && norm_based(c)) inconsistent("Norm-based approach not meaningful for nstyp=1!");
   if (c.nstyp == 2 && c.internal > 0)
-    inconsistent("Unknown-based approaches do not allow for an", "internally defined primary matrix!");
+    inconsistent("Unknown-based approaches do not allow for an internally defined primary matrix!");
   if (c.nstyp == 2 && c.nprim != 0)
     inconsistent("Primary variables make sense only in point-based approaches!");
   if (c.nstyp == 3 && c.internal == 0 && c.nprim == 0)
-    inconsistent("If no internal primary matrix is selected, point-based",
-                 "approaches require the setting of a primary variable!");
+    inconsistent(
+        "If no internal primary matrix is selected, point-based "
+        "approaches require the setting of a primary variable!");
   if (c.nstyp == 3 && c.nint_force == 2 && c.nprim == 0)
     fail(ierr_missing_variable, "Selected approach requires setting of primary variable!");
 }

@@ -123,10 +123,8 @@ class cgstab_run {
       warn(warn_bicgstab_restarts, "BiCGstab on level 1 (cgstab) stopped: too many restarts!");
       return;
     }
-    if (end == outcome::singular) {
-      info(message_class::error, "Breakdown of BiCGstab on level 1 (cgstab):");
-      fail(ierr_bicgstab_breakdown, "Given matrix is singular!");
-    }
+    if (end == outcome::singular)
+      fail(ierr_bicgstab_breakdown, "Breakdown of BiCGstab on level 1 (cgstab): Given matrix is singular!");
     fail(ierr_bicgstab_breakdown, "BiCGstab failed on level 1 (cgstab) after repeated restart!");
   }
 

@@ -1,7 +1,6 @@
 // Iterative coarsest-level solvers: smoothing steps, preconditioned CG and BiCGstab.
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <string>
 
 #include "tier/solve/coarse_solvers.h"
@@ -10,6 +9,7 @@
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/smoother.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/timers.h"
@@ -29,9 +29,7 @@ sweep_code four_full_steps() {
 }
 
 void trace_residual(const char* method, double residual, int iterations) {
-  char line[120];
-  std::snprintf(line, sizeof line, "%sresidual= %.5e, iter=%d", method, residual, iterations);
-  trace(1, line, parm::itrace_clsol);
+  trace(1, formatted("%sresidual= %.5e, iter=%d", method, residual, iterations), parm::itrace_clsol);
 }
 
 /// z <- M^-1 v by incomplete factors or the diagonal.
@@ -67,10 +65,9 @@ class coarse_cg {
         trace_residual("cl precond. conj. gradient ", norm(), it);
         continue;
       }
-      if (++restarts > parm::maxop_restart) {
-        info(message_class::error, "Breakdown of CG on coarsest level in (cgc0):");
-        fail(ierr_coarsest_cg, "Coarsest level matrix is not positive definite!");
-      }
+      if (++restarts > parm::maxop_restart)
+        fail(ierr_coarsest_cg,
+             "Breakdown of CG on coarsest level in (cgc0): Coarsest level matrix is not positive definite!");
       warn(warn_coarsest_cg, "Modification of initial guess (cgc0).");
       add_scaled(l_.n, 1.0, z_, l_.u);
       residual(l_, l_.f, l_.u, r_);
@@ -143,8 +140,8 @@ class coarse_bicgstab {
     if (++restarts_ > parm::maxop_restart) {
       if (!singular_)
         fail(ierr_coarsest_bicgstab, "BI-CGSTAB failed on coarsest level (cgstab0) after repeated restart!");
-      info(message_class::error, "Breakdown of BI-CGSTAB on coarsest level (cgstab0):");
-      fail(ierr_coarsest_bicgstab, "Coarsest level matrix is singular!");
+      fail(ierr_coarsest_bicgstab,
+           "Breakdown of BI-CGSTAB on coarsest level (cgstab0): Coarsest level matrix is singular!");
     }
     const bool diverged = norm() > first;
     info(message_class::warning, restarts_ == 1 ? "Re-start with modified <rbar> on coarsest level (cgstab0)!"

@@ -149,10 +149,8 @@ class gmres_run {
     const bool dependent = end == inner_end::dependent, gained = norm <= 0.5 * before;
     const bool no_way = end == inner_end::breakdown || (dependent && !gained && norm > 1e-8 * first_);
     const bool missed = !rules.reached(norm);
-    if (missed && no_way) {
-      info(message_class::error, "Breakdown of GMRES on level 1 (gmres):");
-      fail(ierr_gmres_breakdown, "Given matrix is singular!");
-    }
+    if (missed && no_way)
+      fail(ierr_gmres_breakdown, "Breakdown of GMRES on level 1 (gmres): Given matrix is singular!");
     const bool goes_on = dependent && gained;  // the quasi-residual of dependent columns is 0
     if (missed && !goes_on && rules.quasi_differs(quasi * ratio_, beta_ * ratio_)) {
       warn(warn_gmres_quasi_residual, "GMRes stop: quasi and real residual too different (gmres)!");

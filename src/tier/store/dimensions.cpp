@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
@@ -35,10 +36,10 @@ void check_group(std::int64_t used, std::int64_t provided, const char* name, con
   if (parm::ihuge > 0 && used > parm::ihuge)
     fail(ierr_extension_failed, "Memory extension failed (integer overflow for size of array " +
                                     std::string(name) + " in " + routine +
-                                    " (1)), limit [MB]: " + std::to_string(megabytes_of_reals(parm::ihuge)));
+                                    " (1)), limit [MB]: " + formatted("%f", megabytes_of_reals(parm::ihuge)));
   if (c.iextent > 0 || used <= provided) return;
-  info(message_class::error, "Insufficient dimensioning: <" + std::string(name) + "> in (" + routine + ")");
-  fail(ierr_work_arrays_too_small, "Either adjust dimensions or activate memory extension switch.");
+  fail(ierr_work_arrays_too_small, "Insufficient dimensioning: <" + std::string(name) + "> in (" + routine +
+                                       "). Either adjust dimensions or activate memory extension switch.");
 }
 
 }  // namespace

@@ -149,7 +149,8 @@ TEST(CoarsestCg, WarnsRestartsAndFailsOnIndefiniteMatrices) {
   const std::string output = testing::internal::GetCapturedStdout();
   for (const char* words :
        {"Negative (Ap,p) on coarsest level (cgc0)!", "Modification of initial guess (cgc0).",
-        "Breakdown of CG on coarsest level in (cgc0):", "Coarsest level matrix is not positive definite!"})
+        "*** ERROR: Breakdown of CG on coarsest level in (cgc0): "
+        "Coarsest level matrix is not positive definite!\n"})
     EXPECT_THAT(output, HasSubstr(words));
 }
 

@@ -23,6 +23,14 @@ void read_smoother(controls& c, int nxtyp) {
   c.nxtyp = nxtyp;
 }
 
+/// What the other digits of nsolve say about points goes with them: an unknown-based run refuses it.
+void fall_back_to_unknowns(controls& c) {
+  c.nstyp = unknown_based;
+  c.internal = c.nprim = 0;
+  c.dummy_primary = false;
+  c.nint_weights = c.nint_pat = 1;
+}
+
 void choose_approach(controls& c, int napproach) {
   if (napproach <= variable_based) {
     c.nstyp = variable_based;
@@ -39,7 +47,7 @@ void choose_approach(controls& c, int napproach) {
     info(message_class::warning, "You have requested a point-based solution approach.");
     info(message_class::warning, "However, vector <ip> is not defined / cannot be defined but nsys>1.");
     warn(warn_approach_changed, "Using the unknown-based approach instead!");
-    c.nstyp = unknown_based;
+    fall_back_to_unknowns(c);
     return;
   }
   c.nstyp = point_based;

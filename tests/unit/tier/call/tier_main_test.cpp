@@ -127,6 +127,18 @@ TEST(Tier, EndsOnValuesThatAreNotFinite) {
   }
 }
 
+TEST(Tier, GoesByUnknownsWherePointsAreAskedForButNotGiven) {
+  for (const int nsolve : {3, 4, 5, 30301, 300010, 40001, 400021, 5010141, 30000040, 50400002}) {
+    tier_call call = coupled_call(7);
+    call.ndip = 1;
+    call.nsolve = nsolve;
+    call.run();
+    EXPECT_EQ(call.ierr, -1) << nsolve << "\n" << call.said;
+    EXPECT_THAT(call.said, HasSubstr("Using the unknown-based approach instead!"));
+    EXPECT_LT(call.relative_residual(), solved);
+  }
+}
+
 TEST(Tier, FailsOnAZeroResidualAndOnABadFirstResidual) {
   tier_call call = poisson_call();
   call.s.f.assign(call.s.f.size(), 0.0);

@@ -132,7 +132,10 @@ class solution {
       if (c_.igam > 4) break;
       previous = res;
     }
-    return c_.ncgrad == no_accelerator;
+    if (c_.ncgrad != no_accelerator) return false;
+    if (count > 0 && results_.res_out > target)
+      warn(warn_cycles_not_converged, "Cycling stop: not converged (tier_solve)!");
+    return true;
   }
 
   void trace_sweeps(int count) {

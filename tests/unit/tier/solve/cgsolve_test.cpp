@@ -8,6 +8,7 @@
 #include "support/tier/systems.h"
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/level_factors.h"
+#include "tier/store/ierr.h"
 #include "tier/store/parameters.h"
 
 namespace {
@@ -15,12 +16,13 @@ namespace {
 using namespace testing_support;
 using testing::HasSubstr;
 
-/// One application of the coarsest-level solver alone.
+/// One application of the coarsest-level solver alone, which needn't reach the target of the cycles.
 int solve_once(test_run& run) {
   run.c.ncgrad = 0;
   run.c.ncycle = 1;
   run.c.nrd = run.c.nru = run.c.nrc == 1 ? 12 : 0;
-  return run.solve();
+  const int ierr = run.solve();
+  return ierr == tier::warn_cycles_not_converged ? 0 : ierr;
 }
 
 struct method_case {

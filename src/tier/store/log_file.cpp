@@ -3,9 +3,12 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
@@ -26,11 +29,12 @@ struct connection {
   std::unique_ptr<std::FILE, close_file> file;
   std::string name;
   int unit = unit_standard;
+  bool failed = false;  // unit 6 stands in until the next call opens the log again
 } connected;
 
 std::FILE* channel() {
   if (connected.file) return connected.file.get();
-  return parm::logio == unit_none ? nullptr : stdout;
+  return parm::logio == unit_none && !connected.failed ? nullptr : stdout;
 }
 
 int problem(std::string_view text) {
@@ -44,9 +48,20 @@ int invalid_unit(std::string_view text) {
   return problem(text);
 }
 
+/// A log that takes no more, as on a full disk, is told on unit 6, where all further lines go too.
+void leave_failed_file() {
+  if (!connected.file || !std::ferror(connected.file.get())) return;
+  const std::string reason = std::strerror(errno), name = std::exchange(connected.name, {});
+  connected.file.reset();
+  connected.failed = true;
+  write_line("### PRBLM: Printing via unit 6 since logfile <" + name +
+             "> cannot be written, lines are lost: " + reason);
+}
+
 }  // namespace
 
 int open_logfile() {
+  connected.failed = false;
   const int unit = parm::logio;
   const std::string& name = parm::logfile;
   if (unit < 0 || unit == unit_limit) return invalid_unit("Specified unit does not exist (open_logfile)!");
@@ -73,6 +88,7 @@ int open_logfile() {
 }
 
 void close_logfile() {
+  flush_output();
   connected.file.reset();
   connected.name.clear();
 }
@@ -84,10 +100,14 @@ void write_line(std::string_view text) {
   text = text.substr(0, text.find_last_not_of(' ') + 1);
   std::fwrite(text.data(), 1, text.size(), out);
   std::fputc('\n', out);
+  leave_failed_file();
 }
 
 void flush_output() {
-  if (std::FILE* out = channel()) std::fflush(out);
+  std::FILE* out = channel();
+  if (!out) return;
+  std::fflush(out);
+  leave_failed_file();
 }
 
 }  // namespace tier

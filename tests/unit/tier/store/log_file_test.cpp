@@ -75,6 +75,22 @@ TEST(LogFile, IsContinuedAndNotSharedByUnits) {
   std::filesystem::remove(path);
 }
 
+TEST(LogFile, TellsOnceThatTheDiskIsFullAndGoesOnWithUnitSix) {
+  for (const int unit : {17, 0}) {
+    parm::logio = unit;
+    parm::logfile = "/dev/full";
+    testing::internal::CaptureStdout();
+    ASSERT_EQ(tier::open_logfile(), 0);
+    tier::message("lost");
+    tier::flush_output();
+    tier::message("kept");
+    TIER_CLOSE_LOGFILE();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "### PRBLM: Printing via unit 6 since logfile </dev/full> cannot be written, lines are lost: "
+              "No space left on device\nkept\n");
+  }
+}
+
 TEST(Messages, PassByClassAndMode) {
   const std::pair<int, std::string> expected[] = {
       {-3, ""},

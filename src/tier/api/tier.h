@@ -75,7 +75,8 @@ TIER_API void TIER_SETCONTROL(const char* name, const int* length, const double*
 
 /* End of a run of calls: frees everything and puts all parameters but logio and logfile to their defaults. */
 TIER_API void TIER_LEAVE(int* ierr);
-/* Frees the hierarchy, but for memory that keepmem keeps; parameters stay. The next call sets up anew. */
+/* Frees the hierarchy, but for memory that keepmem keeps; parameters stay. The next call must set up anew
+ * (iswtch 4xxx, 5xxx or 6xxx): a re-start ends with 52. */
 TIER_API void TIER_REFRESH(int* ierr);
 /* Frees everything; parameters stay. */
 TIER_API void TIER_CLEANUP(int* ierr);

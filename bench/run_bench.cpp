@@ -76,7 +76,7 @@ void startRun(const std::string& base, const std::string& install) {
 
 void finishPass(std::vector<double>& displacement) {
   scatterToFreedoms(freedoms, solution.rowSolution, displacement);
-  turnToGlobalAxes(freedoms, restraintFrame, displacement);
+  turnToGlobalAxes(freedoms, restraintFrames, displacement);
 }
 
 /// The steps of a run with two passes.

@@ -15,7 +15,7 @@ void modelStage() {
   fillIntegrationTables();
   readPriorResults();  // in a Shell run it calls the shell model processing on its way
   releaseElementGeometry();
-  selectBoundaryNodes();
+  selectBoundaryNodes(Joining::byTwoNodes);
   renumberWedgeNodes();
   numberFreedoms();
   setUpRestraint();

@@ -4,9 +4,9 @@
 namespace keld {
 
 WedgeNumbering wedgeNumbering;
-BoundaryNodes boundaryNodes;
+std::vector<BoundaryNodes> boundaryNodes;
 FreedomTables freedoms;
-RestraintFrame restraintFrame;
+std::vector<RestraintFrame> restraintFrames;
 CompressedSystem systemOfPass;
 VolumeTables volumes;
 std::array<MaterialConstants, 3> materialConstants;

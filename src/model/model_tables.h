@@ -18,10 +18,11 @@ struct WedgeNumbering {
   std::vector<int> nodeMate;       // [1..2T] the node across the wall
 };
 
-/// Chosen by the boundary selection, in geometry numbers at first, in wedge numbers after the renumbering.
+/// The nodes at which a piece of the part is held. Chosen by the boundary selection, in geometry numbers at
+/// first, in wedge numbers after the renumbering.
 struct BoundaryNodes {
   int boundaryNode1 = 0, boundaryNode2 = 0, boundaryNode3 = 0;
-  Vector3 centreOffset{};  // cm, mean of the part's nodes minus boundaryNode1
+  Vector3 centreOffset{};  // cm, mean of the piece's nodes minus boundaryNode1
 };
 
 /// Freedoms of the wedge nodes; written by the numbering and the restraint set-up.
@@ -30,13 +31,14 @@ struct FreedomTables {
   std::vector<int> nodeDofCount;    // 3 for every node of a triangle
   std::vector<int> nodeFirstDof;    // first of the node's global degrees of freedom
   std::vector<int> nodeFirstRow;    // first row in the reduced system
+  std::vector<int> nodeFrame;       // place in restraintFrames of a node with restraint -2 or -3, else 0
   std::vector<char> dofRestrained;  // [1..dofCount]
   std::vector<int> freeDofList;     // [1..freeDofCount] global freedom of a reduced row, ascending
   int dofCount = 0;
   int freeDofCount = 0;
 };
 
-/// Axes of the plane of the boundary nodes; unknowns of boundary nodes 2 and 3 are kept in it.
+/// Axes of the plane of a piece's boundary nodes; unknowns of its nodes 2 and 3 are kept in it.
 struct RestraintFrame {
   Vector3 ex{}, ey{}, ez{};
 };
@@ -74,9 +76,9 @@ struct SolutionTables {
 };
 
 extern WedgeNumbering wedgeNumbering;
-extern BoundaryNodes boundaryNodes;
+extern std::vector<BoundaryNodes> boundaryNodes;  // [0..pieces - 1]
 extern FreedomTables freedoms;
-extern RestraintFrame restraintFrame;
+extern std::vector<RestraintFrame> restraintFrames;  // [0..pieces - 1], set up by the restraint
 extern CompressedSystem systemOfPass;
 extern VolumeTables volumes;
 extern std::array<MaterialConstants, 3> materialConstants;  // [1..2]

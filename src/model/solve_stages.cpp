@@ -91,10 +91,11 @@ void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> row
   }
 }
 
-void turnToGlobalAxes(const FreedomTables& freedom, const RestraintFrame& frame,
+void turnToGlobalAxes(const FreedomTables& freedom, std::span<const RestraintFrame> frames,
                       std::vector<double>& displacement) {
   for (std::size_t node = 1; node < freedom.nodeRestraint.size(); ++node) {
     if (freedom.nodeRestraint[node] != -2 && freedom.nodeRestraint[node] != -3) continue;
+    const RestraintFrame& frame = frames[freedom.nodeFrame[node]];
     double* u = &displacement[freedom.nodeFirstDof[node]];
     const Vector3 global = u[0] * frame.ex + u[1] * frame.ey + u[2] * frame.ez;
     for (int c = 0; c < 3; ++c) u[c] = global[c];
@@ -129,7 +130,7 @@ void analysisDriver() {
       solvePassTier(stressPass, passCount, hierarchyKept);
     }
     scatterToFreedoms(freedoms, solution.rowSolution, solution.displacementTotal);
-    turnToGlobalAxes(freedoms, restraintFrame, solution.displacementTotal);
+    turnToGlobalAxes(freedoms, restraintFrames, solution.displacementTotal);
     if (stressPass < passCount) solution.displacementInMold = solution.displacementTotal;
   }
   solver.reset();  // before the tables that it works on

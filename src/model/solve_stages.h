@@ -13,8 +13,8 @@ namespace keld {
 void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
                        std::vector<double>& displacement);
 
-/// Turns the three values of each node with unknowns in the frame (restraint -2 and -3) to global axes.
-void turnToGlobalAxes(const FreedomTables& freedom, const RestraintFrame& frame,
+/// Turns the three values of each node with unknowns in a frame (restraint -2 and -3) to global axes.
+void turnToGlobalAxes(const FreedomTables& freedom, std::span<const RestraintFrame> frames,
                       std::vector<double>& displacement);
 
 /// Block of each reduced row, [1..freeDofCount], for the ordering of the direct solver: a node and its mate

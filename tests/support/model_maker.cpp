@@ -132,7 +132,7 @@ void setStress(double stress1, double stress2) {
 
 void runModelStages() {
   fillIntegrationTables();
-  selectBoundaryNodes();
+  selectBoundaryNodes(Joining::byTwoNodes);
   renumberWedgeNodes();
   numberFreedoms();
   setUpRestraint();

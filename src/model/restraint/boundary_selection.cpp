@@ -1,4 +1,5 @@
 // Choice of the three boundary nodes, in geometry numbers; declared with the other restraint stages.
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -15,19 +16,33 @@ namespace keld {
 
 namespace {
 
-/// Distinct nodes of triangles in element order and corner order.
-std::vector<int> partNodes() {
-  const ElementTable& t = elementTable;
-  std::vector<char> seen(static_cast<std::size_t>(nodeTable.nodeCount) + 1, 0);
-  std::vector<int> nodes;
-  for (int e = 1; e <= t.partElementCount; ++e) {
-    for (const auto* column : {&t.node1, &t.node2, &t.node3}) {
-      const int node = (*column)[static_cast<std::size_t>(e)];
-      if (seen[static_cast<std::size_t>(node)]) continue;
-      seen[static_cast<std::size_t>(node)] = 1;
-      nodes.push_back(node);
-    }
-  }
+constexpr int no_piece = 0, several_pieces = -1;
+
+template <class Visit>
+void forEachCorner(const Visit& visit) {
+  for (int e = 1; e <= elementTable.partElementCount; ++e)
+    for (const int node : cornerNodesOf(e)) visit(e, node);
+}
+
+/// Piece of each geometry node: a number from 1, several_pieces, or no_piece for a node of no triangle.
+std::vector<int> piecesOfNodes(const Pieces& pieces) {
+  std::vector<int> pieceOf(static_cast<std::size_t>(nodeTable.nodeCount) + 1, no_piece);
+  forEachCorner([&](int e, int node) {
+    int& piece = pieceOf[node];
+    piece = piece == no_piece || piece == pieces.ofElement[e] ? pieces.ofElement[e] : several_pieces;
+  });
+  return pieceOf;
+}
+
+/// Nodes of each piece [1..count] that belong to no other, in element order and corner order.
+std::vector<std::vector<int>> ownNodes(const std::vector<int>& pieceOfNode, int count) {
+  std::vector<char> seen(pieceOfNode.size(), 0);
+  std::vector<std::vector<int>> nodes(static_cast<std::size_t>(count) + 1);
+  forEachCorner([&](int, int node) {
+    if (seen[node] || pieceOfNode[node] < 1) return;
+    seen[node] = 1;
+    nodes[pieceOfNode[node]].push_back(node);
+  });
   return nodes;
 }
 
@@ -82,9 +97,7 @@ int widestWith(int first, int second, const std::vector<int>& nodes) {
 }
 
 /// A node number that the user gave must be that of a node of a triangle.
-void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& nodes) {
-  std::vector<char> used(static_cast<std::size_t>(nodeTable.nodeCount) + 1, 0);
-  for (int node : nodes) used[static_cast<std::size_t>(node)] = 1;
+void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& pieceOfNode) {
   for (std::size_t i = 1; i <= 3; ++i) {
     if (given[i] < 1 || given[i] > nodeTable.nodeCount) {
       vFail(
@@ -93,7 +106,7 @@ void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& no
           "0 to have all three chosen.\n",
           i, workingFiles.cpu.c_str(), workingFiles.bc1.c_str(), given[i], nodeTable.nodeCount);
     }
-    if (!used[static_cast<std::size_t>(given[i])]) {
+    if (pieceOfNode[static_cast<std::size_t>(given[i])] == no_piece) {
       vFail(
           "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d, which belongs to no triangle: a node "
           "of the "
@@ -103,31 +116,97 @@ void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& no
   }
 }
 
+/// The piece that holds all three given nodes, else no_piece.
+int pieceOfGiven(const std::array<int, 4>& given, const Pieces& pieces) {
+  std::vector<unsigned char> held(static_cast<std::size_t>(pieces.count) + 1,
+                                  0);  // a bit for each given node
+  forEachCorner([&](int e, int node) {
+    for (int i = 1; i <= 3; ++i)
+      if (node == given[i]) held[pieces.ofElement[e]] |= static_cast<unsigned char>(1 << (i - 1));
+  });
+  const auto all = std::find(held.begin(), held.end(), 7);
+  return all == held.end() ? no_piece : static_cast<int>(all - held.begin());
+}
+
+BoundaryNodes chosenAmong(const std::vector<int>& nodes) {
+  BoundaryNodes chosen;
+  chosen.boundaryNode1 = nearestTo(meanPosition(nodes), nodes);
+  chosen.boundaryNode2 = farthestFrom(chosen.boundaryNode1, nodes);
+  chosen.boundaryNode3 = widestWith(chosen.boundaryNode1, chosen.boundaryNode2, nodes);
+  return chosen;
+}
+
+void requireOwnNodes(const std::vector<std::vector<int>>& nodes, const Pieces& pieces) {
+  if (pieces.count < 2) return;
+  for (int e = 1; e <= elementTable.partElementCount; ++e) {
+    const int piece = pieces.ofElement[e];
+    if (nodes[piece].size() >= 3) continue;
+    const auto corner = cornerNodesOf(e);
+    vFail(
+        "\n !! Error !!  The part of \"%s\" is in %d pieces, and the one with the triangle of nodes %d, %d "
+        "and "
+        "%d can't be held: three nodes were expected that belong to no other piece, it has %zu. Pieces that "
+        "meet at single nodes need edges in common.\n",
+        workingFiles.pg1.c_str(), pieces.count, corner[0], corner[1], corner[2], nodes[piece].size());
+  }
+}
+
+void reportNodes(const BoundaryNodes& held) {
+  vPrintMessage(1, "   Boundary node 1=   %-d\n", held.boundaryNode1);
+  vPrintMessage(1, "   Boundary node 2=   %-d\n", held.boundaryNode2);
+  vPrintMessage(1, "   Boundary node 3=   %-d\n\n", held.boundaryNode3);
+}
+
+void warnOfPieces(const Pieces& pieces, bool givenAreScattered) {
+  constexpr int most_lines = 100;
+  vPrintMessage(
+      1,
+      "\n !! Warning !!  The part is in %d pieces that don't hang together. Each is held at three nodes "
+      "of its own, which alone say where it lies against the others. A part meant as one has nodes that "
+      "aren't merged: merge those at one place.\n",
+      pieces.count);
+  if (givenAreScattered)
+    vPrintMessage(1, "   The given boundary nodes lie in different pieces: nodes were chosen for each.\n");
+  std::vector<int> triangles(static_cast<std::size_t>(pieces.count) + 1, 0);
+  for (int e = 1; e <= elementTable.partElementCount; ++e) ++triangles[pieces.ofElement[e]];
+  for (int p = 1; p <= std::min(pieces.count, most_lines); ++p) {
+    const BoundaryNodes& held = boundaryNodes[p - 1];
+    vPrintMessage(1, "   Piece %d: triangles= %d, held at nodes %d, %d, %d\n", p, triangles[p],
+                  held.boundaryNode1, held.boundaryNode2, held.boundaryNode3);
+  }
+  if (pieces.count > most_lines) vPrintMessage(1, "   Further pieces: %d\n", pieces.count - most_lines);
+  vPrintMessage(1, "\n");
+}
+
 }  // namespace
 
-void selectBoundaryNodes() {
-  const std::vector<int> nodes = partNodes();
-  if (nodes.empty()) {
+void selectBoundaryNodes(Joining rule) {
+  if (elementTable.partElementCount < 1) {
     vFail("\n !! Error !!  \"%s\" holds runner elements alone: at least one triangle was expected.\n",
           workingFiles.pg1.c_str());
   }
-  const Vector3 centre = meanPosition(nodes);
+  const Pieces pieces = findPieces(rule);
+  const std::vector<int> pieceOfNode = piecesOfNodes(pieces);
+  const std::vector<std::vector<int>> nodes = ownNodes(pieceOfNode, pieces.count);
   const std::array<int, 4>& given = processRecord.bcNode;
-  BoundaryNodes& chosen = boundaryNodes;
-  if (given[1] != 0 && given[2] != 0 && given[3] != 0) {
-    checkGivenNodes(given, nodes);
-    chosen.boundaryNode1 = given[1];
-    chosen.boundaryNode2 = given[2];
-    chosen.boundaryNode3 = given[3];
-  } else {
-    chosen.boundaryNode1 = nearestTo(centre, nodes);
-    chosen.boundaryNode2 = farthestFrom(chosen.boundaryNode1, nodes);
-    chosen.boundaryNode3 = widestWith(chosen.boundaryNode1, chosen.boundaryNode2, nodes);
+  const bool areGiven = given[1] != 0 && given[2] != 0 && given[3] != 0;
+  if (areGiven) checkGivenNodes(given, pieceOfNode);
+  requireOwnNodes(nodes, pieces);
+
+  const int pieceHeldByGiven = areGiven ? pieceOfGiven(given, pieces) : no_piece;
+  boundaryNodes.clear();
+  for (int p = 1; p <= pieces.count; ++p) {
+    BoundaryNodes held;
+    if (p == pieceHeldByGiven) {
+      held = {given[1], given[2], given[3], {}};
+    } else {
+      held = chosenAmong(nodes[p]);
+    }
+    held.centreOffset = meanPosition(nodes[p]) - positionOf(held.boundaryNode1);
+    boundaryNodes.push_back(held);
   }
-  vPrintMessage(1, "   Boundary node 1=   %-d\n", chosen.boundaryNode1);
-  vPrintMessage(1, "   Boundary node 2=   %-d\n", chosen.boundaryNode2);
-  vPrintMessage(1, "   Boundary node 3=   %-d\n\n", chosen.boundaryNode3);
-  chosen.centreOffset = centre - positionOf(chosen.boundaryNode1);
+  reportNodes(boundaryNodes[std::max(pieceHeldByGiven, 1) - 1]);
+  if (pieces.count > 1) warnOfPieces(pieces, areGiven && pieceHeldByGiven == no_piece);
 }
 
 }  // namespace keld

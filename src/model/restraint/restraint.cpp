@@ -1,6 +1,7 @@
 // Freedoms of the wedge nodes and the frame of the boundary nodes; see the header.
 #include "model/restraint/restraint.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "input/mesh_access.h"
@@ -28,27 +29,47 @@ void pairNodes() {
   }
 }
 
-void markRestrained(int node, std::initializer_list<int> directions) {
-  const int first = freedoms.nodeFirstDof[static_cast<std::size_t>(node)];
-  for (int direction : directions) {
-    freedoms.dofRestrained[static_cast<std::size_t>(first + direction - 1)] = 1;
+int geometryNumberOf(int wedgeNode) {
+  const std::vector<int>& map = wedgeNumbering.nodeToNewNode;
+  return static_cast<int>(std::find(map.begin(), map.end(), wedgeNode) - map.begin());
+}
+
+[[noreturn]] void failOnArea(const BoundaryNodes& held, double area) {
+  vPrintMessage(1, message::D5014, area);
+  vPrintMessage(1, message::D5014Second);
+  if (boundaryNodes.size() > 1) {
+    vPrintMessage(
+        1,
+        "                    They are nodes %d, %d and %d of one of the %zu pieces of the part: merge "
+        "its nodes with those of the others, or take it out\n",
+        geometryNumberOf(held.boundaryNode1), geometryNumberOf(held.boundaryNode2),
+        geometryNumberOf(held.boundaryNode3), boundaryNodes.size());
   }
+  vEndRun();
 }
 
 /// ex from boundary node 1 to 2, ez normal to the plane of the three.
-void setUpFrame() {
-  const Vector3 p1 = positionOf(boundaryNodes.boundaryNode1), p2 = positionOf(boundaryNodes.boundaryNode2);
-  const Vector3 p3 = positionOf(boundaryNodes.boundaryNode3);
+RestraintFrame frameOf(const BoundaryNodes& held) {
+  const Vector3 p1 = positionOf(held.boundaryNode1), p2 = positionOf(held.boundaryNode2);
+  const Vector3 p3 = positionOf(held.boundaryNode3);
   const double area = triangleArea(p1, p2, p3);
-  if (!(area > 1e-8)) {
-    vPrintMessage(1, message::D5014, area);
-    vPrintMessage(1, message::D5014Second);
-    vEndRun();
-  }
+  if (!(area > 1e-8)) failOnArea(held, area);
   const auto unit = [](const Vector3& v) { return (1.0 / norm(v)) * v; };
-  restraintFrame.ex = unit(p2 - p1);
-  restraintFrame.ez = unit(cross(p2 - p1, p3 - p1));
-  restraintFrame.ey = unit(cross(restraintFrame.ez, p2 - p1));
+  RestraintFrame frame;
+  frame.ex = unit(p2 - p1);
+  frame.ez = unit(cross(p2 - p1, p3 - p1));
+  frame.ey = unit(cross(frame.ez, p2 - p1));
+  return frame;
+}
+
+void restrain(int node, int code, int frame, std::initializer_list<int> directions) {
+  const auto n = static_cast<std::size_t>(node);
+  freedoms.nodeRestraint[n] = code;
+  freedoms.nodeFrame[n] = frame;
+  const int first = freedoms.nodeFirstDof[n];
+  for (int direction : directions) {
+    freedoms.dofRestrained[static_cast<std::size_t>(first + direction - 1)] = 1;
+  }
 }
 
 }  // namespace
@@ -67,16 +88,17 @@ void numberFreedoms() {
 }
 
 void setUpRestraint() {
-  const BoundaryNodes& b = boundaryNodes;
-  setUpFrame();
-  freedoms.nodeRestraint[static_cast<std::size_t>(b.boundaryNode1)] = -1;
-  freedoms.nodeRestraint[static_cast<std::size_t>(b.boundaryNode2)] = -2;
-  freedoms.nodeRestraint[static_cast<std::size_t>(b.boundaryNode3)] = -3;
   freedoms.dofRestrained.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0);
-  markRestrained(b.boundaryNode1, {1, 2, 3});
-  markRestrained(b.boundaryNode2, {2, 3});
-  markRestrained(b.boundaryNode3, {3});
-  freedoms.freeDofCount = freedoms.dofCount - 6;
+  freedoms.nodeFrame.assign(freedoms.nodeRestraint.size(), 0);
+  restraintFrames.clear();
+  for (const BoundaryNodes& held : boundaryNodes) {
+    const auto frame = static_cast<int>(restraintFrames.size());
+    restraintFrames.push_back(frameOf(held));
+    restrain(held.boundaryNode1, -1, frame, {1, 2, 3});
+    restrain(held.boundaryNode2, -2, frame, {2, 3});
+    restrain(held.boundaryNode3, -3, frame, {3});
+  }
+  freedoms.freeDofCount = freedoms.dofCount - 6 * static_cast<int>(boundaryNodes.size());
   volumePass();
   vPrintMessage(1, "   Degree of freedom = %ld\n", 3L * nodeTable.nodeCount);
   vCloseMessageFile();

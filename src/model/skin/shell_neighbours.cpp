@@ -1,4 +1,4 @@
-// Node and edge incidence of the skin mesh, as compressed lists.
+// Edge incidence of the skin mesh, as compressed lists.
 #include "model/skin/shell_neighbours.h"
 
 #include <array>
@@ -13,14 +13,6 @@ namespace {
 
 bool holds(int e, int node) {
   return elementTable.node1[e] == node || elementTable.node2[e] == node || elementTable.node3[e] == node;
-}
-
-template <class Visit>
-void forEachDistinctCorner(int e, Visit visit) {
-  const auto c = cornerNodesOf(e);
-  visit(c[0]);
-  if (c[1] != c[0]) visit(c[1]);
-  if (c[2] != 0 && c[2] != c[0] && c[2] != c[1]) visit(c[2]);
 }
 
 /// The shorter of the two nodes' lists: an element that holds both stands in either, in the same order.
@@ -40,22 +32,6 @@ void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit vi
 }
 
 }  // namespace
-
-IncidenceLists elementsAtNodes(bool withRunners) {
-  IncidenceLists lists;
-  lists.start.assign(static_cast<std::size_t>(nodeTable.nodeCount) + 2, 0);
-  const auto takesPart = [&](int e) { return withRunners || isTriangle(e); };
-
-  for (int e = 1; e <= elementTable.elementCount; ++e)
-    if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { ++lists.start[n + 1]; });
-  for (std::size_t n = 1; n < lists.start.size(); ++n) lists.start[n] += lists.start[n - 1];
-  lists.item.resize(static_cast<std::size_t>(lists.start.back()));
-
-  std::vector<int> next(lists.start);
-  for (int e = 1; e <= elementTable.elementCount; ++e)
-    if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { lists.item[next[n]++] = e; });
-  return lists;
-}
 
 IncidenceLists edgeNeighbours(const IncidenceLists& trianglesAtNode) {
   IncidenceLists table;

@@ -1,12 +1,9 @@
-// Which elements meet at a node and which triangles share an edge. Called by shell model processing.
+// Which triangles share an edge. Called by shell model processing.
 #pragma once
 
 #include "model/skin/shell_tables.h"
 
 namespace keld {
-
-/// Elements at each geometry node, ascending, each once; runner elements take part where asked for.
-IncidenceLists elementsAtNodes(bool withRunners);
 
 /// edgeNeighbourTable: triangles that share an edge with a triangle, by its edges 12, 23, 31 in turn and in
 /// element order for each. T-junctions give more than three; one neighbour can stand twice.

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "model/incidence.h"
+
 namespace keld {
 
 /// Elements are 1..elementTable.elementCount (triangles and runners of the file), connector rows stand behind
@@ -21,15 +23,5 @@ struct ShellTables {
 };
 
 extern ShellTables shell;
-
-/// Lists of variable length, one per index 1..n: items(i) in the order of their making.
-struct IncidenceLists {
-  std::vector<int> start, item;
-  const int* begin(int i) const { return item.data() + start[static_cast<std::size_t>(i)]; }
-  const int* end(int i) const { return item.data() + start[static_cast<std::size_t>(i) + 1]; }
-  int count(int i) const {
-    return start[static_cast<std::size_t>(i) + 1] - start[static_cast<std::size_t>(i)];
-  }
-};
 
 }  // namespace keld

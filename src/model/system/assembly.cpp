@@ -28,17 +28,22 @@ namespace {
 
 std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagonal; written by assemblePass
 
+/// Unknowns of boundary nodes 2 and 3 are those of the frame of their piece.
+void turnToFrames(const std::array<int, 6>& nodes, ElementMatrix* k, ElementLoad& f) {
+  for (std::size_t i = 0; i < 6; ++i) {
+    const auto node = static_cast<std::size_t>(nodes[i]);
+    if (unknownsOf(freedoms.nodeRestraint[node]) % 3 == 0) continue;
+    std::array<bool, 6> inFrame{};
+    inFrame[i] = true;
+    changeBasis(inFrame, restraintFrames[static_cast<std::size_t>(freedoms.nodeFrame[node])], k, f);
+  }
+}
+
 /// Forms an element from the tables; k may be null where the load alone is wanted.
 void formElement(int element, bool thermal, ElementMatrix* k, ElementLoad& f) {
   wallModel().form(wallElement(element, thermal), k, f);
   const auto nodes = wedgeNodesOf(element);
-  std::array<bool, 6> inFrame{};
-  for (std::size_t i = 0; i < 6; ++i) {
-    inFrame[i] = nodes[i] == boundaryNodes.boundaryNode2 || nodes[i] == boundaryNodes.boundaryNode3;
-  }
-  if (std::find(inFrame.begin(), inFrame.end(), true) != inFrame.end()) {
-    changeBasis(inFrame, restraintFrame, k, f);
-  }
+  turnToFrames(nodes, k, f);
 }
 
 /// Lower nodes first..last and their mates: rows that one thread writes.

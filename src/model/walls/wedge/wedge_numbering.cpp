@@ -81,9 +81,10 @@ void renumberWedgeNodes() {
   renumberElements(layer);
   moveCoordinates(layer);
   wedgeNumbering.wedgeNodeCount = 2 * layer;
-  for (int* node :
-       {&boundaryNodes.boundaryNode1, &boundaryNodes.boundaryNode2, &boundaryNodes.boundaryNode3}) {
-    *node = wedgeNumbering.nodeToNewNode[static_cast<std::size_t>(*node)];
+  for (BoundaryNodes& held : boundaryNodes) {
+    for (int* node : {&held.boundaryNode1, &held.boundaryNode2, &held.boundaryNode3}) {
+      *node = wedgeNumbering.nodeToNewNode[static_cast<std::size_t>(*node)];
+    }
   }
 }
 

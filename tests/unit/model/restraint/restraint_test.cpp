@@ -33,28 +33,28 @@ const TestMesh square{{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}, {1, 1, 0}},
 
 TEST_F(Restraint, TiesGoToTheEarliestFarthestAndTheLatestWidestNode) {
   loadModel(square);
-  selectBoundaryNodes();
+  selectBoundaryNodes(Joining::byTwoNodes);
   // Nodes in order of discovery: 1, 2, 5, 3, 4. All corners are equally far from 5; 2 and 4 span equal
   // triangles.
-  EXPECT_EQ(boundaryNodes.boundaryNode1, 5);
-  EXPECT_EQ(boundaryNodes.boundaryNode2, 1);
-  EXPECT_EQ(boundaryNodes.boundaryNode3, 4);
-  EXPECT_EQ(norm(boundaryNodes.centreOffset), 0.0);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, 5);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode2, 1);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode3, 4);
+  EXPECT_EQ(norm(boundaryNodes.at(0).centreOffset), 0.0);
 
   loadModel(plateMesh(29, 9, 29.0, 9.0));  // 1 / 300 isn't exact, the mean of 300 such nodes is
-  selectBoundaryNodes();
-  EXPECT_EQ(boundaryNodes.boundaryNode1, 14 * 10 + 4 + 1);  // the earliest of four around the centre
+  selectBoundaryNodes(Joining::byTwoNodes);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, 14 * 10 + 4 + 1);  // the earliest of four around the centre
 }
 
 TEST_F(Restraint, ThreeGivenNodesAreTakenAndOneZeroChoosesAllAnew) {
   loadModel(square);
   processRecord.bcNode = {0, 2, 3, 5};
-  selectBoundaryNodes();
-  EXPECT_EQ(boundaryNodes.boundaryNode1, 2);
-  EXPECT_EQ(boundaryNodes.boundaryNode3, 5);
+  selectBoundaryNodes(Joining::byTwoNodes);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, 2);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode3, 5);
   processRecord.bcNode = {0, 2, 0, 5};
-  selectBoundaryNodes();
-  EXPECT_EQ(boundaryNodes.boundaryNode1, 5);
+  selectBoundaryNodes(Joining::byTwoNodes);
+  EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, 5);
 }
 
 TEST_F(Restraint, ImpossibleBoundaryNodesEndTheRun) {
@@ -65,7 +65,7 @@ TEST_F(Restraint, ImpossibleBoundaryNodesEndTheRun) {
       {{0, 2, 3, 7}, "from 1 to 6"}, {{0, -1, 3, 5}, "Boundary node 1"}, {{0, 2, 6, 5}, "no triangle"}};
   for (const auto& [given, words] : faults) {
     processRecord.bcNode = given;
-    EXPECT_THAT(failureOf(selectBoundaryNodes), HasSubstr(words));
+    EXPECT_THAT(failureOf([] { selectBoundaryNodes(Joining::byTwoNodes); }), HasSubstr(words));
   }
   processRecord.bcNode = {0, 1, 3, 5};  // on one diagonal
   EXPECT_THAT(failureOf(runModelStages),

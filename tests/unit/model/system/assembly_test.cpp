@@ -133,7 +133,7 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
     for (std::size_t i = 0; i < 6; ++i) {
       inFrame[i] = freedoms.nodeRestraint[static_cast<std::size_t>(nodes[i])] <= -2;
     }
-    changeBasis(inFrame, restraintFrame, &element, unused);
+    changeBasis(inFrame, restraintFrames.at(0), &element, unused);
     for (std::size_t i = 0; i < 18; ++i) {
       for (std::size_t j = 0; j < 18; ++j) {
         full[static_cast<std::size_t>(3 * (nodes[i / 3] - 1) + 1) + i % 3]
@@ -171,7 +171,7 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
 TEST_F(Assembly, UniformCoolingOfAFlatPlateIsSolvedByFreeShrinkage) {
   loadModel(moved(plateMesh(7, 5, 6.0, 4.0, 0.3), skewRotation(), {5, -4, 3}));
   assemble();
-  const Vector3 origin = positionOf(boundaryNodes.boundaryNode1);
+  const Vector3 origin = positionOf(boundaryNodes.at(0).boundaryNode1);
   const double strain = 7e-5 * (300.0 - 400.0), half = 0.1;
   const auto layer = [](int node) { return node > wedgeNumbering.wedgeNodeCount / 2 ? 1.0 : -1.0; };
   const Vector3 normal = wedgeOffset(cornersOf(1), 1.0).d;  // half a unit normal
@@ -184,10 +184,10 @@ TEST_F(Assembly, UniformStressInThePlaneIsSolvedByTheStrainOfTheCompliance) {
   loadModel(plateMesh(6, 4, 6.0, 4.0, 0.3));
   testing_support::setStress(4e7, 0.0);
   assemble(1, 2);
-  const Vector3 origin = positionOf(boundaryNodes.boundaryNode1);
+  const Vector3 origin = positionOf(boundaryNodes.at(0).boundaryNode1);
   // Relief of sxx = 4e7: strains -s/E, +nu s/E, +nu s/E. The frame turns: rotation keeps node 2 on its line.
   const double e = 4e7 / 2e10;
-  const Vector3 p2 = positionOf(boundaryNodes.boundaryNode2) - origin;
+  const Vector3 p2 = positionOf(boundaryNodes.at(0).boundaryNode2) - origin;
   const Vector3 u2 = {-e * p2[0], 0.3 * e * p2[1], 0.0};
   const double spin = (p2[0] * u2[1] - p2[1] * u2[0]) / dot(p2, p2);
   expectSolves(reducedField([&](int node) {

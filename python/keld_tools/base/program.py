@@ -2,7 +2,11 @@
 
 from __future__ import annotations
 
+import functools
+import os
+import shlex
 import sys
+from pathlib import Path
 
 from .findings import BadFile, Findings
 from .progress import Progress
@@ -35,3 +39,27 @@ def run_program(name: str, options, run, subject: str, on_fault: str) -> int:
         return 1
     print(summary)
     return 0
+
+
+def next_commands(base: Path) -> str:
+    """What to type next for the job at `base`, with its name as the shell wants it."""
+    word = shlex.quote(str(base))
+    return f"keld {word} 1@ INSTALL/ 2@   then   keld-view {word}"
+
+
+def whole_output(main):
+    """Decorator of a main: a reader that closes the pipe early (| head -1) ends it without a traceback."""
+
+    @functools.wraps(main)
+    def guarded(argv: list[str] | None = None) -> int:
+        try:
+            try:
+                return main(argv)
+            finally:
+                sys.stdout.flush()
+        except BrokenPipeError:
+            # Python flushes once more as it ends; it then writes to nowhere.
+            os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+            return 0
+
+    return guarded

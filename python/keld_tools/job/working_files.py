@@ -7,11 +7,11 @@ from __future__ import annotations
 
 import numpy as np
 
+from ..base.ownership import MADE_BY_JOB as MADE_BY
 from ..part.part_file import Part
 from ..part.polymers import Filler, Polymer
 
 SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
-MADE_BY = "made by keld-job"
 UNKNOWN_NODE = 0
 
 
@@ -149,8 +149,8 @@ def settings(direct: bool, cycle_limit: int) -> str:
 
 
 def boundary(nodes) -> str:
-    """.BC1: three node numbers, from 1."""
-    return "[Keld_FixBC]\n" + "".join(f"{node}\n" for node in nodes)
+    """.BC1: three node numbers, from 1; keld passes over what stands behind them."""
+    return "[Keld_FixBC]\n" + "".join(f"{node}\n" for node in nodes) + f"{MADE_BY}\n"
 
 
 def counted(label: str, values) -> str:

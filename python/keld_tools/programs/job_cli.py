@@ -12,9 +12,9 @@ from pathlib import Path
 import numpy as np
 
 from .. import __version__
-from ..base import atomic
+from ..base import atomic, ownership
 from ..base.findings import BadFile, Findings
-from ..base.program import run_program
+from ..base.program import next_commands, run_program, whole_output
 from ..base.progress import Progress
 from ..job import checks, job_files, working_files
 from ..meshes import mesh_input
@@ -32,12 +32,13 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--thickness", type=float, metavar="MM", help="wall thickness for elements without their own")
     parser.add_argument("--polymer", metavar="NAME", help="polymer of the library for a first try (default PP)")
     parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default mm)")
-    parser.add_argument("--overwrite", action="store_true", help="replace a job that keld-job didn't write")
+    parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
     parser.add_argument("--polymers", action="store_true", help="list the library, with the source of each number")
     parser.add_argument("--version", action="version", version=f"keld-job {__version__}")
     return parser.parse_args(argv)
 
 
+@whole_output
 def main(argv: list[str] | None = None) -> int:
     """Exit status: 0 for a job that is written, 1 for any fault."""
     options = arguments(argv)
@@ -110,14 +111,11 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
 
 
 def check_target(part: Part, options: argparse.Namespace, findings: Findings) -> None:
-    """The folder must be there, and an earlier job of the same name must be one of keld-job's own."""
+    """The folder must be there, and every file of an earlier job of the same name one of the tools' own."""
     if not part.base.parent.is_dir():
         findings.fault(str(part.base.parent), "there is no such folder to write to")
-    earlier = Path(f"{part.base}.PG1")
-    if earlier.is_file() and not options.overwrite:
-        with open(earlier, "rb") as file:
-            if working_files.MADE_BY.encode() not in file.read(400):
-                findings.fault(str(earlier), "is there and not made by keld-job; --overwrite replaces that job")
+    files = [Path(f"{part.base}{suffix}") for suffix in working_files.SUFFIXES]
+    ownership.refuse_foreign(files, options.overwrite, findings)
 
 
 def summary_of(part: Part, mesh: JobMesh, contents: dict[str, str]) -> str:
@@ -129,5 +127,5 @@ def summary_of(part: Part, mesh: JobMesh, contents: dict[str, str]) -> str:
     ]
     lines += [f"note: {note}" for note in mesh.notes]
     lines.append("written: " + " ".join(sorted(contents)))
-    lines.append(f"next: keld {part.base} 1@ INSTALL/ 2@   then   keld-view {part.base}")
+    lines.append(f"next: {next_commands(part.base)}")
     return "\n".join(lines)

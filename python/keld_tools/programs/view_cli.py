@@ -6,17 +6,22 @@ import argparse
 import math
 import sys
 from pathlib import Path
+from shlex import quote
 
 import numpy as np
 
 from .. import __version__
+from ..base import ownership
 from ..base.findings import BadFile, Findings
-from ..base.program import run_program
+from ..base.program import next_commands, run_program, whole_output
 from ..base.progress import Progress
+from ..job import working_files
 from ..report import picture
 from ..results import compensate, vtu
 from ..results.geometry_file import PartGeometry, read_geometry, read_prior
 from ..results.results_file import Results, read_results
+
+RESULTS = (".WR1", ".WD1", ".WLG1", ".vtu", ".png")  # files of a base name besides those of its job
 
 # field -> (what distorts the part, component or None for the length, words)
 FIELDS = {
@@ -42,7 +47,8 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--scale", type=float, metavar="TIMES", help="exaggeration of the displacement")
     parser.add_argument("--view", default="iso", help=f"{', '.join(picture.VIEWS)}, or AZIMUTH,ELEVATION in degrees")
     parser.add_argument("--ascii", action="store_true", help="write the .vtu as text instead of base64")
-    parser.add_argument("-o", "--output", metavar="NAME", help="write NAME.vtu and NAME.png instead")
+    parser.add_argument("-o", "--output", metavar="NAME", help="write NAME.vtu, NAME.png, NAME-cavity1 instead")
+    parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
     parser.add_argument("--compensate", action="store_true", help="also write the corrected cavity and its job")
     parser.add_argument("--factor", type=float, default=1.0, help="share of the displacement turned round (default 1)")
     parser.add_argument("--version", action="version", version=f"keld-view {__version__}")
@@ -53,9 +59,11 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     return parser.parse_args(words)
 
 
+@whole_output
 def main(argv: list[str] | None = None) -> int:
     """Exit status: 0 when everything is written, 1 for a file or an option that can't be used."""
     options = arguments(argv)
+    options.base = str(base_of(options.base))
     return run_program("keld-view", options, run, options.output or options.base, "stopped")
 
 
@@ -73,7 +81,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
         raise BadFile(geometry, "has no triangle")
     progress("reading the results")
     if not results_path.is_file():
-        raise BadFile(results_path, f"isn't there; run keld {base} 1@ INSTALL/ 2@ first")
+        raise BadFile(results_path, f"isn't there; run keld {quote(str(base))} 1@ INSTALL/ 2@ first")
     results = read_results(results_path, len(part.points))
     if results_path.stat().st_mtime < geometry.stat().st_mtime:
         findings.warn(str(results_path), "is older than the mesh: is it the result of this job?")
@@ -83,6 +91,13 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     scene = make_scene(options, part, results, remaining, nominal, view)
 
     target = options.output or str(base)
+    cavity = compensate.next_base(Path(target))
+    written = [Path(f"{target}.vtu"), Path(f"{target}.png")]
+    ownership.refuse_foreign(
+        written + (compensate.paths_at_risk(base, cavity) if options.compensate else []), options.overwrite, findings
+    )
+    if findings.faults:
+        return ""
     progress("writing the .vtu")
     vtu.write_vtu(Path(f"{target}.vtu"), part, vtu.point_data(results, remaining), options.ascii)
     progress("drawing")
@@ -91,12 +106,18 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     if options.compensate:
         progress("writing the corrected cavity")
         deviation = results.total if remaining is None else remaining
-        cavity, files = compensate.write_cavity(base, part, deviation, options.factor, nominal)
+        files = compensate.write_cavity(base, cavity, part, deviation, options.factor, nominal)
         lines += [
             "corrected cavity: " + " ".join(map(str, files)),
-            f"next: keld {cavity} 1@ INSTALL/ 2@   then   keld-view {cavity}   shows what remains",
+            f"next: {next_commands(cavity)}   shows what remains",
         ]
     return "\n".join(lines)
+
+
+def base_of(text: str) -> Path:
+    """The base name of a job, also where a user gives one of its files."""
+    path = Path(text)
+    return path.with_suffix("") if path.suffix in (*working_files.SUFFIXES, *RESULTS) and path.is_file() else path
 
 
 def view_angles(text: str) -> tuple[float, float]:

@@ -21,6 +21,7 @@ from matplotlib.colors import Normalize  # noqa: E402
 from matplotlib.tri import Triangulation  # noqa: E402
 
 from ..base import atomic  # noqa: E402
+from ..base.ownership import MADE_BY_VIEW  # noqa: E402
 from ..meshes import surface  # noqa: E402
 
 # view -> (azimuth, elevation) in degrees: where the eye stands
@@ -35,6 +36,7 @@ VIEWS = {
 }
 SMOOTH_TRIANGLES = 60000  # coarser meshes are divided to about this many, for smooth colour and order
 DEPTH_CELLS = 220
+MARK = {"Software": MADE_BY_VIEW}
 
 
 @dataclass
@@ -164,7 +166,7 @@ def draw(path: Path, scene: Scene) -> None:
     axes.axis("off")
     mark_greatest(axes, scene, after, used)
     furnish(figure, axes, scene, axes3, mapping)
-    atomic.write_file(path, lambda target: figure.savefig(target, format="png", facecolor="white"))
+    atomic.write_file(path, lambda target: figure.savefig(target, format="png", facecolor="white", metadata=MARK))
     pyplot.close(figure)
 
 

@@ -7,17 +7,18 @@ run, so that a second run is measured against the same shape in the same frame.
 
 from __future__ import annotations
 
+import filecmp
 import re
-import tempfile
 from pathlib import Path
 
-import meshio
 import numpy as np
 
 from ..base import atomic
 from ..base.findings import BadFile
+from ..base.ownership import MADE_BY_VIEW
 from ..base.units import CM_PER_MM
 from ..job import working_files
+from ..meshes import surface
 from .geometry_file import PartGeometry, after_title, read_geometry, text_of
 
 COPIED = (".PRC", ".CPU", ".MAL", ".RS1", ".PT1", ".CT1")
@@ -72,14 +73,24 @@ def held_nodes(base: Path, part: PartGeometry) -> list[int]:
     return nodes if len(nodes) == 3 and all(1 <= n <= len(part.points) for n in nodes) else chosen_boundary(part)
 
 
-def write_cavity(
-    base: Path, part: PartGeometry, deviation: np.ndarray, factor: float, nominal: np.ndarray | None
-) -> tuple[Path, list[Path]]:
-    """Write the corrected cavity's job, its nominal shape and its STL; returns the new base and the files.
+def paths_at_risk(base: Path, target: Path) -> list[Path]:
+    """Every file that write_cavity would change or remove; a copy that is there already would only be renewed."""
 
-    deviation: (N, 3) mm, what the moulded part differs by from the nominal shape.
+    def same(suffix: str) -> bool:
+        copy, source = Path(f"{target}{suffix}"), Path(f"{base}{suffix}")
+        return suffix in COPIED and copy.is_file() and source.is_file() and filecmp.cmp(copy, source, shallow=False)
+
+    suffixes = (*working_files.SUFFIXES, ".nominal.PG1", ".stl", ".WR1")
+    return [Path(f"{target}{suffix}") for suffix in suffixes if not same(suffix)]
+
+
+def write_cavity(
+    base: Path, target: Path, part: PartGeometry, deviation: np.ndarray, factor: float, nominal: np.ndarray | None
+) -> list[Path]:
+    """Write the corrected cavity's job at `target`, its nominal shape and its STL; returns the files.
+
+    deviation: (N, 3) mm, what the moulded part of the job `base` differs by from the nominal shape.
     """
-    target = next_base(base)
     cavity = part.points - factor * deviation
     heading = [working_files.MADE_BY, f"cavity corrected by {factor:g} of the deviation of {base.name}"]
 
@@ -99,7 +110,7 @@ def write_cavity(
             contents[suffix] = source.read_bytes()
     stale = tuple(s for s in working_files.SUFFIXES + (".WR1",) if s not in contents)
     atomic.write_family(target, contents, stale, last=".PG1")
-    return target, [Path(f"{target}{suffix}") for suffix in contents]
+    return [Path(f"{target}{suffix}") for suffix in contents]
 
 
 def moved(path: Path, points: np.ndarray, heading: list[str]) -> bytes:
@@ -116,7 +127,8 @@ def moved(path: Path, points: np.ndarray, heading: list[str]) -> bytes:
 
 
 def stl(points: np.ndarray, triangles: np.ndarray) -> bytes:
-    with tempfile.TemporaryDirectory() as folder:  # meshio writes STL to real files alone
-        path = Path(folder) / "cavity.stl"
-        meshio.write(path, meshio.Mesh(points, [("triangle", triangles)]), binary=True)
-        return path.read_bytes()
+    """A binary STL: 80 bytes of header, the count, and per triangle normal, corners (mm) and two bytes of nothing."""
+    record = np.zeros(len(triangles), np.dtype([("vectors", "<f4", (4, 3)), ("attribute", "<u2")]))
+    record["vectors"][:, 0] = surface.unit_normals(points, triangles)
+    record["vectors"][:, 1:] = points[triangles]
+    return MADE_BY_VIEW.encode().ljust(80) + len(triangles).to_bytes(4, "little") + record.tobytes()

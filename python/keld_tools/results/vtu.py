@@ -10,6 +10,7 @@ import meshio
 import numpy as np
 
 from ..base import atomic
+from ..base.ownership import MADE_BY_VIEW
 from .geometry_file import PartGeometry
 from .results_file import Results
 
@@ -41,5 +42,8 @@ def write_vtu(path: Path, part: PartGeometry, points: dict[str, np.ndarray], asc
     def write(target: Path) -> None:
         with contextlib.redirect_stdout(io.StringIO()), contextlib.redirect_stderr(io.StringIO()):
             meshio.write(target, mesh, file_format="vtu", binary=not ascii_text)
+        text = target.read_bytes()
+        start = text.index(b"<VTKFile")
+        target.write_bytes(text[:start] + f"<!--{MADE_BY_VIEW}-->\n".encode() + text[start:])
 
     atomic.write_file(path, write)

@@ -79,7 +79,7 @@ cycle_limit = 77
     prc, cpu = values_of(tmp_path / "j.PRC"), values_of(tmp_path / "j.CPU")
     assert [prc[n] for n in (20002, 20011, 20012, 20013, 20014, 21001)] == [300, 1, 2, 20, 0, 23]
     assert (cpu[22002], cpu[30500], len(prc), len(cpu)) == (1, 77, 16, 10)
-    assert (tmp_path / "j.BC1").read_text().split()[1:] == ["4", "1", "2"]
+    assert (tmp_path / "j.BC1").read_text().split()[1:4] == ["4", "1", "2"]
     mal = {k.strip(): v.split() for k, _, v in (line.partition(" = ") for line in (tmp_path / "j.MAL").open())}
     assert mal["Modulus"] == ["2", "9e+10", "4e+10", "end"] and mal["Expansion"][1:3] == ["2e-05", "6e-05"]
     assert mal["Shear modulus"][1] == "2e+10" and mal["Specific volume"][:2] == ["1", "1.2"]
@@ -269,13 +269,15 @@ def test_a_family_replaces_its_own_and_no_other(tmp_path, job):
     )
     assert job(PART)[0] == 0
     files = {p.name for p in tmp_path.glob("j.*")}
-    (tmp_path / "j.PG1").write_text("/* another application's */\n")
+    for suffix in (".PG1", ".CT1", ".BC1"):  # one that would be replaced, two that would be removed
+        (tmp_path / f"j{suffix}").write_text("/* another application's */\n")
 
-    status, said = job(PART)
+        status, said = job(PART)
 
+        assert status == 1 and f"j{suffix}: is there and not made by" in said and "--overwrite" in said
+        assert (tmp_path / f"j{suffix}").read_text().startswith("/* another")
+        assert job(PART, "--overwrite")[0] == 0
     assert files == {"j.CPU", "j.MAL", "j.PG1", "j.PRC", "j.PT1"}  # no .RS1 or .CT1 of the first one
-    assert status == 1 and "--overwrite" in said and (tmp_path / "j.PG1").read_text().startswith("/* another")
-    assert job(PART, "--overwrite")[0] == 0
 
 
 @pytest.mark.parametrize("blocked", [".PG1", ".MAL"])

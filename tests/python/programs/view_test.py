@@ -1,6 +1,7 @@
 """keld-view: the grid's data, the picture's geometry, the corrected cavity, and damaged files of every kind."""
 
 import re
+from pathlib import Path
 
 import matplotlib.image
 import meshio
@@ -111,6 +112,26 @@ def test_the_cavity_keeps_all_but_the_coordinates(tmp_path):
     assert part.gates.tolist() == [3] and part.runners.tolist() == [[3, 0]] and part.triangle_numbers.tolist() == [2, 3]
     assert text[2:5] == ["2 1 2 3 2 -1 1 0 0.9", "1 4 1 0 5 0 1 0", "3 2 4 3 2 0 1 0"]
     assert text[5:] == ["4 6 0 5 1 1 2 3 4 5", "1 1 0 0 0", "3 1 5 0 0", "2 6 0 0 0"]
+
+
+@pytest.mark.parametrize("suffix", [".vtu", ".png", "-cavity1.PG1", "-cavity1.WR1", "-cavity1.stl", "-cavity1.PRC"])
+def test_a_foreign_file_is_replaced_on_request_alone(base, capsys, suffix):
+    words, foreign = [str(base), "--compensate"], Path(f"{base}{suffix}")
+    foreign.write_text("the user's own")
+
+    assert view_cli.main(words) == 1
+    assert "--overwrite" in capsys.readouterr().err and foreign.read_text() == "the user's own"
+    assert [p for p in base.parent.glob("j-*") if p != foreign] == []
+    assert view_cli.main([*words, "-o", f"{base}-out"]) == 0
+    assert (base.parent / "j-out-cavity1.PG1").exists() and foreign.read_text() == "the user's own"
+    assert view_cli.main([*words, "--overwrite"]) == 0
+    assert view_cli.main(words) == 0  # its own files it replaces
+
+
+@pytest.mark.parametrize("suffix", [".WR1", ".PG1", ".vtu"])
+def test_a_file_of_the_job_stands_for_its_base_name(base, capsys, suffix):
+    assert view_cli.main([str(base)]) == 0 and view_cli.main([f"{base}{suffix}"]) == 0
+    assert f"written: {base}.vtu" in capsys.readouterr().out
 
 
 DAMAGE = {

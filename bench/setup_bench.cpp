@@ -43,7 +43,7 @@ void run(benchmark::State& state, const linear_system& original, int variant) {
     state.PauseTiming();
     s = original;  // set-up reorders the rows
     set_first_level(h, s);
-    tier::memory.memi = tier::memory.memd = 0;
+    tier::memory().memi = tier::memory().memd = 0;
     state.ResumeTiming();
     tier::create_levels(h, c);
   }
@@ -55,10 +55,10 @@ void run(benchmark::State& state, const linear_system& original, int variant) {
   double entries = 0.0;
   for (int k = 1; k <= h.levels_created; ++k) entries += h(k).entries();
   const double caller = bytes(s.n + h(1).entries(), h(1).entries());
-  const double own = bytes(tier::memory.nisum, tier::memory.ndsum);
+  const double own = bytes(tier::memory().nisum, tier::memory().ndsum);
   state.counters["levels"] = h.levels_created;
   state.counters["complexity"] = entries / h(1).entries();
-  state.counters["peak/final"] = (caller + bytes(tier::memory.memi, tier::memory.memd)) / (caller + own);
+  state.counters["peak/final"] = (caller + bytes(tier::memory().memi, tier::memory().memd)) / (caller + own);
   state.counters["ns/entry"] =
       benchmark::Counter(static_cast<double>(h(1).entries()) * 1e-9,
                          benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);

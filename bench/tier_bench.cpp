@@ -69,7 +69,7 @@ medians interleaved(benchmark::State& state, const std::function<void()>& work,
 struct system_of_run {
   explicit system_of_run(linear_system given, long threads) : s(std::move(given)) {
     use_threads(threads);
-    tier::parm::mode_mess = -2;
+    tier::parm().mode_mess = -2;
     set_first_level(h, s);
     f.assign(static_cast<std::size_t>(s.n), 1.0);
     u.assign(f.size(), 0.0);

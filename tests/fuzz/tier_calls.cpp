@@ -103,8 +103,8 @@ void set_parameters(choices& c) {
       **d = c.of({0.0, 0.1, 0.5, 0.99, 1.0, 1.1, 12.2, 21.25, -1.0, 1e-12, 1e10, std::nan("")});
     if (bool* const* b = std::get_if<bool*>(&p.place)) **b = !**b;
   }
-  tier::parm::logio = 0;  // reports are made, but go nowhere
-  tier::parm::allow_private_in = false;
+  tier::parm().logio = 0;  // reports are made, but go nowhere
+  tier::parm().allow_private_in = false;
 }
 
 int digits(choices& c, std::initializer_list<int> limits) {
@@ -136,7 +136,7 @@ int run_call(choices& c, problem& p, int iswtch) {
                      [](double x, double y) { return x == y || (x != x && y != y); }),
           "f has changed");
   if (ierr > 0 || iswtch / 1000 == 5)
-    require(tier::memory.nisum == 0 && tier::memory.ndsum == 0, "memory is held");
+    require(tier::memory().nisum == 0 && tier::memory().ndsum == 0, "memory is held");
   if (ierr == 0 && ncyc_done > 0) {
     for (const double u : p.u) require(std::isfinite(u), "u is not finite though the call reports success");
   }
@@ -148,7 +148,7 @@ int run_call(choices& c, problem& p, int iswtch) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   choices c(data, size);
   set_parameters(c);
-  tier::parm::nptmn = c.of({2, 5, 20, 100});
+  tier::parm().nptmn = c.of({2, 5, 20, 100});
   problem p = make_problem(c);
   const int strategy = c.seldom() ? 14 : c.of({20, 40, 0, 13, 23, 35, 48}), extent = c.below(4);
   const int rest = 100 * extent + strategy;
@@ -156,7 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   run_call(c, p, 1000 * c.of({5, 1, 3, 6, 7, 8, 2}) + rest);
   int ierr = 0;
   TIER_LEAVE(&ierr);
-  require(tier::memory.nisum == 0 && tier::memory.ndsum == 0, "memory is held after TIER_LEAVE");
-  tier::parm::logio = 6;
+  require(tier::memory().nisum == 0 && tier::memory().ndsum == 0, "memory is held after TIER_LEAVE");
+  tier::parm().logio = 6;
   return 0;
 }

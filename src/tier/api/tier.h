@@ -83,6 +83,21 @@ TIER_API void TIER_CLEANUP(int* ierr);
 TIER_API void XTIER_LEAVE(int* ierr);
 TIER_API void XTIER_CLEANUP(int* ierr);
 
+/*
+ * Contexts: all that TIER keeps between calls, parameters, hierarchy, timers, log file and figures of the last
+ * call. Every thread begins in the default one, number 0. Calls in different contexts may overlap in threads of
+ * a program; calls in one context may not.
+ *   TIER_CREATE   makes a context with default parameters; its number, from 1. ierr 70 without memory
+ *   TIER_USE      the calling thread uses a context from now on. ierr 20: there is none of that number
+ *   TIER_DESTROY  frees a context; a thread that still uses it keeps it until it turns to another or ends, the
+ *                 calling thread turns to the default one. ierr 20: none of that number, or 0
+ */
+TIER_API void TIER_CREATE(int* context, int* ierr);
+TIER_API void TIER_USE(const int* context, int* ierr);
+TIER_API void TIER_DESTROY(const int* context, int* ierr);
+/* Text of the last error or warning of a call in this thread's context, padded with blanks. */
+TIER_API void TIER_GET_FAULT(char* text, const int* length);
+
 /* Splits |value| into nnum (1 to 9) digit fields from the left; the last field takes all remaining digits. */
 TIER_API void TIER_IDEC(const int* value, const int* nnum, int* ndigit, int* digits);
 /* Ratio of the lengths of a real and an integer. */

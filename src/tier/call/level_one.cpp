@@ -100,7 +100,7 @@ void copy_matrix(level& l, int n) {
 }
 
 void increase_diagonals(level& l, int n) {
-  const double factor = 1.0 + parm::eps_diag;
+  const double factor = 1.0 + parm().eps_diag;
   info(message_class::note, formatted("Matrix diagonals are modified now (increased by %f ) !", factor));
   for (int i = 1; i <= n; ++i) l.a[l.ia[i]] *= factor;
 }
@@ -134,13 +134,13 @@ double scale_columns(level& l, int n, work_array<double>& column) {
 
 void modify_mat(level& l, int n, int digits, system_scaling& scaling, const controls& c) {
   if (c.ifirst > 1) fail(ierr_inconsistent_input, "Only ifirst=0 or 1 possible now (modify_mat)");
-  if (!(parm::factor_matrix_scale >= 1.0 && parm::factor_matrix_scale <= 1.1))
+  if (!(parm().factor_matrix_scale >= 1.0 && parm().factor_matrix_scale <= 1.1))
     fail(ierr_illegal_value, "modify_mat: scale factor not in range [1.0:1.1]");
   const std::string steps = std::to_string(digits);
   require_legal(digits > 0 && steps.find_first_not_of("123") == std::string::npos, "modify_mat");
 
   const bool rows = steps.find('2') != std::string::npos, columns = steps.find('3') != std::string::npos;
-  const bool fixed_count = parm::factor_matrix_scale < 1.000000000001;
+  const bool fixed_count = parm().factor_matrix_scale < 1.000000000001;
   if (steps.find('1') != std::string::npos) increase_diagonals(l, n);
   if (!rows && !columns) return;
   if (rows) info(message_class::note, "Performing row scaling (modify_mat)");
@@ -149,11 +149,11 @@ void modify_mat(level& l, int n, int digits, system_scaling& scaling, const cont
     info(message_class::note, "using: factor_matrix_scale=1.0d0  (fixed number of iterations selected)");
   if (rows) scaling.row.allocate(n, 1.0, "row", "modify_mat");
   if (columns) scaling.column.allocate(n, 1.0, "column", "modify_mat");
-  for (int iteration = 1; iteration <= parm::iter_matrix_scale; ++iteration) {
+  for (int iteration = 1; iteration <= parm().iter_matrix_scale; ++iteration) {
     const double row_factor = rows ? scale_rows(l, n, scaling.row) : 1.0;
     const double column_factor = columns ? scale_columns(l, n, scaling.column) : 1.0;
     const double factor = std::max(row_factor, column_factor);
-    if (factor == 1.0 || (!fixed_count && factor <= parm::factor_matrix_scale)) break;
+    if (factor == 1.0 || (!fixed_count && factor <= parm().factor_matrix_scale)) break;
   }
 }
 
@@ -185,7 +185,7 @@ int modification(const controls& c) {
   constexpr int rows = 2, columns = 3, force_rows = 6, force_columns = 7;
   if (c.iforce0 == force_rows) return rows;
   if (c.iforce0 == force_columns) return columns;
-  return parm::modify_mat;
+  return parm().modify_mat;
 }
 
 void bind_level_one(level& fine, const call_arguments& call, const controls& c) {

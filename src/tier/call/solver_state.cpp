@@ -13,7 +13,7 @@
 
 namespace tier {
 
-solver_state solver;
+const per_context<solver_state> solver;
 
 namespace {
 
@@ -36,13 +36,13 @@ void release_level(level& l, bool keep_big_arrays) {
 }
 
 void free_hierarchy(const char* marker, const char* kind, bool keep_big_arrays) {
-  trace(1, std::string(marker) + kind, parm::itrace_amgmain);
-  solver.last_set_up = problem_descriptors();
-  solver.hierarchy_present = false;
+  trace(1, std::string(marker) + kind, parm().itrace_amgmain);
+  solver().last_set_up = problem_descriptors();
+  solver().hierarchy_present = false;
   release_solution_data();
-  release_level_one(solver.levels(1), solver.scaling);
-  for (level& l : solver.levels.at) release_level(l, keep_big_arrays);
-  solver.levels.levels_created = solver.levels.levels_used = -1;
+  release_level_one(solver().levels(1), solver().scaling);
+  for (level& l : solver().levels.at) release_level(l, keep_big_arrays);
+  solver().levels.levels_created = solver().levels.levels_used = -1;
 }
 
 }  // namespace
@@ -52,11 +52,11 @@ problem_descriptors descriptors_of(const call_arguments& call, const controls& c
 }
 
 void check_re_start(const call_arguments& call, const controls& c) {
-  if (!solver.set_up_since_start)
+  if (!solver().set_up_since_start)
     fail(ierr_no_first_setup, "TIER re-start requires an initial call with iswit=4!");
-  if (!solver.hierarchy_present)
+  if (!solver().hierarchy_present)
     fail(ierr_no_hierarchy, "TIER re-start terminated - no AMG decomposition available in (tier_main)!");
-  const problem_descriptors now = descriptors_of(call, c), &before = solver.last_set_up;
+  const problem_descriptors now = descriptors_of(call, c), &before = solver().last_set_up;
   require_same(now.nna, before.nna, ierr_changed_size, "nna");
   require_same(now.nnu, before.nnu, ierr_changed_size, "nnu");
   require_same(now.nsys, before.nsys, ierr_changed_descriptor, "nsys");
@@ -66,15 +66,15 @@ void check_re_start(const call_arguments& call, const controls& c) {
   require_same(now.nsolve, before.nsolve, ierr_changed_descriptor, "nsolve");
   require_same(now.igam, before.igam, ierr_changed_descriptor, "igam");
   constexpr int new_operators = 3;
-  if (c.iswit == new_operators && parm::struct_ident != solver.struct_ident_at_set_up)
+  if (c.iswit == new_operators && parm().struct_ident != solver().struct_ident_at_set_up)
     fail(ierr_setup_internal, "tier_main:: illegal change of struct_ident after last setup with iswtch=4xxx");
 }
 
 void clean_up(const char* marker) { free_hierarchy(marker, "__(FULL_CLEANUP)", false); }
 
 void partial_clean_up(const char* marker) {
-  free_hierarchy(marker, "__(PARTIAL_CLEANUP)_", parm::keepmem);
-  if (parm::keepmem && parm::info_keepmem) message(formatted("Kept memory [MB]: %f", megabytes_in_use()));
+  free_hierarchy(marker, "__(PARTIAL_CLEANUP)_", parm().keepmem);
+  if (parm().keepmem && parm().info_keepmem) message(formatted("Kept memory [MB]: %f", megabytes_in_use()));
 }
 
 }  // namespace tier

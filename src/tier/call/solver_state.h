@@ -26,7 +26,7 @@ struct solver_state {
   int calls = 0;                    // since the start or TIER_LEAVE
   int calls_with_hierarchy = 0;     // automatic control: calls since its last set-up
 };
-extern solver_state solver;
+extern const per_context<solver_state> solver;
 
 problem_descriptors descriptors_of(const call_arguments& call, const controls& c);
 

@@ -38,7 +38,7 @@ void set_up_or_re_start(call_state& s) {
 double stop_target(const controls& c, double reference) {
   constexpr double least_floor = 1e-20;
   const double target = c.eps >= 0.0 ? c.eps * reference : -c.eps;
-  return parm::eps_abs > least_floor ? std::max(target, parm::eps_abs) : target;
+  return parm().eps_abs > least_floor ? std::max(target, parm().eps_abs) : target;
 }
 
 /// True where the first guess is as good as asked for and nobody insists on work. A residual that is too
@@ -47,7 +47,7 @@ bool first_guess_satisfies(call_state& s) {
   if (first_guess_kind(s.c.ifirst) != 0) return false;
   const double residual = first_guess_residual(s);
   if (residual <= smallest_normal) return false;
-  const double target = stop_target(s.c, parm::ntake_res_in != 0 ? s.call.res_in : residual);
+  const double target = stop_target(s.c, parm().ntake_res_in != 0 ? s.call.res_in : residual);
   if (!(residual <= target)) return false;
 
   control("First guess satisfies eps-criterion:");
@@ -57,7 +57,7 @@ bool first_guess_satisfies(call_state& s) {
     control("TIER setup will be performed anyway: user-enforced (iswit=" + std::to_string(s.c.iswit) + ").");
     return false;
   }
-  if (parm::ncyc_min > 0) {
+  if (parm().ncyc_min > 0) {
     control("TIER solver will be performed anyway: user-enforced (ncyc_min>0).");
     return false;
   }
@@ -67,8 +67,8 @@ bool first_guess_satisfies(call_state& s) {
 }
 
 void run_once(call_state& s) {
-  trace(1, "Automatic control mechanism not active:", parm::itrace_amgmain);
-  trace(1, "User did not activate it (iswit<=5).", parm::itrace_amgmain);
+  trace(1, "Automatic control mechanism not active:", parm().itrace_amgmain);
+  trace(1, "User did not activate it (iswit<=5).", parm().itrace_amgmain);
   if (first_guess_satisfies(s)) return;
   set_up_or_re_start(s);
   solve(s);
@@ -86,7 +86,7 @@ class automatic_run {
       solve_rest();
       return;
     }
-    solver.calls_with_hierarchy += 1;
+    solver().calls_with_hierarchy += 1;
     re_start_as(reuse_all, "TIER setup completely reused (iswit=8).");
     if (test_convergence())
       solve_rest();
@@ -98,9 +98,9 @@ class automatic_run {
 
  private:
   bool must_set_up() const {
-    if (!solver.hierarchy_present || parm::refresh_called) return true;
-    if (descriptors_of(s_.call, s_.c) != solver.last_set_up) return true;
-    if (solver.calls_with_hierarchy < parm::max_calls) return false;
+    if (!solver().hierarchy_present || parm().refresh_called) return true;
+    if (descriptors_of(s_.call, s_.c) != solver().last_set_up) return true;
+    if (solver().calls_with_hierarchy < parm().max_calls) return false;
     control("Maximum number of calls reached. Enforcing new setup.");
     return true;
   }
@@ -109,7 +109,7 @@ class automatic_run {
     control("+++++++++++++++ Performing TIER setup ...... ++++++++++++++++");
     s_.c.iswit = set_up_and_keep;
     full_set_up(s_);
-    solver.calls_with_hierarchy = 1;
+    solver().calls_with_hierarchy = 1;
   }
 
   void re_start_as(int iswit, const char* words) {
@@ -138,7 +138,7 @@ class automatic_run {
 
   /// A few cycles with the kept hierarchy. False where it must be made anew: too slow, or diverging.
   bool test_convergence() {
-    const int cycles = std::clamp(parm::cntrl_retry_iter, 1, limit_);
+    const int cycles = std::clamp(parm().cntrl_retry_iter, 1, limit_);
     control("Testing convergence with <= " + std::to_string(cycles) + " cycles");
     const int warning = last_warning();  // those of a test that isn't the end don't count
     try {
@@ -154,15 +154,15 @@ class automatic_run {
     note_warning(warning);
     const double growth = s_.results.res_out / s_.results.res_in;
     const double rho = std::pow(growth, 1.0 / std::max(1, s_.results.ncyc_done));
-    if (growth > parm::divergence) {
+    if (growth > parm().divergence) {
       control("... with zero function (strong divergence).");
       std::fill_n(s_.call.u, s_.c.nnu, 0.0);
     } else if (growth > 1.0) {
       control("... with current approximation (weak divergence).");
-    } else if (rho > parm::rho_min) {
+    } else if (rho > parm().rho_min) {
       control("Convergence too slow, restart immediately!");
     } else {
-      control(rho <= parm::rho_ok ? "Convergence particularly fast. Continue without check."
+      control(rho <= parm().rho_ok ? "Convergence particularly fast. Continue without check."
                                   : "Convergence satisfactory. Continue.");
       return true;
     }

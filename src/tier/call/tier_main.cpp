@@ -40,21 +40,21 @@ constexpr int new_operators = 3, set_up_and_keep = 4, set_up_once = 5;
 constexpr int level_of_dump = 2;
 
 void start_call(const call_arguments& call, run_results& results) {
-  if (solver.calls == 0) clear_timers();
+  if (solver().calls == 0) clear_timers();
   start_call_timers();
-  ++solver.calls;
+  ++solver().calls;
   clear_warning();
-  memory.memi = memory.nisum;
-  memory.memd = memory.ndsum;
-  last_call = call_figures();
+  memory().memi = memory().nisum;
+  memory().memd = memory().ndsum;
+  last_call() = call_figures();
   results = run_results();
-  if (parm::ntake_res_in != 0) results.res_in = call.res_in;
-  set_max_threads(parm::omp_num_threads_external);
+  if (parm().ntake_res_in != 0) results.res_in = call.res_in;
+  set_max_threads(parm().omp_num_threads_external);
 }
 
 void refuse_block_scaling() {
-  if (parm::block_scale == 0) return;
-  parm::block_scale = 0;
+  if (parm().block_scale == 0) return;
+  parm().block_scale = 0;
   warn(warn_setting_adjusted, "block scaling requested but not computed.");
   info(message_class::warning, "Reset block_scale=0 (tier-main)");
 }
@@ -99,15 +99,15 @@ controls check_call(const call_arguments& call) {
 
 /// A re-start finds the coarsest-level solver that the set-up decided on.
 void take_over_coarsest_solver(controls& c) {
-  if (c.nrc == solver.nrc_asked) c.nrc = solver.nrc_used;
+  if (c.nrc == solver().nrc_asked) c.nrc = solver().nrc_used;
 }
 
 void note_coarsest_solver(int asked, int used) {
-  if (solver.nrc_used != 0 && solver.nrc_used != used)
+  if (solver().nrc_used != 0 && solver().nrc_used != used)
     info(message_class::note,
-         "CL solver switched from " + std::to_string(solver.nrc_used) + " to " + std::to_string(used));
-  solver.nrc_asked = asked;
-  solver.nrc_used = used;
+         "CL solver switched from " + std::to_string(solver().nrc_used) + " to " + std::to_string(used));
+  solver().nrc_asked = asked;
+  solver().nrc_used = used;
 }
 
 void make_levels(hierarchy& h, controls& c) {
@@ -124,13 +124,13 @@ void make_levels(hierarchy& h, controls& c) {
 void finish_call(call_state& s) {
   if (s.c.iswit == set_up_once) {
     clean_up("Work_count_/_Cleanup");
-    if (memory.nisum != 0 || memory.ndsum != 0) {
+    if (memory().nisum != 0 || memory().ndsum != 0) {
       info(message_class::warning, "Inconsistency in memory counter:");
-      warn(warn_memory_counters, "Integers left: " + std::to_string(memory.nisum) +
-                                     ", Doubles left: " + std::to_string(memory.ndsum));
+      warn(warn_memory_counters, "Integers left: " + std::to_string(memory().nisum) +
+                                     ", Doubles left: " + std::to_string(memory().ndsum));
     }
   }
-  release_level_one(solver.levels(1), solver.scaling);
+  release_level_one(solver().levels(1), solver().scaling);
 }
 
 void run_call(call_arguments& call, run_results& results) {
@@ -145,7 +145,7 @@ void run_call(call_arguments& call, run_results& results) {
     call.g_cmplx = s.c.g_cmplx;
     call.p_cmplx = s.c.p_cmplx;
     call.w_avrge = s.c.w_avrge;
-    bind_level_one(solver.levels(1), call, s.c);
+    bind_level_one(solver().levels(1), call, s.c);
     tier_cntrl(s);
     finish_call(s);
   } catch (...) {
@@ -165,49 +165,49 @@ double original_residual(const call_state& s) {
 /// u is the caller's again however the solution ends.
 struct restore_at_exit {
   level& fine;
-  ~restore_at_exit() { restore_solution(solver.scaling, fine.n, fine.u); }
+  ~restore_at_exit() { restore_solution(solver().scaling, fine.n, fine.u); }
 };
 
 void note_memory() {
-  const auto integers = static_cast<double>(memory.nisum), reals = static_cast<double>(memory.ndsum);
-  last_call.integer_megabytes = megabytes_of_integers(integers);
-  last_call.real_megabytes = megabytes_of_reals(reals);
-  last_call.peak_megabytes = megabytes_of_integers(static_cast<double>(memory.memi)) +
-                             megabytes_of_reals(static_cast<double>(memory.memd));
+  const auto integers = static_cast<double>(memory().nisum), reals = static_cast<double>(memory().ndsum);
+  last_call().integer_megabytes = megabytes_of_integers(integers);
+  last_call().real_megabytes = megabytes_of_reals(reals);
+  last_call().peak_megabytes = megabytes_of_integers(static_cast<double>(memory().memi)) +
+                             megabytes_of_reals(static_cast<double>(memory().memd));
 }
 
-void trace_exit(const char* words, int ierr) { trace(1, words + std::to_string(ierr), parm::itrace_amgmain); }
+void trace_exit(const char* words, int ierr) { trace(1, words + std::to_string(ierr), parm().itrace_amgmain); }
 
 }  // namespace
 
 double first_guess_residual(const call_state& s) {
-  const level& fine = solver.levels(1);
+  const level& fine = solver().levels(1);
   return resid(fine, fine.f, fine.u, s.c.norm_typ);
 }
 
 void full_set_up(call_state& s) {
   const double start = elapsed_time();
   partial_clean_up("New_setup");
-  parm::refresh_called = false;
-  level& fine = solver.levels(1);
+  parm().refresh_called = false;
+  level& fine = solver().levels(1);
   bind_level_one(fine, s.call, s.c);
-  modify_level_one(fine, solver.scaling, s.c);
+  modify_level_one(fine, solver().scaling, s.c);
   tier_dimensions(s.c);
   const int asked = s.c.nrc;
-  make_levels(solver.levels, s.c);
+  make_levels(solver().levels, s.c);
   note_coarsest_solver(asked, s.c.nrc);
-  if (s.c.dump_level >= level_of_dump) dump_hierarchy(solver.levels);
+  if (s.c.dump_level >= level_of_dump) dump_hierarchy(solver().levels);
 
-  solver.set_up_since_start = true;
-  solver.struct_ident_at_set_up = parm::struct_ident;
+  solver().set_up_since_start = true;
+  solver().struct_ident_at_set_up = parm().struct_ident;
   if (s.c.iswit == set_up_and_keep) {
-    solver.hierarchy_present = true;
-    solver.last_set_up = descriptors_of(s.call, s.c);
+    solver().hierarchy_present = true;
+    solver().last_set_up = descriptors_of(s.call, s.c);
   }
-  last_call.complexity = measure(solver.levels, s.c);
-  last_call.setup_seconds += elapsed_time() - start;
+  last_call().complexity = measure(solver().levels, s.c);
+  last_call().setup_seconds += elapsed_time() - start;
   add_time(phase::setup, elapsed_time() - start);
-  print_setup_statistics(solver.levels, s.c);
+  print_setup_statistics(solver().levels, s.c);
 }
 
 void re_start(call_state& s) {
@@ -216,32 +216,32 @@ void re_start(call_state& s) {
   take_over_coarsest_solver(s.c);
   if (s.c.iswit == new_operators) {
     info(message_class::note, "TIER re-start: Recomputing coarse-level operators");
-    modify_level_one(solver.levels(1), solver.scaling, s.c);
-    if (!parm::lu_reuse) release_solution_data();
-    recompute_operators(solver.levels, s.c);
+    modify_level_one(solver().levels(1), solver().scaling, s.c);
+    if (!parm().lu_reuse) release_solution_data();
+    recompute_operators(solver().levels, s.c);
   } else {
     info(message_class::note, "TIER re-start: Coarse-levels not changed.");
   }
-  last_call.complexity = measure(solver.levels, s.c);
-  last_call.setup_seconds += elapsed_time() - start;
+  last_call().complexity = measure(solver().levels, s.c);
+  last_call().setup_seconds += elapsed_time() - start;
   add_time(phase::setup, elapsed_time() - start);
 }
 
 void solve(call_state& s) {
   const double start = elapsed_time();
-  level& fine = solver.levels(1);
+  level& fine = solver().levels(1);
   first(s.c.ifirst, fine.n, fine.u);
   const bool modified = s.c.out_level >= 0 && fine.own_a.size() > 0 && modification(s.c) != 0;
   const double res_in = modified ? original_residual(s) : 0.0;
-  scale_first_guess(solver.scaling, fine.n, fine.u);
-  solve_data(solver.levels, s.c);
-  print_solver_information(solver.levels, s.c);
+  scale_first_guess(solver().scaling, fine.n, fine.u);
+  solve_data(solver().levels, s.c);
+  print_solver_information(solver().levels, s.c);
   {
     const restore_at_exit restore{fine};
-    tier_solve(solver.levels, s.c, s.results);
+    tier_solve(solver().levels, s.c, s.results);
   }
-  last_call.solve_seconds += elapsed_time() - start;
-  last_call.cycles = s.results.ncyc_done;
+  last_call().solve_seconds += elapsed_time() - start;
+  last_call().cycles = s.results.ncyc_done;
   add_time(phase::solve, elapsed_time() - start);
   note_memory();
   print_workcount(s.c, s.results);
@@ -272,8 +272,8 @@ int tier_main(call_arguments& call, run_results& results) {
     return last_warning();
   });
   if (ierr > 0) clean_up("Error_in_tier_main");
-  last_call.total_seconds = elapsed_time() - start;
-  last_call.nflag = ierr;
+  last_call().total_seconds = elapsed_time() - start;
+  last_call().nflag = ierr;
   trace_exit(ierr > 0 ? "leaving tier_main, ierr " : "leaving tier_main (regular exit), ierr ", ierr);
   flush_output();
   return ierr;

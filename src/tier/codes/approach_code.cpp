@@ -56,7 +56,7 @@ void choose_approach(controls& c, int napproach) {
 
 }  // namespace
 
-int approach_or_default(int nsolve) { return nsolve == 0 ? parm::nsolve_default : nsolve; }
+int approach_or_default(int nsolve) { return nsolve == 0 ? parm().nsolve_default : nsolve; }
 
 void read_approach(controls& c, const call_arguments& call) {
   if (c.nsys > 1 && call.ndiu < c.nnu) fail(ierr_bad_matrix, "Array <iu> not properly declared!");

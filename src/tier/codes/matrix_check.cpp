@@ -35,7 +35,7 @@ struct caller_matrix {
 template <class Predicate>
 int first_bad(int lo, int hi, Predicate bad, int rows = 1) {
   std::atomic<int> first{hi + 1};
-  [[maybe_unused]] const int team = team_size(std::int64_t{rows} * (hi - lo + 1), parm::nmin_matrix);
+  [[maybe_unused]] const int team = team_size(std::int64_t{rows} * (hi - lo + 1), parm().nmin_matrix);
 #pragma omp parallel for num_threads(team) schedule(static)
   for (int i = lo; i <= hi; ++i) {
     if (i >= first.load(std::memory_order_relaxed) || !bad(i)) continue;
@@ -142,7 +142,7 @@ void check_points(const call_arguments& call, const controls& c) {
     if (ip[i] != before && ip[i] != before + 1)
       fail(ierr_bad_matrix, "Variables are not point-wise ordered!");
   }
-  if (c.nsys == 1 || !parm::check_allpnts) return;
+  if (c.nsys == 1 || !parm().check_allpnts) return;
   for (int i = 2; i <= c.nnu; ++i) {
     if (ip[i] != ip[i - 1]) continue;
     if (iu[i] == iu[i - 1]) fail(ierr_bad_matrix, "Unknown(s) multiply defined at a point!");

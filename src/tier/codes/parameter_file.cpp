@@ -45,7 +45,7 @@ parameter_reference argument_place(call_arguments& call, std::string_view name, 
     if (end == number.data() + number.size() && i >= 1 && i <= most_iscale)
       return &call.iscale[static_cast<std::size_t>(i)];
   }
-  if (const parameter_entry* p = find_parameter(name)) return p->place;
+  if (const parameter_entry* p = find_parameter(name)) return p->place();
   return static_cast<int*>(nullptr);
 }
 
@@ -126,7 +126,7 @@ void read_line(const std::string& file, int number, std::string_view line, call_
 }  // namespace
 
 std::string input_file_name() {
-  for (const std::string& name : {parm::filnam + ".in", std::string("tier.in")})
+  for (const std::string& name : {parm().filnam + ".in", std::string("tier.in")})
     if (access(name.c_str(), F_OK) == 0) return name;
   return {};
 }
@@ -140,15 +140,15 @@ void read_assignments(const std::string& file, call_arguments& call, bool simple
 }
 
 void read_input_parms(call_arguments& call) {
-  if (!parm::allow_filnam_in || call.file_was_read) return;
-  if (!parm::allow_private_in) {
-    parm::allow_filnam_in = false;
+  if (!parm().allow_filnam_in || call.file_was_read) return;
+  if (!parm().allow_private_in) {
+    parm().allow_filnam_in = false;
     return;
   }
   const std::string file = input_file_name();
   if (file.empty()) return;
   read_assignments(file, call, false);
-  trace(1, "read_input_parms: tier parameters have been changed (" + file + ")", parm::itrace_amgmain);
+  trace(1, "read_input_parms: tier parameters have been changed (" + file + ")", parm().itrace_amgmain);
 }
 
 bool set_control(call_arguments& call, const std::string& name, double value) {

@@ -27,9 +27,9 @@ int signed_level(int code) {
 }
 
 void read_print_codes(controls& c, const call_arguments& call) {
-  c.residual_check = parm::mode_mess >= -1 && (call.iout >= 0 || call.idump >= 0);
+  c.residual_check = parm().mode_mess >= -1 && (call.iout >= 0 || call.idump >= 0);
   for (const auto& [name, code] : {std::pair{"idump", call.idump}, {"iout", call.iout}}) {
-    if (parm::mode_mess >= 0 || code < 0) continue;
+    if (parm().mode_mess >= 0 || code < 0) continue;
     message(std::string(" +++ WARNG: ") + name + ">=0 but mode_mess<0 ! INCONSISTENCY!");
     message("            Change to mode_mess=0 to see all MESSG/WARNG/ERRORs!");
   }
@@ -38,12 +38,12 @@ void read_print_codes(controls& c, const call_arguments& call) {
 }
 
 void read_cycle_options(controls& c) {
-  require_legal(parm::inner_accel >= 1 && parm::inner_accel <= 9, "inner_accel");
-  require_legal(parm::nstar_typ >= 0 && parm::nstar_typ <= 3, "nstar_typ");
-  const int sweeps = parm::ndyn_smo;
+  require_legal(parm().inner_accel >= 1 && parm().inner_accel <= 9, "inner_accel");
+  require_legal(parm().nstar_typ >= 0 && parm().nstar_typ <= 3, "nstar_typ");
+  const int sweeps = parm().ndyn_smo;
   require_legal(sweeps == 0 || sweeps == 10 || sweeps == 11 || sweeps == 20 || sweeps == 21, "ndyn_smo");
-  c.inner_accel = parm::inner_accel;
-  c.nstar_typ = parm::nstar_typ;
+  c.inner_accel = parm().inner_accel;
+  c.nstar_typ = parm().nstar_typ;
   c.ndyn_smo = sweeps;
 }
 
@@ -71,7 +71,7 @@ void read_run_code(controls& c, const call_arguments& call) {
   c.norm_typ = d[5];
   require_legal(c.norm_typ <= 3, "norm_typ");
   const int unit = 10 * d[6] + d[7];
-  c.scratch_unit = unit == 0 ? parm::ioscratch_default : unit;
+  c.scratch_unit = unit == 0 ? parm().ioscratch_default : unit;
   apply_strategy(c);
   if (c.iswit == 2 || c.iswit == 9) not_released("iswit=" + std::to_string(c.iswit));
 }
@@ -86,33 +86,33 @@ void take_threshold(double user, double fallback, double& value) {
 }
 
 void read_user_strategy(controls& c) {
-  take(parm::levelx, c.levelx);
-  take(parm::nptmn, c.nptmn);
-  take(parm::ncg, c.ncg);
-  take(parm::nwt, c.nwt);
-  take(parm::ntr, c.ntr);
-  take(parm::np_opt, c.np_opt);
-  take_threshold(parm::ecg, parm::ecg_default, c.ecg);
-  take_threshold(parm::ewt, parm::ewt_default, c.ewt);
-  take_threshold(parm::etr, parm::etr_default, c.etr);
+  take(parm().levelx, c.levelx);
+  take(parm().nptmn, c.nptmn);
+  take(parm().ncg, c.ncg);
+  take(parm().nwt, c.nwt);
+  take(parm().ntr, c.ntr);
+  take(parm().np_opt, c.np_opt);
+  take_threshold(parm().ecg, parm().ecg_default, c.ecg);
+  take_threshold(parm().ewt, parm().ewt_default, c.ewt);
+  take_threshold(parm().etr, parm().etr_default, c.etr);
   c.coarse_trace = c.levelx < 0;
   c.levelx = std::abs(std::max(c.levelx, -most_integer));
-  if (parm::clsolver_finest != 0) c.levelx = 1;  // its solver works on the finest level
+  if (parm().clsolver_finest != 0) c.levelx = 1;  // its solver works on the finest level
 }
 
 /// A code below 10 is a plain number of passes over C, then F.
 int smoothing_code(int code) {
   code = std::max(code, -most_integer);  // its sign can be changed
-  if (parm::force_accel || code == 0 || std::abs(code) >= 10) return code;
+  if (parm().force_accel || code == 0 || std::abs(code) >= 10) return code;
   return code < 0 ? -(-code * 100 + 31) : code * 100 + 31;
 }
 
 void read_smoothing_codes(controls& c, const call_arguments& call) {
   const int nxtyp = digits_of<9>(approach_or_default(call.nsolve))[2];
-  const bool plain_sweeps = c.levelx == 1 && !parm::force_accel && (nxtyp == 0 || nxtyp == 5);
+  const bool plain_sweeps = c.levelx == 1 && !parm().force_accel && (nxtyp == 0 || nxtyp == 5);
   c.nrd = c.nru = plain_sweeps ? 12 : 131;
-  take(parm::nrd, c.nrd);
-  take(parm::nru, c.nru);
+  take(parm().nrd, c.nrd);
+  take(parm().nru, c.nru);
   c.nrd = smoothing_code(c.nrd);
   c.nru = smoothing_code(c.nru);
 }
@@ -120,7 +120,7 @@ void read_smoothing_codes(controls& c, const call_arguments& call) {
 /// 1 to 11, two digits from 60 stand for their first one, 99 is no solution on the coarsest level.
 void read_coarsest_solver(controls& c) {
   constexpr int sparse_gauss = 7, none = 99;
-  int nrc = is_set(parm::nrc) && parm::nrc != 0 ? parm::nrc : sparse_gauss;
+  int nrc = is_set(parm().nrc) && parm().nrc != 0 ? parm().nrc : sparse_gauss;
   require_legal((nrc >= 1 && nrc <= 11) || (nrc >= 60 && nrc <= none), "nrc");
   if (nrc >= 60 && nrc < none) nrc /= 10;
   c.nrc = nrc;
@@ -133,16 +133,16 @@ double estimate(double given, double fallback, const char* name, bool multilevel
 
 void read_complexities(controls& c, const call_arguments& call) {
   const bool aggressive = digits_of<6>(c.ncg)[2] > 0;
-  const bool multilevel = digits_of<4>(call.ncyc == 0 ? parm::ncyc_default : call.ncyc)[1] <= 4;
+  const bool multilevel = digits_of<4>(call.ncyc == 0 ? parm().ncyc_default : call.ncyc)[1] <= 4;
   const auto choose = [&](double given, double usual, double with_aggressive, const char* name) {
     return estimate(given, aggressive ? with_aggressive : usual, name, multilevel);
   };
-  c.a_cmplx = choose(call.a_cmplx, parm::a_cmplx_default, parm::a_cmplx_agg_default, "a_cmplx");
-  c.g_cmplx = choose(call.g_cmplx, parm::g_cmplx_default, parm::g_cmplx_agg_default, "g_cmplx");
-  c.p_cmplx = choose(call.p_cmplx, parm::p_cmplx_default, parm::p_cmplx_agg_default, "p_cmplx");
-  c.w_avrge = choose(call.w_avrge, parm::w_avrge_default, parm::w_avrge_agg_default, "w_avrge");
-  c.b_cmplx = choose(parm::b_cmplx, parm::b_cmplx_default, parm::b_cmplx_agg_default, "b_cmplx");
-  c.ib_cmplx = choose(parm::ib_cmplx, parm::ib_cmplx_default, parm::ib_cmplx_agg_default, "ib_cmplx");
+  c.a_cmplx = choose(call.a_cmplx, parm().a_cmplx_default, parm().a_cmplx_agg_default, "a_cmplx");
+  c.g_cmplx = choose(call.g_cmplx, parm().g_cmplx_default, parm().g_cmplx_agg_default, "g_cmplx");
+  c.p_cmplx = choose(call.p_cmplx, parm().p_cmplx_default, parm().p_cmplx_agg_default, "p_cmplx");
+  c.w_avrge = choose(call.w_avrge, parm().w_avrge_default, parm().w_avrge_agg_default, "w_avrge");
+  c.b_cmplx = choose(parm().b_cmplx, parm().b_cmplx_default, parm().b_cmplx_agg_default, "b_cmplx");
+  c.ib_cmplx = choose(parm().ib_cmplx, parm().ib_cmplx_default, parm().ib_cmplx_agg_default, "ib_cmplx");
 }
 
 void read_matrix_code(controls& c, const call_arguments& call) {
@@ -157,9 +157,9 @@ void read_matrix_code(controls& c, const call_arguments& call) {
 }
 
 void read_automatic_stop(controls& c) {
-  const auto d = digits_of<9>(parm::iauto_stop);
+  const auto d = digits_of<9>(parm().iauto_stop);
   require_legal(d[1] <= 1, "iauto_stop");
-  c.iauto_stop_level = parm::iauto_stop < 0 ? -d[1] : d[1];
+  c.iauto_stop_level = parm().iauto_stop < 0 ? -d[1] : d[1];
   if (c.iauto_stop_level != 0) {
     c.num_old_res = 10 * d[3] + d[4];
     c.num_old_apps = 10 * d[5] + d[6];
@@ -183,21 +183,21 @@ void read_automatic_stop(controls& c) {
 }
 
 void read_stopping(controls& c) {
-  const auto d = digits_of<4>(parm::icrits);
+  const auto d = digits_of<4>(parm().icrits);
   require_legal((d[1] == 1 || d[1] == 2) && d[2] + d[3] + d[4] > 0, "icrits");
   std::copy_n(d.begin(), c.icrits.size(), c.icrits.begin());
   read_automatic_stop(c);
 
-  const auto accel = digits_of<3>(parm::ntyp_accel);
+  const auto accel = digits_of<3>(parm().ntyp_accel);
   require_legal(accel[1] <= 1 && accel[2] <= 2, "ntyp_accel");
   c.ntyp_cg = accel[1] == 0 || accel[2] == 0 ? 1 : accel[2];
 }
 
 void read_operator_options(controls& c) {
-  require_legal(parm::ntyp_galerkin >= 0 && parm::ntyp_galerkin <= 6, "ntyp_galerkin");
-  c.ntyp_galerkin = parm::ntyp_galerkin != 0 ? parm::ntyp_galerkin : max_threads() > 1 ? 6 : 1;
-  require_legal(parm::prim_norm >= 0 && parm::prim_norm <= 2, "prim_norm");
-  require_legal(parm::gmax_multipass >= 0.0 && parm::gmax_multipass <= 1.0, "gmax_multipass");
+  require_legal(parm().ntyp_galerkin >= 0 && parm().ntyp_galerkin <= 6, "ntyp_galerkin");
+  c.ntyp_galerkin = parm().ntyp_galerkin != 0 ? parm().ntyp_galerkin : max_threads() > 1 ? 6 : 1;
+  require_legal(parm().prim_norm >= 0 && parm().prim_norm <= 2, "prim_norm");
+  require_legal(parm().gmax_multipass >= 0.0 && parm().gmax_multipass <= 1.0, "gmax_multipass");
 }
 
 void check_ranges(const controls& c, const call_arguments& call) {
@@ -214,14 +214,14 @@ void check_ranges(const controls& c, const call_arguments& call) {
   require_legal(c.ecg > 0.0, "ecg");
   require_legal(c.ewt >= 0.0, "ewt");
   require_legal(c.etr >= 0.0, "etr");
-  require_legal(parm::iter_pre >= 0, "iter_pre");
+  require_legal(parm().iter_pre >= 0, "iter_pre");
 }
 
 void read_functions(controls& c, const call_arguments& call) {
   c.nnu = call.nnu;
   c.nna = call.nna;
   c.nsys = call.nsys;
-  c.show_un_res = parm::show_un_res;
+  c.show_un_res = parm().show_un_res;
   if (c.nsys == 1) {
     c.iscale[1] = 2 - c.irow0;
     if (c.show_un_res != 0)
@@ -249,19 +249,19 @@ void read_truncation(controls& c) {
 }
 
 void read_cycle_code(controls& c, const call_arguments& call) {
-  const int code = call.ncyc == 0 ? parm::ncyc_default : call.ncyc;
+  const int code = call.ncyc == 0 ? parm().ncyc_default : call.ncyc;
   const auto d = digits_of<4>(code);
   c.negative_ncyc = code < 0;
   c.igam = d[1];
   require_legal(c.igam >= 1 && c.igam <= 6, "igam");
   require_legal(d[2] <= 4, "ncgrad");
-  c.ncgrad = d[2] == 0 ? parm::ncgrad_default : d[2];
+  c.ncgrad = d[2] == 0 ? parm().ncgrad_default : d[2];
   require_legal(c.ncgrad >= 0 && c.ncgrad <= 4, "ncgrad_default");
   constexpr int largest_digit = 9, largest_dimension = 20;
-  c.nkdim = d[3] == 0 ? parm::nkdim_default : d[3] == largest_digit ? largest_dimension : d[3] + 1;
+  c.nkdim = d[3] == 0 ? parm().nkdim_default : d[3] == largest_digit ? largest_dimension : d[3] + 1;
   require_legal(c.nkdim >= 1, "nkdim_default");
-  c.ncycle = std::max(d[4], parm::ncyc_min);
-  c.iter_pre = parm::iter_pre;
+  c.ncycle = std::max(d[4], parm().ncyc_min);
+  c.iter_pre = parm().iter_pre;
   c.eps = call.eps;
   c.ifirst = call.ifirst;
 }
@@ -272,13 +272,13 @@ void adapt_to_symmetry(controls& c) {
   if (c.isym == 2) {
     if (c.norm_typ == energy_norm) {
       c.norm_typ = 0;
-      parm::ntake_res_in = 0;
+      parm().ntake_res_in = 0;
       info(message_class::note, "Switched to L2-NORM (reason: matrix non-symmetric)!");
     }
-    if (!parm::force_accel && c.ncgrad == cg) c.ncgrad = bicgstab;
-    if (!parm::force_accel && c.ncgrad == flexible_cg) c.ncgrad = gmres;
+    if (!parm().force_accel && c.ncgrad == cg) c.ncgrad = bicgstab;
+    if (!parm().force_accel && c.ncgrad == flexible_cg) c.ncgrad = gmres;
   }
-  if (!parm::force_accel && (c.ncgrad == cg || c.ncgrad == flexible_cg)) {
+  if (!parm().force_accel && (c.ncgrad == cg || c.ncgrad == flexible_cg)) {
     if (c.nrd != 0)
       c.nru = -c.nrd;
     else
@@ -294,27 +294,28 @@ void check_one_level(controls& c) {
 }
 
 void check_further_parameters() {
-  for (const auto& [value, name] : {std::pair{parm::cset_lastpnt, "cset_lastpnt"},
-                                    {parm::cset_lessvars, "cset_lessvars"},
-                                    {parm::cset_longrow, "cset_longrow"},
-                                    {parm::cset_unknown, "cset_unknown"},
-                                    {parm::cset_unknown1, "cset_unknown1"},
-                                    {parm::cset_unknown2, "cset_unknown2"},
-                                    {parm::cset_zerodiag, "cset_zerodiag"}})
+  for (const auto& [value, name] : {std::pair{parm().cset_lastpnt, "cset_lastpnt"},
+                                    {parm().cset_lessvars, "cset_lessvars"},
+                                    {parm().cset_longrow, "cset_longrow"},
+                                    {parm().cset_unknown, "cset_unknown"},
+                                    {parm().cset_unknown1, "cset_unknown1"},
+                                    {parm().cset_unknown2, "cset_unknown2"},
+                                    {parm().cset_zerodiag, "cset_zerodiag"}})
     require_legal(value >= -5 && value <= 2, name);
-  const int order = parm::cl_order;
+  const int order = parm().cl_order;
   require_legal((order >= 0 && order <= 8) || order == 33 || order == 34 || order == 55 || order == 99,
                 "cl_order");
-  require_legal(parm::min_cl_size >= 0, "min_cl_size");
-  require_legal(parm::max_cl_size >= 0, "max_cl_size");
-  require_legal(parm::iordered_omp >= 0, "iordered_omp");
-  if (parm::clsolver_finest > 1) not_released("clsolver_finest>1");
-  if (parm::nblk_solve < 0 || parm::nblk_solve > 2) not_released("nblk_solve: Schwarz blocks");
+  require_legal(parm().min_cl_size >= 0, "min_cl_size");
+  require_legal(parm().max_cl_size >= 0, "max_cl_size");
+  require_legal(parm().iordered_omp >= 0, "iordered_omp");
+  if (parm().clsolver_finest > 1) not_released("clsolver_finest>1");
+  if (parm().nblk_solve < 0 || parm().nblk_solve > 2) not_released("nblk_solve: Schwarz blocks");
 }
 
 void check_reals() {
   for (const parameter_entry& p : parameter_list())
-    if (double* const* value = std::get_if<double*>(&p.place)) require_legal(std::isfinite(**value), p.name);
+    if (const auto* real = std::get_if<double parameters::*>(&p.member))
+      require_legal(std::isfinite(parm().**real), p.name);
 }
 
 }  // namespace

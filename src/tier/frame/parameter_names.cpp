@@ -48,13 +48,12 @@ struct kind<std::string> {
 template <class T>
 T& place_of(std::string_view name, const char* routine, int* width = nullptr) {
   const tier::parameter_entry* p = tier::find_parameter(name);
-  T* const* place = p ? std::get_if<T*>(&p->place) : nullptr;
-  if (!place)
+  if (!p || !std::holds_alternative<T tier::parameters::*>(p->member))
     terminate("Unknown " + std::string(kind<T>::words) + " parameter <" + std::string(name) + "> (" +
                   routine + ")!",
               "tier_set:terminated!");
   if (width) *width = p->width;
-  return **place;
+  return *std::get<T*>(p->place());
 }
 
 void store_text(std::string& place, int width, std::string_view text) {
@@ -113,36 +112,38 @@ void TIER_SETANY(const char* name, const int* length, const int* type, const int
                  const int* logical, const char* text, const int* text_length) {
   const std::string_view key = text_of(name, length);
   const tier::parameter_entry& p = any_of(key, "setany");
-  if (int* const* i = std::get_if<int*>(&p.place)) {
+  const tier::parameter_reference place = p.place();
+  if (int* const* i = std::get_if<int*>(&place)) {
     require(*type == type_integer, key);
     **i = *integer;
-  } else if (double* const* d = std::get_if<double*>(&p.place)) {
+  } else if (double* const* d = std::get_if<double*>(&place)) {
     require(*type >= type_real, key);
     **d = *real;
-  } else if (bool* const* b = std::get_if<bool*>(&p.place)) {
+  } else if (bool* const* b = std::get_if<bool*>(&place)) {
     require(*type == type_logical, key);
     **b = *logical != 0;
   } else {
     require(*type == type_text, key);
-    store_text(*std::get<std::string*>(p.place), p.width, text_of(text, text_length));
+    store_text(*std::get<std::string*>(place), p.width, text_of(text, text_length));
   }
 }
 
 void TIER_GETANY(const char* name, const int* length, int* type, int* integer, double* real, int* logical,
                  char* text, const int* text_length) {
   const tier::parameter_entry& p = any_of(text_of(name, length), "getany");
-  if (int* const* i = std::get_if<int*>(&p.place)) {
+  const tier::parameter_reference place = p.place();
+  if (int* const* i = std::get_if<int*>(&place)) {
     *type = type_integer;
     *integer = **i;
-  } else if (double* const* d = std::get_if<double*>(&p.place)) {
+  } else if (double* const* d = std::get_if<double*>(&place)) {
     *type = type_real;
     *real = **d;
-  } else if (bool* const* b = std::get_if<bool*>(&p.place)) {
+  } else if (bool* const* b = std::get_if<bool*>(&place)) {
     *type = type_logical;
     *logical = as_callers(**b);
   } else {
     *type = type_text;
-    fetch_text(*std::get<std::string*>(p.place), text, *text_length);
+    fetch_text(*std::get<std::string*>(place), text, *text_length);
   }
 }
 

@@ -59,23 +59,23 @@ void TIER(const int* nnu, const int* nna, const int* nsys, const int* ia, int* j
 void TIER_LEAVE(int* ierr) {
   *ierr = 0;
   tier::clean_up("tier_leave_was_called");
-  const int unit = tier::parm::logio;
-  const std::string file = tier::parm::logfile;
+  const int unit = tier::parm().logio;
+  const std::string file = tier::parm().logfile;
   tier::reset_parameters();
   tier::reset_controls_of_simple();
-  tier::omega_jacobi_vec = {};
-  tier::parm::logio = unit;
-  tier::parm::logfile = file;
-  tier::parm::refresh_called = true;
-  tier::solver.calls = 0;
-  tier::solver.set_up_since_start = false;
-  tier::solver.nrc_asked = tier::solver.nrc_used = 0;
+  tier::omega_jacobi_vec() = {};
+  tier::parm().logio = unit;
+  tier::parm().logfile = file;
+  tier::parm().refresh_called = true;
+  tier::solver().calls = 0;
+  tier::solver().set_up_since_start = false;
+  tier::solver().nrc_asked = tier::solver().nrc_used = 0;
 }
 
 void TIER_REFRESH(int* ierr) {
   *ierr = 0;
   tier::partial_clean_up("tier_refresh_was_called");
-  tier::parm::refresh_called = true;
+  tier::parm().refresh_called = true;
 }
 
 void TIER_CLEANUP(int* ierr) {

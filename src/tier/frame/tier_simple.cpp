@@ -19,7 +19,8 @@ namespace tier {
 
 namespace {
 
-std::map<std::string, double> set_controls;  // what is in it was set
+using control_values = std::map<std::string, double>;
+const per_context<control_values> set_controls;  // what is in it was set
 
 call_arguments codes_without_file() {
   call_arguments call;
@@ -31,7 +32,7 @@ call_arguments codes_without_file() {
 }
 
 int read_codes(call_arguments& call) {
-  for (const auto& [name, value] : set_controls) set_control(call, name, value);
+  for (const auto& [name, value] : set_controls()) set_control(call, name, value);
   const std::string file = input_file_name();
   if (file.empty()) return 0;
   call.file_was_read = true;
@@ -76,15 +77,15 @@ int emergency_run(call_arguments call, run_results& results) {
   message("... first guess u reset to zero ...");
   constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000,
                 no_coarse_solution = 99;
-  const replaced levelx(parm::levelx, parm::levelx_2nd), nrd(parm::nrd, parm::nrd_2nd),
-      nru(parm::nru, parm::nru_2nd), nrc(parm::nrc, no_coarse_solution), fill(parm::lfil_smo, parm::lfil_2nd),
-      finest(parm::clsolver_finest, 0), modify(parm::modify_mat, 0);
-  const replaced drop(parm::droptol_smo, parm::droptol_2nd);
-  const replaced force(parm::force_accel, parm::force_accel_2nd);
+  const replaced levelx(parm().levelx, parm().levelx_2nd), nrd(parm().nrd, parm().nrd_2nd),
+      nru(parm().nru, parm().nru_2nd), nrc(parm().nrc, no_coarse_solution), fill(parm().lfil_smo, parm().lfil_2nd),
+      finest(parm().clsolver_finest, 0), modify(parm().modify_mat, 0);
+  const replaced drop(parm().droptol_smo, parm().droptol_2nd);
+  const replaced force(parm().force_accel, parm().force_accel_2nd);
   const auto d = digits_of<4>(call.matrix);
   if (call.matrix > 0) call.matrix = 10 * d[1] + d[2];  // no transformation
-  call.ncyc = with_second_digit(parm::ncyc_2nd, bicgstab);
-  call.nsolve = with_second_digit(parm::nsolve_2nd, ilut);
+  call.ncyc = with_second_digit(parm().ncyc_2nd, bicgstab);
+  call.nsolve = with_second_digit(parm().nsolve_2nd, ilut);
   call.ifirst = zero_guess;
   if (digits_of<8>(call.iswtch)[1] != set_up_once) call.iswtch = set_up_once * largest_power + 1000000;
   return tier_main(call, results);
@@ -92,7 +93,7 @@ int emergency_run(call_arguments call, run_results& results) {
 
 }  // namespace
 
-void reset_controls_of_simple() { set_controls.clear(); }
+void reset_controls_of_simple() { set_controls().clear(); }
 
 }  // namespace tier
 
@@ -101,7 +102,7 @@ void TIER_SETCONTROL(const char* name, const int* length, const double* value) {
   tier::call_arguments trial;
   if (!tier::set_control(trial, key, *value))
     tier::emergency_stop("Unknown or not settable parameter " + key);
-  tier::set_controls[key] = *value;
+  tier::set_controls()[key] = *value;
 }
 
 void TIER_SIMPLE(const int* nnu, const int* nna, const int* nsys, const int* ia, int* ja, double* a,
@@ -129,7 +130,7 @@ void TIER_SIMPLE(const int* nnu, const int* nna, const int* nsys, const int* ia,
     tier::info(tier::message_class::warning,
                "Nothing to do since iswtch=0: set it in the input file (tier_simple)");
   if (*ierr == 0) *ierr = tier::tier_main(call, results);
-  if (tier::parm::nsimple_emergency != 0 && !tier::was_successful(*ierr))
+  if (tier::parm().nsimple_emergency != 0 && !tier::was_successful(*ierr))
     *ierr = tier::emergency_run(call, results);
   *res_in = results.res_in;
   *res_out = results.res_out;

@@ -62,7 +62,7 @@ void write_states(const std::string& name, const level& l) {
 void dump_hierarchy(const hierarchy& h) {
   for (int k = 1; k <= h.levels_created; ++k) {
     const level& l = h(k);
-    const std::string base = parm::filnam_dump + std::to_string(k);
+    const std::string base = parm().filnam_dump + std::to_string(k);
     write_matrix(base + ".matrix.mtx", l.n, l.n, l.ia, l.ja, l.a);
     if (k == h.levels_created) continue;
     write_matrix(base + ".interp.mtx", l.n, h(k + 1).n, l.iw, l.jw, l.w);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int jacobi_step = 7, no_coarse_solution = 99;
 
-std::string milu_weight() { return formatted("MILU(0,%g)", parm::delta_milu); }
+std::string milu_weight() { return formatted("MILU(0,%g)", parm().delta_milu); }
 
 void print_sweeps(const char* side, int code) {
   const sweep_code sweeps = decode_sweeps(code);
@@ -60,7 +60,7 @@ void print_acceleration(const controls& c) {
                                             : "Flexible CG";
   if (c.ncgrad <= bicgstab)
     print_line("Acceleration: %s[%d] (Restart - %d) with %d pre-steps", name, c.inner_accel,
-               parm::maxop_restart, c.iter_pre);
+               parm().maxop_restart, c.iter_pre);
   else
     print_line("Acceleration: %s[%d] (Krylov dim=%d) with %d pre-steps", name, c.inner_accel, c.nkdim,
                c.iter_pre);
@@ -75,20 +75,20 @@ void print_smoother(const controls& c) {
                            : "Smoothing:  Gauss-Seidel, unknown-wise");
       break;
     case 1:
-      message("Smoothing:  " + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
+      message("Smoothing:  " + (parm().milu != 0 ? milu_weight() : "ILU(0)"));
       break;
     case 2:
-      print_line("Smoothing:  ILUT(%d,%g)", parm::lfil_smo, parm::droptol_smo);
+      print_line("Smoothing:  ILUT(%d,%g)", parm().lfil_smo, parm().droptol_smo);
       break;
     case 3:
-      print_line("Smoothing:  %s(%d,%g)", parm::milu != 0 ? "MILUTP" : "ILUTP", parm::lfil_smo,
-                 parm::droptol_smo);
+      print_line("Smoothing:  %s(%d,%g)", parm().milu != 0 ? "MILUTP" : "ILUTP", parm().lfil_smo,
+                 parm().droptol_smo);
       break;
     case 5:
-      print_line("Smoothing:  Gauss-Seidel, block-wise, pivoting(%d)", parm::ibgs_pivot);
+      print_line("Smoothing:  Gauss-Seidel, block-wise, pivoting(%d)", parm().ibgs_pivot);
       break;
     case 6:
-      message("Smoothing:  Block-" + (parm::milu != 0 ? milu_weight() : "ILU(0)"));
+      message("Smoothing:  Block-" + (parm().milu != 0 ? milu_weight() : "ILU(0)"));
       break;
     default:
       break;
@@ -98,19 +98,19 @@ void print_smoother(const controls& c) {
 void print_coarsest_choice(const controls& c, const level* coarsest) {
   if (c.nrc == no_coarse_solution) return message("Coarse level: no solution");
   if (c.nrc <= 5)
-    print_line("Coarse level: Iterative solution (max:%d, stop: %g) by", parm::itmax_conv, parm::conv_stop);
+    print_line("Coarse level: Iterative solution (max:%d, stop: %g) by", parm().itmax_conv, parm().conv_stop);
   else if (c.nrc != 9)
     message("Coarse level: Direct solution by");
   switch (c.nrc) {
     case 1:
-      print_line("              Plain smoothing steps  (iter_check =%d)", parm::iter_check);
+      print_line("              Plain smoothing steps  (iter_check =%d)", parm().iter_check);
       break;
     case 2:
-      message("              " + (parm::milu != 0 ? milu_weight() : "ILU(0)") + " preconditioned CG");
+      message("              " + (parm().milu != 0 ? milu_weight() : "ILU(0)") + " preconditioned CG");
       break;
     case 3:
       print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB",
-                 coarsest ? coarse_fill_limit(*coarsest) : parm::lfil_cl, parm::droptol_cl);
+                 coarsest ? coarse_fill_limit(*coarsest) : parm().lfil_cl, parm().droptol_cl);
       break;
     case 4:
       message("              Diagonally preconditioned CG");
@@ -120,7 +120,7 @@ void print_coarsest_choice(const controls& c, const level* coarsest) {
       break;
     case 6:
       print_line("              Full Gauss elimination (%s pivoting)",
-                 parm::full_pivoting ? "full" : "partial");
+                 parm().full_pivoting ? "full" : "partial");
       break;
     case 7:
       message("              Sparse Gauss elimination");

@@ -16,9 +16,9 @@ namespace tier {
 namespace {
 
 void print_reduction(const run_results& r) {
-  const bool later = r.res0 > 0.0 && parm::ncyc_start < r.ncyc_done;
+  const bool later = r.res0 > 0.0 && parm().ncyc_start < r.ncyc_done;
   const double reference = later ? r.res0 : r.res_in;
-  const int skipped = later ? parm::ncyc_start : 0;
+  const int skipped = later ? parm().ncyc_start : 0;
   if (r.ncyc_done <= skipped || !(reference > 0.0)) return;
   const double average = std::pow(r.res_out / reference, 1.0 / (r.ncyc_done - skipped));
   if (skipped > 0)
@@ -28,7 +28,7 @@ void print_reduction(const run_results& r) {
 }
 
 void print_times(const run_results& r) {
-  const call_figures& f = last_call;
+  const call_figures& f = last_call();
   print_line("amg setup time: %12.4f sec  (incl. overhead: %.4f)", f.setup_seconds, f.setup_seconds);
   print_line("time per cycle: %12.4f sec  (incl. overhead: %.4f)", f.seconds_per_cycle(),
              f.seconds_per_cycle());
@@ -45,7 +45,7 @@ void print_times(const run_results& r) {
 }
 
 void print_memory(const controls& c) {
-  const call_figures& f = last_call;
+  const call_figures& f = last_call();
   const double estimated = megabytes_of_reals((c.a_cmplx + c.w_avrge) * c.nna + c.g_cmplx * 2.0 * c.nnu) +
                            megabytes_of_integers((c.a_cmplx + c.w_avrge) * c.nna + c.g_cmplx * 4.0 * c.nnu);
   const double used = f.integer_megabytes + f.real_megabytes;

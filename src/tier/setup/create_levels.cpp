@@ -74,7 +74,7 @@ coarsening coarsen(setup_state& t, int k, bool aggressive) {
 
 /// Statistics of a new level, where the first digit of mode_debug asks for them.
 void print_matrix(const setup_state& t, int k) {
-  if (!t.reports() || parm::mode_debug == 0) return;
+  if (!t.reports() || parm().mode_debug == 0) return;
   const level& lv = t.h(k);
   int shortest = lv.entries(), longest = 0;
   for (int i = 1; i <= lv.n; ++i) {
@@ -97,7 +97,7 @@ void make_next_level(setup_state& t, int k) {
 
 /// Returns the number of levels.
 int level_loop(setup_state& t) {
-  const int wanted = std::min({std::abs(t.c.levelx), parm::max_level, max_levels});
+  const int wanted = std::min({std::abs(t.c.levelx), parm().max_level, max_levels});
   int k = 1;
   for (; k < wanted; ++k) {
     t.warn_slow = t.reports();

@@ -21,7 +21,7 @@ interpolation_options options_of(const setup_state& t) {
   o.ntr1 = t.c.ntr1;
   o.ewt2 = t.s.ewt2;
   o.nprim = t.effective_nprim();
-  o.unit_row_sum = parm::nint_rowsum1 == 1;
+  o.unit_row_sum = parm().nint_rowsum1 == 1;
   if (o.nwtint == 3 && o.ewt2 == 0.0) {
     if (t.reports()) message("Extended interpolation de-activated (etw2 not set)!");
     o.nwtint = 2;
@@ -83,7 +83,7 @@ void interpolate_blocks(setup_state& t, int k) {
   block_options o;
   o.nwtint = t.s.nwtint;
   o.nprim = t.c.nprim;
-  o.norm = parm::prim_norm;
+  o.norm = parm().prim_norm;
   o.etr = t.c.ntr1 >= 1 ? t.s.etr1 : 0.0;
   o.use_primary_matrix = t.uses_primary_matrix();
   int& turned = t.record.at[static_cast<std::size_t>(k)].turned_c;

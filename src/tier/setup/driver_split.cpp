@@ -22,20 +22,20 @@ constexpr int direct_interpolation = 1;
 /// Direct interpolation suffers where blocks of rows meet, by up to two thirds more steps, which costs more
 /// than a split in threads saves.
 bool pcol_in_threads(int k, int nwtint) {
-  if (parm::icolor_omp < 1 || k > last_threaded_level) return false;
-  return parm::icolor_omp >= 5 || (max_threads() > 1 && nwtint != direct_interpolation);
+  if (parm().icolor_omp < 1 || k > last_threaded_level) return false;
+  return parm().icolor_omp >= 5 || (max_threads() > 1 && nwtint != direct_interpolation);
 }
 
 bool reduce_in_threads(int k) {
   if (k > last_threaded_level) return false;
-  return parm::icolor_omp >= 5 || (parm::icolor_omp == 2 && max_threads() > 1);
+  return parm().icolor_omp >= 5 || (parm().icolor_omp == 2 && max_threads() > 1);
 }
 
 void run_pcol(const setup_state& t, int k, const couplings& m, int nprim, view<int> state, split_counts& n) {
   const timed time(phase::split);
   pcol_options o;
   o.nxf_clean = t.s.nxf_clean;
-  o.iset_vio_dd = parm::iset_vio_dd;
+  o.iset_vio_dd = parm().iset_vio_dd;
   o.nprim = nprim;
   o.threads = pcol_in_threads(k, t.s.nwtint);
   n = pcol(m, o, state);
@@ -99,7 +99,7 @@ coarsening split_points(setup_state& t, int k, bool aggressive) {
     return coarsening::stops;
   const double expected = n.c * variables_per_point(lv);
   if (test_size_and_ratio(t, k, expected, "(split_1)") == coarsening::stops) return coarsening::stops;
-  collect_i(lv, parm::vio_dd != 0);
+  collect_i(lv, parm().vio_dd != 0);
   recount(lv, n);
   if (t.reports()) message("collect_i:     A-gratio= " + std::to_string(n.ratio));
   if (!t.split_matrix) return coarsening::goes_on;
@@ -114,7 +114,7 @@ coarsening split_variables(setup_state& t, int k, bool aggressive) {
   double c_variables = n.c;
   if (t.by_points()) {
     if (t.c.nint_force == 2) c_variables *= variables_per_point(lv);
-    collect(lv, t.c.nprim, parm::vio_dd != 0);
+    collect(lv, t.c.nprim, parm().vio_dd != 0);
     recount(lv, n);
     if (t.c.nint_force != 2) c_variables = n.c;
   }

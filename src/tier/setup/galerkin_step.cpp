@@ -16,7 +16,7 @@ namespace {
 
 /// With a structure that re-starts share, the pattern must not depend on values.
 bool keeps_zeros(const controls& c) {
-  return parm::glk_mult_zeros || (parm::struct_ident && (c.iswit == 3 || c.iswit == 4));
+  return parm().glk_mult_zeros || (parm().struct_ident && (c.iswit == 3 || c.iswit == 4));
 }
 
 opdfn_variant variant_of(const controls& c) {
@@ -28,16 +28,16 @@ opdfn_variant variant_of(const controls& c) {
 /// Ends the call when repairing is hopeless.
 void check_repair(int attempt, int nneg, int earlier) {
   const std::string count = std::to_string(nneg);
-  if (nneg > 2 * parm::neg_diag)
+  if (nneg > 2 * parm().neg_diag)
     fail(ierr_setup_internal, "Maximum number of allowed exceptions exceeded (opdfn) : " + count + " > " +
-                                  std::to_string(2 * parm::neg_diag));
-  if (attempt > 1 && nneg > parm::neg_diag && nneg > earlier)
+                                  std::to_string(2 * parm().neg_diag));
+  if (attempt > 1 && nneg > parm().neg_diag && nneg > earlier)
     fail(ierr_setup_internal,
          "still " + count + " negative diagonals with second attempt: increasing current value of neg_diag=" +
-             std::to_string(parm::neg_diag) + " might help (opdfn)");
-  if (attempt > 2 * parm::maxop_restart)
+             std::to_string(parm().neg_diag) + " might help (opdfn)");
+  if (attempt > 2 * parm().maxop_restart)
     fail(ierr_setup_internal,
-         "Maximum number of allowed re-starts exceeded (opdfn) : " + std::to_string(2 * parm::maxop_restart) +
+         "Maximum number of allowed re-starts exceeded (opdfn) : " + std::to_string(2 * parm().maxop_restart) +
              ", non-positive diagonals: " + count);
 }
 
@@ -46,17 +46,17 @@ void repair(level& fine, int coarse_variables, int attempt, view<const int> bad)
   const auto begin = [](const char* starting, const char* again, int count) {
     info(message_class::note, count == 1 ? starting : again + std::to_string(count - 1));
   };
-  if (attempt <= parm::maxop_restart) {
+  if (attempt <= parm().maxop_restart) {
     begin("correct_f:     starting   ", "correct_f:     re-start # ", attempt);
     correct_f(fine, coarse_variables, bad);
     return;
   }
-  if (attempt == parm::maxop_restart + 1) {
+  if (attempt == parm().maxop_restart + 1) {
     info(message_class::note, "               Too many restarts with faster method");
     info(message_class::note, "               --> switching to method tier_correct_w,");
     info(message_class::note, "                   but only scaling of already changed weights possible!");
   }
-  begin("correct_w: starting ...", "correct_w:     re-start # ", attempt - parm::maxop_restart);
+  begin("correct_w: starting ...", "correct_w:     re-start # ", attempt - parm().maxop_restart);
   correct_w(fine, coarse_variables, bad);
   info(message_class::note, "correct_w: ... done");
 }

@@ -69,7 +69,7 @@ class block_row {
 
   /// Replaces strong F points by their block rows of A.
   void eliminate_strong() {
-    if (parm::allow_elim != 1)
+    if (parm().allow_elim != 1)
       fail(ierr_interpolation, std::string("eelim=.true. but allow_elim.ne.1 in (") + routine_ + ")");
     std::vector<int> strong;
     for_strong_points(point_, [&](int j) {

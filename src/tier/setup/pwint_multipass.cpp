@@ -103,13 +103,13 @@ double coarse_share(const level& lv) {
 }  // namespace
 
 multipass_counts pwint2_aa(level& lv, const interpolation_options& o, bool own_unknown, bool by_points) {
-  const int most_attempts = parm::numtry_max_set > 0 ? parm::numtry_max_set : default_attempts;
+  const int most_attempts = parm().numtry_max_set > 0 ? parm().numtry_max_set : default_attempts;
   multipass_counts n;
   for (;;) {
     ++n.attempts;
     const int waiting = run_passes(lv, o, own_unknown, by_points, n.passes);
     if (waiting == 0) return n;
-    const bool become_c = coarse_share(lv) + static_cast<double>(waiting) / lv.n <= parm::gmax_multipass;
+    const bool become_c = coarse_share(lv) + static_cast<double>(waiting) / lv.n <= parm().gmax_multipass;
     const int turned = turn_waiting(lv, o, by_points, become_c ? state_c : state_ff);
     (become_c ? n.turned_c : n.turned_ff) += turned;
     info(message_class::note, "pwint_aa(4):   attempt #" + std::to_string(n.attempts) +

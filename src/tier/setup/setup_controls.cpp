@@ -68,9 +68,9 @@ threshold_pair decode_thresholds(double value, double fallback) {
 
 setup_controls decode_setup(const controls& c) {
   setup_controls s;
-  const threshold_pair cg = decode_thresholds(c.ecg, parm::ecg_default);
-  const threshold_pair wt = decode_thresholds(c.ewt, parm::ewt_default);
-  const threshold_pair tr = decode_thresholds(c.etr, parm::etr_default);
+  const threshold_pair cg = decode_thresholds(c.ecg, parm().ecg_default);
+  const threshold_pair wt = decode_thresholds(c.ewt, parm().ewt_default);
+  const threshold_pair tr = decode_thresholds(c.etr, parm().etr_default);
   require(cg.first < 1.0, "ecg1");
   require(cg.second < 1.0, "ecg2");
   require(wt.first == 0.0 || wt.first > 1.0, "ewt1");

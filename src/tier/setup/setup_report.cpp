@@ -100,7 +100,7 @@ void crsng_data(const controls& c) {
   report_approach(c);
   report_weights(c.nint_weights);
   report_galerkin(c);
-  if (parm::nint_rowsum1 != 0) message("Interpolation: nint_rowsum1 = " + std::to_string(parm::nint_rowsum1));
+  if (parm().nint_rowsum1 != 0) message("Interpolation: nint_rowsum1 = " + std::to_string(parm().nint_rowsum1));
   if (s.reduce_steps > 1) message("Number of reduce steps: " + std::to_string(s.reduce_steps));
 }
 

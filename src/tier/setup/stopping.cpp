@@ -29,13 +29,13 @@ coarsening stop_coarsening(setup_state& t, const std::string& reason) {
 }
 
 void apply_emergency_rule(controls& c, int variables) {
-  if (variables > parm::nptmax && c.nrc >= 6 && c.nrc <= 11) c.nrc = parm::nrc_emergency;
+  if (variables > parm().nptmax && c.nrc >= 6 && c.nrc <= 11) c.nrc = parm().nrc_emergency;
 }
 
 coarsening test_size(setup_state& t, const level& lv) {
   if (lv.n <= t.c.nptmn) return stop_coarsening(t, "low # variables");
   const double n = lv.n;
-  if (lv.entries() / (n * n) >= parm::densx && lv.n <= parm::nptmax)
+  if (lv.entries() / (n * n) >= parm().densx && lv.n <= parm().nptmax)
     return stop_coarsening(t, "high density");
   return coarsening::goes_on;
 }
@@ -53,7 +53,7 @@ coarsening test_split(setup_state& t, const level& lv, const split_counts& n) {
 }
 
 coarsening test_coarse_size(setup_state& t, const level& lv, double c_variables) {
-  if (c_variables > t.c.nptmn || lv.n > parm::nptmax) return coarsening::goes_on;
+  if (c_variables > t.c.nptmn || lv.n > parm().nptmax) return coarsening::goes_on;
   return stop_after_split(t, lv, "low # C-variables");
 }
 
@@ -61,14 +61,14 @@ coarsening test_ratio(setup_state& t, int k, double ratio, const char* label) {
   const auto report = [&t](const std::string& text) {
     if (t.reports()) message(text);
   };
-  if (parm::lev_coarsening_too_slow > 0 && parm::lev_coarsening_too_slow == k) {
+  if (parm().lev_coarsening_too_slow > 0 && parm().lev_coarsening_too_slow == k) {
     report(std::string("coarsening too slow enforced! ") + label);
     t.record.stop = "too slow, enforced";
     apply_emergency_rule(t.c, t.h(k - 1).n);
     return coarsening::stops;
   }
-  if (ratio < parm::slow_coarsening) return coarsening::goes_on;
-  if (ratio >= parm::term_coarsening) {
+  if (ratio < parm().slow_coarsening) return coarsening::goes_on;
+  if (ratio >= parm().term_coarsening) {
     warn(warn_slow_coarsening, std::string("Coarsening terminated: inefficient grid reduction! ") + label);
     t.record.stop = "inefficient grid reduction";
     apply_emergency_rule(t.c, t.h(k - 1).n);

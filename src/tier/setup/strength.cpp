@@ -25,7 +25,7 @@ strength_options options_of(const setup_state& t, int nprim) {
   o.ecg2 = t.s.ecg2;
   o.ewt1 = t.s.ewt1;
   o.ewt2 = t.s.ewt2;
-  o.eps = std::max(parm::eps_dd, t.s.ecg1);
+  o.eps = std::max(parm().eps_dd, t.s.ecg1);
   o.nprim = nprim;
   o.report = t.reports();
   return o;
@@ -43,15 +43,15 @@ coarsening test_couplings(setup_state& t, const level& lv, const strength_counts
   if (!n.all_dominated && n.strong > 0) return coarsening::goes_on;
   apply_emergency_rule(t.c, lv.n);
   if (!n.all_dominated) return stop_coarsening(t, "no strong connections");
-  return stop_coarsening(t, formatted("diagonal dominance, eps=%.3g", std::max(parm::eps_dd, t.s.ecg1)));
+  return stop_coarsening(t, formatted("diagonal dominance, eps=%.3g", std::max(parm().eps_dd, t.s.ecg1)));
 }
 
 primary_options primary_options_of(const controls& c) {
   primary_options o;
   o.nprim = c.nprim;
-  o.norm = parm::prim_norm;
+  o.norm = parm().prim_norm;
   o.sum_diagonal = c.internal == 3;
-  if (parm::ntr_prim != 0) o.truncation = std::pow(10.0, -std::abs(parm::ntr_prim));
+  if (parm().ntr_prim != 0) o.truncation = std::pow(10.0, -std::abs(parm().ntr_prim));
   return o;
 }
 
@@ -107,7 +107,7 @@ coarsening find_strong_couplings(setup_state& t, int k) {
   }
   n = sort_rows(t, primary_couplings(lv), 0);
   if (test_couplings(t, lv, n) == coarsening::stops) return coarsening::stops;
-  t.split_matrix = t.c.nint_force != 3 || parm::vio_dd != 0;
+  t.split_matrix = t.c.nint_force != 3 || parm().vio_dd != 0;
   if (t.split_matrix) sort_rows(t, couplings_of(lv, true), t.effective_nprim());
   return coarsening::goes_on;
 }

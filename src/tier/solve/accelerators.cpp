@@ -28,7 +28,7 @@ double real_residual(accelerated_run& run, view<double> r) {
 
 void end_step(accelerated_run& run, double res, double& previous) {
   const int step = ++run.results.ncyc_done;
-  if (step == parm::ncyc_start) run.results.res0 = res;
+  if (step == parm().ncyc_start) run.results.res0 = res;
   print_residual_line(run.s.c, step, res, previous);
   current_residual(step, res);
   run.rules.store_residual(res);

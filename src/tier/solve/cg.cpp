@@ -29,7 +29,7 @@ class breakdowns {
     if (product > 0.0) return true;
     const std::string where = std::string(" on level 1 (") + routine_ + ")";
     warn(warn_cg_restart, std::string(product < 0.0 ? "Negative (" : "Zero (") + name + ")" + where + "!");
-    if (++count_ > parm::maxop_restart)
+    if (++count_ > parm().maxop_restart)
       fail(ierr_cg_breakdown,
            "Breakdown of CG" + where +
                ": too many restarts: Given matrix is not positive definite (numerically)!");

@@ -79,32 +79,32 @@ std::unique_ptr<sparse_gauss> factorise_sparse(const level& l, const work_array<
   spg->analyse(l.n, l.ia, l.ja);
   std::int64_t licn = spg->estimated_l(), lirn = spg->estimated_u();
   const auto sizes = [&] { return std::to_string(licn) + " " + std::to_string(lirn); };
-  trace(1, "cgsolve: orig estim      : licn=lirn " + sizes(), parm::itrace_clsol);
+  trace(1, "cgsolve: orig estim      : licn=lirn " + sizes(), parm().itrace_clsol);
   licn = std::min(licn, largest_store);
   lirn = std::min(lirn, largest_store);
-  trace(1, "cgsolve: initial attempt : licn=lirn " + sizes(), parm::itrace_clsol);
+  trace(1, "cgsolve: initial attempt : licn=lirn " + sizes(), parm().itrace_clsol);
   for (int attempt = 2;; ++attempt) {
-    const int outcome = spg->factorise(l.ia, l.ja, l.a, pinned, parm::stability, licn, lirn);
+    const int outcome = spg->factorise(l.ia, l.ja, l.a, pinned, parm().stability, licn, lirn);
     if (outcome == sparse_gauss::done) return spg;
     if (outcome != sparse_gauss::out_of_l && outcome != sparse_gauss::out_of_u) sparse_gauss_failed();
     info(message_class::note, "Decomposition - new attempt (sparse Gauss)");
     licn = raised(licn, outcome == sparse_gauss::out_of_l ? spg->needed() : 0);
     lirn = raised(lirn, outcome == sparse_gauss::out_of_u ? spg->needed() : 0);
-    trace(1, attempt_words(attempt, licn, lirn), parm::itrace_clsol);
+    trace(1, attempt_words(attempt, licn, lirn), parm().itrace_clsol);
   }
 }
 
 dense_method dense_kind(int nrc) {
   if (nrc == least_squares) return dense_method::least_squares;
-  if (nrc == full_gauss && parm::full_pivoting) return dense_method::full_pivoting;
+  if (nrc == full_gauss && parm().full_pivoting) return dense_method::full_pivoting;
   return dense_method::partial_pivoting;
 }
 
 }  // namespace
 
 coarse_decomposition& coarse_factors() {
-  static coarse_decomposition kept;
-  return kept;
+  static const per_context<coarse_decomposition> kept;
+  return kept();
 }
 
 bool solve_trivial(cycle_state& s, level& l) {
@@ -118,7 +118,7 @@ bool solve_trivial(cycle_state& s, level& l) {
     l.u[1] = 0.0;
     l.u[2] = l.f[2] / l.a[l.ia[2]];
   }
-  trace(1, "cgsolve: done after solve_trivial", parm::itrace_clsol);
+  trace(1, "cgsolve: done after solve_trivial", parm().itrace_clsol);
   return true;
 }
 

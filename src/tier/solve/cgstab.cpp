@@ -39,7 +39,7 @@ class cgstab_run {
       if (end == outcome::done) return;
       if (end == outcome::refresh) begin();
       if (end == outcome::breakdown || end == outcome::singular) {
-        if (++restarts_ > parm::maxop_restart) return give_up(first, end);
+        if (++restarts_ > parm().maxop_restart) return give_up(first, end);
         restart();
       }
     }
@@ -75,7 +75,7 @@ class cgstab_run {
     add_scaled(n_, -alpha_, v_, r_);
 
     const double half = vector_norm(n_, r_, run_.s.c.norm_typ, routine);
-    if (run_.rules.reached(half) && run_.results.ncyc_done + 1 >= parm::ncyc_min) {
+    if (run_.rules.reached(half) && run_.results.ncyc_done + 1 >= parm().ncyc_min) {
       const outcome end = judge(half);
       return end == outcome::go_on ? outcome::refresh : end;  // half a step has no omega to go on with
     }

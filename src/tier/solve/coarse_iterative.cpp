@@ -29,7 +29,7 @@ sweep_code four_full_steps() {
 }
 
 void trace_residual(const char* method, double residual, int iterations) {
-  trace(1, formatted("%sresidual= %.5e, iter=%d", method, residual, iterations), parm::itrace_clsol);
+  trace(1, formatted("%sresidual= %.5e, iter=%d", method, residual, iterations), parm().itrace_clsol);
 }
 
 /// z <- M^-1 v by incomplete factors or the diagonal.
@@ -59,13 +59,13 @@ class coarse_cg {
     const double first = norm();
     bool fresh = true;
     int restarts = 0;
-    for (int it = 1; it <= parm::itmax_conv && norm() > parm::conv_stop * first; ++it) {
+    for (int it = 1; it <= parm().itmax_conv && norm() > parm().conv_stop * first; ++it) {
       if (step(fresh)) {
         fresh = false;
         trace_residual("cl precond. conj. gradient ", norm(), it);
         continue;
       }
-      if (++restarts > parm::maxop_restart)
+      if (++restarts > parm().maxop_restart)
         fail(ierr_coarsest_cg,
              "Breakdown of CG on coarsest level in (cgc0): Coarsest level matrix is not positive definite!");
       warn(warn_coarsest_cg, "Modification of initial guess (cgc0).");
@@ -118,7 +118,7 @@ class coarse_bicgstab {
     residual(l_, l_.f, l_.u, r_);
     const double first = norm();
     begin();
-    for (int it = 1; it <= parm::itmax_conv && norm() > parm::conv_stop * first; ++it) {
+    for (int it = 1; it <= parm().itmax_conv && norm() > parm().conv_stop * first; ++it) {
       if (step())
         trace_residual("cl precond. BI-CGSTAB ", norm(), it);
       else
@@ -137,7 +137,7 @@ class coarse_bicgstab {
   }
 
   void restart(double first) {
-    if (++restarts_ > parm::maxop_restart) {
+    if (++restarts_ > parm().maxop_restart) {
       if (!singular_)
         fail(ierr_coarsest_bicgstab, "BI-CGSTAB failed on coarsest level (cgstab0) after repeated restart!");
       fail(ierr_coarsest_bicgstab,
@@ -188,11 +188,11 @@ class coarse_bicgstab {
 }  // namespace
 
 int coarse_fill_limit(const level& l) {
-  if (parm::lfil_cl > 0) return std::min(parm::lfil_cl, l.n);
-  if (parm::lfil_cl == 0) return l.n;
+  if (parm().lfil_cl > 0) return std::min(parm().lfil_cl, l.n);
+  if (parm().lfil_cl == 0) return l.n;
   const double row_length = static_cast<double>(l.entries()) / l.n;
   return static_cast<int>(
-      std::min<double>(row_length * -static_cast<double>(parm::lfil_cl) / 10.0 + 0.5, l.n));
+      std::min<double>(row_length * -static_cast<double>(parm().lfil_cl) / 10.0 + 0.5, l.n));
 }
 
 void cl_smo(cycle_state& s, int k) {
@@ -201,17 +201,17 @@ void cl_smo(cycle_state& s, int k) {
   const sweep_code plain = four_full_steps();
   const double first = resid(l, l.f, l.u, 0);
   if (first == 0.0) return;
-  for (int sweep = 1; sweep <= parm::itmax_conv; ++sweep) {
+  for (int sweep = 1; sweep <= parm().itmax_conv; ++sweep) {
     if (steps) {
       smoother(s, k, s.pre);
       smoother(s, k, s.post);
     } else {
       smoother(s, k, plain);
     }
-    if (sweep % std::max(1, parm::iter_check) != 0) continue;
+    if (sweep % std::max(1, parm().iter_check) != 0) continue;
     const double now = resid(l, l.f, l.u, 0);
     if (s.c.out_level > 4) trace_residual("cl_smo: ", now, sweep);
-    if (now < parm::conv_stop * first) return;
+    if (now < parm().conv_stop * first) return;
   }
 }
 
@@ -231,7 +231,7 @@ void cgstab0(cycle_state& s, int k) {
   coarse_preconditioner m{l};
   if (s.c.nrc == ilut_bicgstab) {
     const int lfil = coarse_fill_limit(l);
-    const ilu_options options{ilu_kind::threshold, false, parm::delta_milu, lfil, parm::droptol_cl};
+    const ilu_options options{ilu_kind::threshold, false, parm().delta_milu, lfil, parm().droptol_cl};
     m.factors = ilu_of_level(l, k, options, ilu_user::coarsest_solver);
     if (!m.factors) fail(ierr_coarsest_bicgstab, "ILUT decomposition failed in (cgstab0)");
   }

@@ -53,14 +53,14 @@ void solve_coarsest(cycle_state& s) {
     cgsolve(s, k);
     if (before > 0.0) {
       const double ratio = level_residual(s, k) / (before + 1e-90);
-      if (ratio > std::sqrt(parm::conv_stop)) warn_of_reduction(s.c, ratio);
+      if (ratio > std::sqrt(parm().conv_stop)) warn_of_reduction(s.c, ratio);
     }
   }
   show_process(s, k, "solv");
 }
 
 void one_level_cycle(cycle_state& s) {
-  if (parm::clsolver_finest != 0) {
+  if (parm().clsolver_finest != 0) {
     info(message_class::warning, "warning : perform cgsolve as one level solver - replacing tier_smoother");
     cgsolve(s, 1);
     return;
@@ -108,8 +108,8 @@ int dynamic_sweeps(int ndyn_smo, int level_start, int k) {
 
 void cyc(cycle_state& s, int level_start, std::string_view reason) {
   const int levels = s.levels();
-  if (parm::itrace_sol > 0 || parm::itracelevel > 0)
-    trace(1, "cyc: " + std::string(reason), parm::itrace_sol);
+  if (parm().itrace_sol > 0 || parm().itracelevel > 0)
+    trace(1, "cyc: " + std::string(reason), parm().itrace_sol);
   if (level_start == levels && level_start > 1)
     emergency_stop("Cycling must include at least two levels (cyc)!");
   if (levels == 1) return one_level_cycle(s);

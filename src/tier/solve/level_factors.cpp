@@ -17,7 +17,7 @@ struct kept_ilu {
   std::unique_ptr<ilu_factors> factors;
   int ilu_speed = 0;
   bool fits(const ilu_options& options) const {
-    return factors && factors->options() == options && ilu_speed == parm::ilu_speed;
+    return factors && factors->options() == options && ilu_speed == parm().ilu_speed;
   }
 };
 
@@ -33,12 +33,12 @@ kept_factors& kept_at(int k) { return kept[static_cast<std::size_t>(k)]; }
 
 /// What cgc0 and cgstab0 tell about new factors.
 void trace_decomposition(const kept_ilu& f, const ilu_options& wanted) {
-  const auto tell = [](const std::string& what) { trace(1, what, parm::itrace_clsol); };
+  const auto tell = [](const std::string& what) { trace(1, what, parm().itrace_clsol); };
   if (wanted.kind == ilu_kind::threshold)
     tell("cl precond. BI-CGSTAB : setting up ILUT(" + std::to_string(wanted.lfil) + ") decomposition");
   if (!f.factors) return;
   const ilu_options& had = f.factors->options();
-  if (f.ilu_speed != parm::ilu_speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
+  if (f.ilu_speed != parm().ilu_speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
   if (had.modified != wanted.modified) tell("cgc0 : ilu_dealloc (parm milu changed)");
   if (had.kind != wanted.kind && wanted.kind == ilu_kind::zero_fill)
     tell("cgc0 : ilu_dealloc (ilu type changed from ilut to ilu0)");
@@ -57,7 +57,7 @@ ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu
   auto made = std::make_unique<ilu_factors>();
   if (!made->decompose(l, options)) return nullptr;
   own.factors = std::move(made);
-  own.ilu_speed = parm::ilu_speed;
+  own.ilu_speed = parm().ilu_speed;
   return own.factors.get();
 }
 
@@ -79,12 +79,12 @@ block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weigh
 
 ilu_options smoother_ilu_options(int nxtyp) {
   ilu_options o;
-  o.weight = parm::delta_milu;
-  o.modified = parm::milu != 0 && nxtyp != 2;
+  o.weight = parm().delta_milu;
+  o.modified = parm().milu != 0 && nxtyp != 2;
   if (nxtyp == 1) return o;
   o.kind = nxtyp == 2 ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
-  o.lfil = std::max(0, parm::lfil_smo);
-  o.droptol = parm::droptol_smo;
+  o.lfil = std::max(0, parm().lfil_smo);
+  o.droptol = parm().droptol_smo;
   return o;
 }
 

@@ -31,7 +31,7 @@ struct sweep_kind {
 sweep_kind decode_step(int step, bool by_state) {
   const int mode = std::abs(step), filter = by_state ? (mode - 1) % 3 + 1 : 2;
   sweep_kind kind{filter != 3, filter != 1, (mode > 3) != (step < 0)};
-  if (filter == 2 && mode <= 3 && step > 0) kind.omega = parm::omega_sor_do;
+  if (filter == 2 && mode <= 3 && step > 0) kind.omega = parm().omega_sor_do;
   return kind;
 }
 

@@ -20,7 +20,7 @@ bool is_coarse(const point_blocks& points, const int* icg, int p) {
   return false;
 }
 
-void relax_point(level& l, point_blocks& points, int p) {
+void relax_point(level& l, point_blocks& points, int p, bool pivot) {
   const int m = points.size_of(p), first = points.start[p];
   double *a = points.system.data(), *b = a + std::int64_t{m} * m;
   std::fill(a, b, 0.0);
@@ -36,7 +36,7 @@ void relax_point(level& l, point_blocks& points, int p) {
     }
     b[q] = d;
   }
-  if (!solve_small(m, a, b, points.order.data(), parm::ibgs_pivot != 0))
+  if (!solve_small(m, a, b, points.order.data(), pivot))
     fail(ierr_block_pivot, "Zero pivot in block relaxation (relx_pgs)!");
   for (int q = 0; q < m; ++q) l.u[points.variable[first + q]] = b[q];
 }
@@ -48,11 +48,12 @@ void relx_pgs(level& l, point_blocks& points, const int* icg, int step) {
   if (mode < 1 || mode > 6) fail(ierr_illegal_value, "Unknown relaxation step requested in (relx_pgs)!");
   const bool descending = (mode > 3) != (step < 0);
   const int filter = icg ? (mode - 1) % 3 + 1 : all_points;
+  const bool pivot = parm().ibgs_pivot != 0;
   for (int done = 1; done <= points.points; ++done) {
     const int p = descending ? points.points + 1 - done : done;
     if (points.size_of(p) == 0) continue;
     if (filter != all_points && is_coarse(points, icg, p) != (filter == coarse_points)) continue;
-    relax_point(l, points, p);
+    relax_point(l, points, p, pivot);
   }
 }
 

@@ -45,7 +45,7 @@ ilu_factors& smoother_factors(cycle_state& s, int k, int type) {
 }
 
 block_ilu& smoother_blocks(cycle_state& s, int k) {
-  block_ilu* factors = block_ilu_of_level(s.at(k), k, parm::milu != 0, parm::delta_milu);
+  block_ilu* factors = block_ilu_of_level(s.at(k), k, parm().milu != 0, parm().delta_milu);
   if (!factors) fail(ierr_solution_internal, "Error in BLOCK ILU smoother in (smoother)");
   return *factors;
 }
@@ -98,9 +98,9 @@ void share_rows(cycle_state& s, int k) {
 
 void prepare_smoothers(cycle_state& s) {
   if (s.levels() > 1 && smoother_type(s.c, 2) != s.c.nxtyp) {
-    if (parm::nxtyp_coarse != gauss_seidel && parm::nxtyp_coarse != by_blocks)
+    if (parm().nxtyp_coarse != gauss_seidel && parm().nxtyp_coarse != by_blocks)
       fail(ierr_illegal_value, "Illegal value of parameter <nxtyp_coarse> in (smoother)");
-    if (parm::print_nxtyp_coarse_msg)
+    if (parm().print_nxtyp_coarse_msg)
       info(message_class::note, "special variant: V/U/BGS enforced on coarse levels!");
   }
   const int last = std::max(1, s.levels() - (s.c.nrc == 1 ? 0 : 1));
@@ -120,13 +120,13 @@ void prepare_smoothers(cycle_state& s) {
 
 int smoother_type(const controls& c, int k) {
   const bool replaceable = c.nxtyp == gauss_seidel || c.nxtyp == by_blocks;
-  if (k == 1 || !replaceable || parm::nxtyp_coarse < 0) return c.nxtyp;
-  return c.nsys == 1 && parm::nxtyp_coarse == by_blocks ? gauss_seidel : parm::nxtyp_coarse;
+  if (k == 1 || !replaceable || parm().nxtyp_coarse < 0) return c.nxtyp;
+  return c.nsys == 1 && parm().nxtyp_coarse == by_blocks ? gauss_seidel : parm().nxtyp_coarse;
 }
 
 void smoother(cycle_state& s, int k, const sweep_code& code) {
   if (code.passes == 0) {
-    trace(1, " NO SMOOTHING !?", parm::itrace_smo);
+    trace(1, " NO SMOOTHING !?", parm().itrace_smo);
     return;
   }
   const timed clock(phase::relaxation);

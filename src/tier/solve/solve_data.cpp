@@ -18,18 +18,18 @@ void check_coarsest_solver(controls& c) {
   if (c.nrc < 1 || (c.nrc > 11 && c.nrc != 99))
     fail(ierr_illegal_value, "invalid value for nrc (solve-data)!");
   if (c.isym != symmetric && (c.nrc == 2 || c.nrc == 4)) ++c.nrc;  // CG needs symmetry
-  if (c.nrc == 10 && (parm::cldense_ctrl < 0 || parm::cldense_ctrl > 1))
+  if (c.nrc == 10 && (parm().cldense_ctrl < 0 || parm().cldense_ctrl > 1))
     fail(ierr_illegal_value, "invalid value for cldense_ctrl (solve-data)!");
 }
 
 }  // namespace
 
 void solve_data(const hierarchy&, controls& c) {
-  const std::size_t factors = omega_jacobi_vec.size();
+  const std::size_t factors = omega_jacobi_vec().size();
   if (factors > 1 && factors != static_cast<std::size_t>(c.nsys))
     fail(ierr_illegal_value, "size of omega_jacobi_vec is not equal to 1 or nsys (solve_data)!");
-  if (parm::nbnd_omega != 0) {
-    parm::nbnd_omega = 0;
+  if (parm().nbnd_omega != 0) {
+    parm().nbnd_omega = 0;
     warn(warn_setting_adjusted, "TIERp parameter nbnd_omega reset to 0");
   }
   check_coarsest_solver(c);

@@ -52,7 +52,7 @@ bool stopping_rules::small_variation() const {
     most = std::max(most, kept(ago));
     least = std::min(least, kept(ago));
   }
-  return most <= parm::factor_res_var * least;
+  return most <= parm().factor_res_var * least;
 }
 
 void stopping_rules::store_residual(double res) {
@@ -88,7 +88,7 @@ void stopping_rules::check_approximations(view<const double> u) {
       decided = false;
       break;
     }
-    close = close && d.difference < parm::factor_app_var * d.size;
+    close = close && d.difference < parm().factor_app_var * d.size;
   }
   double* place = old_apps_.data() + static_cast<std::int64_t>(approximations_ % c_.num_old_apps) * n_;
   std::copy_n(u.data(), n_, place);
@@ -105,7 +105,7 @@ void stopping_rules::check_approximations(view<const double> u) {
 // Digit 2 of icrits enables the residual, 3 the status of the approximations, 4 the scaled residual, which is
 // the residual here. Digit 1: 2 takes the largest enabled flag, 1 their product.
 decision stopping_rules::decide(int niter, double res) const {
-  if (niter < parm::ncyc_min) return decision::go_on;
+  if (niter < parm().ncyc_min) return decision::go_on;
   const bool still = approximation_ == status::stagnation || approximation_ == status::oscillation;
   const bool flags[] = {reached(res), still, reached(res)};
   bool any = false, all = true;
@@ -120,7 +120,7 @@ decision stopping_rules::decide(int niter, double res) const {
 
 bool stopping_rules::quasi_differs(double quasi, double real) const {
   const double smaller = std::min(quasi, real), larger = std::max(quasi, real);
-  if (!(larger > tiny) || larger < parm::factor_quasi_res * smaller) return false;
+  if (!(larger > tiny) || larger < parm().factor_quasi_res * smaller) return false;
   const std::string tag(norm_tag(c_.norm_typ));
   info(message_class::warning, "norm of quasi " + tag + "-residual = " + figure(quasi));
   info(message_class::warning, "norm of real  " + tag + "-residual = " + figure(real));

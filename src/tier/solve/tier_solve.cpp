@@ -77,7 +77,7 @@ class solution {
     if (c_.coarse_trace) show_coarse_convergence(s_);
     first_residual();
     const double target = stop_target();
-    if (parm::ncyc_min <= 0 && results_.res_in <= target) return;
+    if (parm().ncyc_min <= 0 && results_.res_in <= target) return;
     if (stand_alone_cycles(target)) return;
     accelerate(target);
   }
@@ -94,7 +94,7 @@ class solution {
     const double user = results_.res_in, computed = residual_norm();
     if (computed <= smallest_normal)
       fail(ierr_solution_internal, "Freshly computed first-guess residual too tiny (tier_solve)!");
-    if (parm::ntake_res_in != 0) {
+    if (parm().ntake_res_in != 0) {
       if (user != user) fail(ierr_inconsistent_input, "Residual is NaN(tier_solve)!");
       tier_check_res_in(user, computed);
     }
@@ -103,12 +103,12 @@ class solution {
     print_residual_head(c_);
     print_residual_line(c_, 0, computed, -1.0, by_function_);
     current_residual(0, computed);
-    if (parm::ncyc_start == 0) results_.res0 = computed;
+    if (parm().ncyc_start == 0) results_.res0 = computed;
   }
 
   double stop_target() const {
     const double target = c_.eps >= 0.0 ? c_.eps * results_.res_in : -c_.eps;
-    return parm::eps_abs > least_eps_abs ? std::max(target, parm::eps_abs) : target;
+    return parm().eps_abs > least_eps_abs ? std::max(target, parm().eps_abs) : target;
   }
 
   /// The cycles before the accelerator, or all of them without one. True: the run has ended.
@@ -127,8 +127,8 @@ class solution {
       const double res = results_.res_out = residual_norm();
       print_residual_line(c_, results_.ncyc_done, res, previous, by_function_);
       current_residual(results_.ncyc_done, res);
-      if (results_.ncyc_done == parm::ncyc_start) results_.res0 = res;
-      if (results_.ncyc_done >= parm::ncyc_min && res <= target) return true;
+      if (results_.ncyc_done == parm().ncyc_start) results_.res0 = res;
+      if (results_.ncyc_done >= parm().ncyc_min && res <= target) return true;
       if (c_.igam > 4) break;
       previous = res;
     }
@@ -146,21 +146,21 @@ class solution {
         text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
       return text;
     };
-    trace(1, "CYC niter " + std::to_string(count), parm::itrace_sol);
-    trace(1, "(stand-alone AMG cycling or pre-iterations)", parm::itrace_sol);
-    trace(1, "CYC nrdx  " + std::to_string(s_.pre.passes) + " nrdtyp " + codes(s_.pre), parm::itrace_sol);
-    trace(1, "CYC nrux  " + std::to_string(s_.post.passes) + " nrutyp " + codes(s_.post), parm::itrace_sol);
+    trace(1, "CYC niter " + std::to_string(count), parm().itrace_sol);
+    trace(1, "(stand-alone AMG cycling or pre-iterations)", parm().itrace_sol);
+    trace(1, "CYC nrdx  " + std::to_string(s_.pre.passes) + " nrdtyp " + codes(s_.pre), parm().itrace_sol);
+    trace(1, "CYC nrux  " + std::to_string(s_.post.passes) + " nrutyp " + codes(s_.post), parm().itrace_sol);
   }
 
   void accelerate(double target) {
-    trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm::itrace_sol);
+    trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm().itrace_sol);
     stopping_rules rules(c_, fine().n, target);
     accelerated_run run{s_, results_, rules, by_function_};
     const auto traced = [&run](void (*method)(accelerated_run&), const char* name) {
       try {
         method(run);
       } catch (const failure&) {
-        trace(1, std::string("... in (") + name + ")", parm::itrace_sol);
+        trace(1, std::string("... in (") + name + ")", parm().itrace_sol);
         throw;
       }
     };
@@ -196,9 +196,9 @@ cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
   const int n = h(1).n;
   r.allocate(n, "r", "tier_solve");
   scratch.allocate(static_cast<std::int64_t>(matrix_team(n)) * n, "scratch", "tier_solve");
-  damping.all = parm::omega_jacobi;
-  if (omega_jacobi_vec.size() == 1) damping.all = omega_jacobi_vec[0];
-  if (omega_jacobi_vec.size() > 1) damping.by_function = const_vector(omega_jacobi_vec.data());
+  damping.all = parm().omega_jacobi;
+  if (omega_jacobi_vec().size() == 1) damping.all = omega_jacobi_vec()[0];
+  if (omega_jacobi_vec().size() > 1) damping.by_function = const_vector(omega_jacobi_vec().data());
   if (c.nstar_typ == 0 || h.levels_used < 2) return;
   for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
 }
@@ -207,7 +207,7 @@ void tier_solve(hierarchy& h, controls& c, run_results& r) {
   try {
     solution(h, c, r).run();
   } catch (const failure&) {
-    trace(1, "... in (tier_solve)", parm::itrace_sol);
+    trace(1, "... in (tier_solve)", parm().itrace_sol);
     throw;
   }
 }

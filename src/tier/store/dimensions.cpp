@@ -18,7 +18,7 @@ namespace {
 constexpr double reserve = 1.001, reserve_of_w = 1.005, factor_without_estimate = 1.1;
 
 void check_huge(int size, const char* name) {
-  if (parm::ihuge > 0 && size > parm::ihuge)
+  if (parm().ihuge > 0 && size > parm().ihuge)
     fail(ierr_work_arrays_too_small,
          std::string("ihuge too small: ihuge < ") + name + " in (tier_dimensions)   ");
 }
@@ -33,10 +33,10 @@ std::int64_t expected(double complexity, double factor, int base, const char* na
 
 void check_group(std::int64_t used, std::int64_t provided, const char* name, const controls& c) {
   const std::string routine = std::string(name) + "_extent";
-  if (parm::ihuge > 0 && used > parm::ihuge)
+  if (parm().ihuge > 0 && used > parm().ihuge)
     fail(ierr_extension_failed, "Memory extension failed (integer overflow for size of array " +
                                     std::string(name) + " in " + routine +
-                                    " (1)), limit [MB]: " + formatted("%f", megabytes_of_reals(parm::ihuge)));
+                                    " (1)), limit [MB]: " + formatted("%f", megabytes_of_reals(parm().ihuge)));
   if (c.iextent > 0 || used <= provided) return;
   fail(ierr_work_arrays_too_small, "Insufficient dimensioning: <" + std::string(name) + "> in (" + routine +
                                        "). Either adjust dimensions or activate memory extension switch.");

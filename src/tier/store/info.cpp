@@ -14,7 +14,12 @@ namespace tier {
 
 namespace {
 
-int latest_warning = 0;
+/// What a call said last.
+struct last_words {
+  int warning = 0;     // its number, 0: none
+  std::string fault;  // text of the last error or warning
+};
+const per_context<last_words> latest;
 
 struct class_of_message {
   const char* prefix;
@@ -43,7 +48,7 @@ void blank_lines(int count) {
 
 void info(message_class cls, std::string_view text, int blank_before, int blank_after) {
   const class_of_message kind = describe(cls);
-  if (parm::mode_mess < kind.least_mode) return;
+  if (parm().mode_mess < kind.least_mode) return;
   message(kind.prefix + std::string(text), blank_before, blank_after);
 }
 
@@ -54,22 +59,25 @@ void message(std::string_view text, int blank_before, int blank_after) {
 }
 
 void trace(int level, std::string_view text, int local_level) {
-  if (std::max(parm::itracelevel, local_level) >= level) write_line(text);
+  if (std::max(parm().itracelevel, local_level) >= level) write_line(text);
 }
 
 void fail(int ierr, std::string_view text) {
+  latest().fault = text;
   info(message_class::error, text);
   throw failure{ierr};
 }
 
 void warn(int ierr, std::string_view text) {
+  latest().fault = text;
   info(message_class::warning, text);
   note_warning(ierr);
 }
 
-void note_warning(int ierr) { latest_warning = ierr; }
-int last_warning() { return latest_warning; }
-void clear_warning() { latest_warning = 0; }
+void note_warning(int ierr) { latest().warning = ierr; }
+int last_warning() { return latest().warning; }
+void clear_warning() { latest() = {}; }
+const std::string& last_fault() { return latest().fault; }
 
 void not_released(std::string_view what) {
   fail(ierr_not_released, "Parameter setting not yet permitted <" + std::string(what) + ">");

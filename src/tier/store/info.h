@@ -2,6 +2,7 @@
 // lines. Called by every routine of TIER.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace tier {
@@ -33,6 +34,9 @@ void warn(int ierr, std::string_view text);
 void note_warning(int ierr);
 int last_warning();
 void clear_warning();
+
+/// Text of the last error or warning of a call, empty when there was none.
+const std::string& last_fault();
 
 /// Ends the call: "Parameter setting not yet permitted <what>", ierr 80.
 [[noreturn]] void not_released(std::string_view what);

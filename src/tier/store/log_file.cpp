@@ -30,11 +30,12 @@ struct connection {
   std::string name;
   int unit = unit_standard;
   bool failed = false;  // unit 6 stands in until the next call opens the log again
-} connected;
+};
+const per_context<connection> connected;
 
 std::FILE* channel() {
-  if (connected.file) return connected.file.get();
-  return parm::logio == unit_none && !connected.failed ? nullptr : stdout;
+  if (connected().file) return connected().file.get();
+  return parm().logio == unit_none && !connected().failed ? nullptr : stdout;
 }
 
 int problem(std::string_view text) {
@@ -43,17 +44,17 @@ int problem(std::string_view text) {
 }
 
 int invalid_unit(std::string_view text) {
-  write_line("### PRBLM: Printing via unit 6 since logio = " + std::to_string(parm::logio) +
+  write_line("### PRBLM: Printing via unit 6 since logio = " + std::to_string(parm().logio) +
              " is not valid!");
   return problem(text);
 }
 
 /// A log that takes no more, as on a full disk, is told on unit 6, where all further lines go too.
 void leave_failed_file() {
-  if (!connected.file || !std::ferror(connected.file.get())) return;
-  const std::string reason = std::strerror(errno), name = std::exchange(connected.name, {});
-  connected.file.reset();
-  connected.failed = true;
+  if (!connected().file || !std::ferror(connected().file.get())) return;
+  const std::string reason = std::strerror(errno), name = std::exchange(connected().name, {});
+  connected().file.reset();
+  connected().failed = true;
   write_line("### PRBLM: Printing via unit 6 since logfile <" + name +
              "> cannot be written, lines are lost: " + reason);
 }
@@ -61,9 +62,9 @@ void leave_failed_file() {
 }  // namespace
 
 int open_logfile() {
-  connected.failed = false;
-  const int unit = parm::logio;
-  const std::string& name = parm::logfile;
+  connected().failed = false;
+  const int unit = parm().logio;
+  const std::string& name = parm().logfile;
   if (unit < 0 || unit == unit_limit) return invalid_unit("Specified unit does not exist (open_logfile)!");
   if (name.empty()) {
     close_logfile();
@@ -72,8 +73,8 @@ int open_logfile() {
       return problem("Unit=5: Specify a logfile or another unit number (open_logfile)!");
     return invalid_unit("Specified unit has no file: specify a logfile or unit 6 (open_logfile)!");
   }
-  if (connected.file && connected.name == name) {
-    if (connected.unit == unit) return 0;
+  if (connected().file && connected().name == name) {
+    if (connected().unit == unit) return 0;
     return problem("Logfile already connected to different unit (open_logfile)!");
   }
   const bool exists = access(name.c_str(), F_OK) == 0;
@@ -81,16 +82,16 @@ int open_logfile() {
   if (!file)
     return problem(exists ? "Logfile exists but could not be opened (open_logfile)!"
                           : "Logfile does not exist and could not be opened (open_logfile)!");
-  connected.file.reset(file);
-  connected.name = name;
-  connected.unit = unit;
+  connected().file.reset(file);
+  connected().name = name;
+  connected().unit = unit;
   return 0;
 }
 
 void close_logfile() {
   flush_output();
-  connected.file.reset();
-  connected.name.clear();
+  connected().file.reset();
+  connected().name.clear();
 }
 
 void write_line(std::string_view text) {

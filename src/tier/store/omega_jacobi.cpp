@@ -11,7 +11,7 @@
 #include "tier/store/parameters.h"
 
 namespace tier {
-std::vector<double> omega_jacobi_vec;
+const per_context<std::vector<double>> omega_jacobi_vec;
 }
 
 void TIER_OMEGA_JACOBI_ALLOC(const int* n, int* ierr) try {
@@ -20,7 +20,7 @@ void TIER_OMEGA_JACOBI_ALLOC(const int* n, int* ierr) try {
     *ierr = tier::ierr_illegal_value;
     return;
   }
-  tier::omega_jacobi_vec.assign(static_cast<std::size_t>(*n), tier::parm::omega_jacobi);
+  tier::omega_jacobi_vec().assign(static_cast<std::size_t>(*n), tier::parm().omega_jacobi);
 } catch (const std::bad_alloc&) {
   tier::info(tier::message_class::error, "Allocation failed for <omega_jacobi_vec> in (mod_omegajac_alloc)");
   *ierr = tier::ierr_allocation;
@@ -28,13 +28,13 @@ void TIER_OMEGA_JACOBI_ALLOC(const int* n, int* ierr) try {
 
 void TIER_OMEGA_JACOBI_SET(const int* n, const double* values, int* ierr) {
   *ierr = 0;
-  if (*n < 1 || static_cast<std::size_t>(*n) != tier::omega_jacobi_vec.size())
+  if (*n < 1 || static_cast<std::size_t>(*n) != tier::omega_jacobi_vec().size())
     *ierr = tier::ierr_illegal_value;
   else
-    std::copy_n(values, *n, tier::omega_jacobi_vec.begin());
+    std::copy_n(values, *n, tier::omega_jacobi_vec().begin());
 }
 
 void TIER_OMEGA_JACOBI_DEALLOC(int* ierr) {
   *ierr = 0;
-  tier::omega_jacobi_vec = {};
+  tier::omega_jacobi_vec() = {};
 }

@@ -4,8 +4,10 @@
 
 #include <vector>
 
+#include "tier/store/context.h"
+
 namespace tier {
 
-extern std::vector<double> omega_jacobi_vec;  // empty: omega_jacobi holds; else 1 or nsys factors
+extern const per_context<std::vector<double>> omega_jacobi_vec;  // empty: omega_jacobi holds; else 1 or nsys factors
 
 }  // namespace tier

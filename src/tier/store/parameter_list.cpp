@@ -14,11 +14,11 @@ constexpr auto acts = parameter_effect::acts, prints = parameter_effect::prints,
                idle = parameter_effect::idle, closed = parameter_effect::closed;
 
 #define TIER_INTEGER(name, NAME, initial, effect, meaning) \
-  parameter_entry{#name, &parm::name, initial, 0, effect, meaning},
+  parameter_entry{#name, &parameters::name, initial, 0, effect, meaning},
 #define TIER_REAL(name, NAME, initial, effect, meaning) TIER_INTEGER(name, NAME, initial, effect, meaning)
 #define TIER_LOGICAL(name, NAME, initial, effect, meaning) TIER_INTEGER(name, NAME, initial, effect, meaning)
 #define TIER_TEXT(name, NAME, width, initial, effect, meaning) \
-  parameter_entry{#name, &parm::name, std::string_view(initial), width, effect, meaning},
+  parameter_entry{#name, &parameters::name, std::string_view(initial), width, effect, meaning},
 const parameter_entry list[] = {
 #include "tier/api/parameters.def"
 };
@@ -34,16 +34,20 @@ bool is_unset(const parameter_value& v) {
   return false;
 }
 
-parameter_value current(const parameter_reference& place) {
-  return std::visit([](auto* p) { return parameter_value(*p); }, place);
+parameter_value current(const parameter_member& member) {
+  return std::visit([](auto m) { return parameter_value(parm().*m); }, member);
 }
 
 }  // namespace
 
-bool parameter_entry::at_default() const { return current(place) == initial; }
+parameter_reference parameter_entry::place() const {
+  return std::visit([](auto m) { return parameter_reference(&(parm().*m)); }, member);
+}
+
+bool parameter_entry::at_default() const { return current(member) == initial; }
 
 std::string parameter_entry::text() const {
-  return std::visit([](const auto& v) { return as_text(v); }, current(place));
+  return std::visit([](const auto& v) { return as_text(v); }, current(member));
 }
 
 std::string parameter_entry::initial_text() const {

@@ -11,17 +11,21 @@ namespace tier {
 
 enum class parameter_effect { acts, prints, idle, closed };
 
+struct parameters;
+using parameter_member =
+    std::variant<int parameters::*, double parameters::*, bool parameters::*, std::string parameters::*>;
 using parameter_reference = std::variant<int*, double*, bool*, std::string*>;
 using parameter_value = std::variant<int, double, bool, std::string_view>;
 
 struct parameter_entry {
   std::string_view name;
-  parameter_reference place;
+  parameter_member member;
   parameter_value initial;
   int width;  // most characters of a text, else 0
   parameter_effect effect;
   std::string_view meaning;
 
+  parameter_reference place() const;  // in the calling thread's context
   bool at_default() const;
   std::string text() const;          // the current value as text
   std::string initial_text() const;  // the default as text, "unset" for the markers

@@ -31,7 +31,7 @@ struct call_figures {
   int cycles = 0;
   double seconds_per_cycle() const { return cycles > 0 ? solve_seconds / cycles : 0.0; }
 };
-extern call_figures last_call;
+extern const per_context<call_figures> last_call;
 
 /// Megabytes of so many 32-bit integers, and of so many 64-bit reals.
 double megabytes_of_integers(double count);

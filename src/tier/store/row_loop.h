@@ -21,13 +21,13 @@ constexpr int least_matrix_rows = 256;
 constexpr int least_vector_rows = 8192;
 
 inline int matrix_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm::nmin_matrix, least_matrix_rows)));
+  return std::min(most_threads, team_size(n, std::max(parm().nmin_matrix, least_matrix_rows)));
 }
 inline int restriction_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm::nmin_matrix_resc, least_matrix_rows)));
+  return std::min(most_threads, team_size(n, std::max(parm().nmin_matrix_resc, least_matrix_rows)));
 }
 inline int vector_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm::nmin_vector, least_vector_rows)));
+  return std::min(most_threads, team_size(n, std::max(parm().nmin_vector, least_vector_rows)));
 }
 
 /// A thread's part of a row loop.

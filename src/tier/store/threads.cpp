@@ -11,7 +11,11 @@ namespace tier {
 
 namespace {
 
-int thread_limit = 1;
+/// Threads that a call may use.
+struct thread_limit {
+  int value = 1;
+};
+const per_context<thread_limit> limit;
 
 int runtime_threads() {
 #ifdef _OPENMP
@@ -23,15 +27,16 @@ int runtime_threads() {
 
 }  // namespace
 
-int max_threads() { return thread_limit; }
+int max_threads() { return limit().value; }
 
 // A caller that itself runs in n threads leaves each of its calls the n-th part of the runtime's team.
 void set_max_threads(int omp_num_threads_external) {
-  thread_limit = std::max(1, runtime_threads() / std::max(1, omp_num_threads_external));
+  limit().value = std::max(1, runtime_threads() / std::max(1, omp_num_threads_external));
 }
 
 int team_size(std::int64_t rows, int nmin) {
-  return rows < std::int64_t{nmin} * thread_limit ? 1 : thread_limit;
+  const int most = max_threads();
+  return rows < std::int64_t{nmin} * most ? 1 : most;
 }
 
 }  // namespace tier

@@ -4,12 +4,17 @@
 #include <chrono>
 #include <ctime>
 
+#include "tier/store/context.h"
+
 namespace tier {
 
 namespace {
 
 constexpr std::size_t phases = static_cast<std::size_t>(phase::count_of_phases);
-std::array<double, phases> sums{}, sums_at_start{};
+struct accumulators {
+  std::array<double, phases> sums{}, sums_at_start{};
+};
+const per_context<accumulators> clocks;
 constexpr std::array<const char*, phases> names{"setup", "solve",  "ilu-dcmp", "cg-dcmp", "cg-solve",
                                                 "relax", "rwsrt",  "primmat",  "split",   "reduce",
                                                 "pwint", "pwiter", "opdfn",    "extent"};
@@ -33,11 +38,11 @@ double time_span(double t0, double t1, double clock_maximum) {
   return t0 > t1 && clock_maximum > 0.0 ? clock_maximum - t0 + t1 : t1 - t0;
 }
 
-double accumulated(phase p) { return sums[index(p)]; }
-void add_time(phase p, double seconds) { sums[index(p)] += seconds; }
-void clear_timers() { sums.fill(0.0); }
-void start_call_timers() { sums_at_start = sums; }
-double accumulated_in_call(phase p) { return sums[index(p)] - sums_at_start[index(p)]; }
+double accumulated(phase p) { return clocks().sums[index(p)]; }
+void add_time(phase p, double seconds) { clocks().sums[index(p)] += seconds; }
+void clear_timers() { clocks().sums.fill(0.0); }
+void start_call_timers() { clocks().sums_at_start = clocks().sums; }
+double accumulated_in_call(phase p) { return clocks().sums[index(p)] - clocks().sums_at_start[index(p)]; }
 const char* name_of(phase p) { return names[index(p)]; }
 
 }  // namespace tier

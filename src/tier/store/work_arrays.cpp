@@ -14,16 +14,14 @@
 
 namespace tier {
 
-memory_counters memory;
-
 namespace {
 
 void count_words(std::int64_t count, std::size_t size) {
   const bool reals = size == sizeof(double);
-  (reals ? memory.ndsum : memory.nisum) +=
+  (reals ? memory().ndsum : memory().nisum) +=
       reals ? count : count * static_cast<std::int64_t>(size / sizeof(int));
-  memory.memi = std::max(memory.memi, memory.nisum);
-  memory.memd = std::max(memory.memd, memory.ndsum);
+  memory().memi = std::max(memory().memi, memory().nisum);
+  memory().memd = std::max(memory().memd, memory().ndsum);
 }
 
 /// Storage that starts at a cache line, so that vector loops start aligned. Long arrays ask the system for
@@ -42,7 +40,7 @@ void* aligned_bytes(std::size_t bytes) {
 }  // namespace
 
 void* counted_allocate(std::size_t count, std::size_t size) {
-  if (memory.allocations++ == memory.fail_at) return nullptr;
+  if (memory().allocations++ == memory().fail_at) return nullptr;
   if (count > std::numeric_limits<std::size_t>::max() / 2 / size) return nullptr;
   void* const p = aligned_bytes(count * size);
   if (p) count_words(static_cast<std::int64_t>(count), size);
@@ -72,9 +70,9 @@ void allocation_failed(const char* name, const char* routine) {
 }
 
 void track_allocation(const char* what, const char* name, const char* routine, std::int64_t n) {
-  if (!parm::trackmem || n == 0) return;
+  if (!parm().trackmem || n == 0) return;
   message(std::string(what) + " <" + name + "> in (" + routine + "), size " + std::to_string(n) +
-          ", memusage, ni " + std::to_string(memory.nisum) + ", nd " + std::to_string(memory.ndsum));
+          ", memusage, ni " + std::to_string(memory().nisum) + ", nd " + std::to_string(memory().ndsum));
 }
 
 void extension_failed(const char* name, const char* routine) {

@@ -10,16 +10,9 @@
 #include <type_traits>
 #include <utility>
 
-namespace tier {
+#include "tier/store/context.h"
 
-/// Counts of words in use, nisum and ndsum, their peaks, and a hook for tests that makes an allocation fail.
-struct memory_counters {
-  std::int64_t nisum = 0, ndsum = 0;  // integers and doubles in use
-  std::int64_t memi = 0, memd = 0;    // peak values
-  std::int64_t allocations = 0;       // made so far
-  std::int64_t fail_at = -1;          // the allocation of this number fails; -1: none
-};
-extern memory_counters memory;
+namespace tier {
 
 /// Raw storage of `bytes` bytes, counted as integers or doubles; null on failure.
 void* counted_allocate(std::size_t count, std::size_t size);

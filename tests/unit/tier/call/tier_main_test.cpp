@@ -25,7 +25,7 @@ using testing::Not;
 using testing_support::coupled_call;
 using testing_support::poisson_call;
 using testing_support::tier_call;
-namespace parm = tier::parm;
+using tier::parm;
 
 constexpr double solved = 1.1e-8;
 
@@ -44,14 +44,14 @@ testing_support::sparse_system half_of(const testing_support::sparse_system& who
 }
 
 void expect_nothing_held() {
-  EXPECT_EQ(tier::memory.nisum, 0);
-  EXPECT_EQ(tier::memory.ndsum, 0);
+  EXPECT_EQ(tier::memory().nisum, 0);
+  EXPECT_EQ(tier::memory().ndsum, 0);
 }
 
 TEST(Tier, SolvesOnOneLevelAndOnManyAndFreesAll) {
   for (const int nptmn : {100, 10}) {
     for (tier_call call : {poisson_call(9), coupled_call(7)}) {
-      parm::nptmn = nptmn;
+      parm().nptmn = nptmn;
       call.run();
 
       int levels = 0;
@@ -66,8 +66,8 @@ TEST(Tier, SolvesOnOneLevelAndOnManyAndFreesAll) {
 
 TEST(Tier, SolvesOnTheFinestLevelAlone) {
   tier_call call = poisson_call();
-  parm::nptmn = 10;
-  parm::clsolver_finest = 1;
+  parm().nptmn = 10;
+  parm().clsolver_finest = 1;
   call.run();
   int levels = 0;
   TIER_GET_LEVELS_CREATED(&levels);
@@ -103,7 +103,7 @@ TEST(Tier, GivesBackTheEstimatesThatItUsed) {
 
 TEST(Tier, SaysOnlyErrorsAtMessageModeMinusTwo) {
   tier_call call = poisson_call();
-  parm::mode_mess = -2;
+  parm().mode_mess = -2;
   call.s.ia.back() += 1;
   call.run();
   EXPECT_EQ(call.said, "*** ERROR: Wrong pointer value: ia0(nnu+1)-1 <> nna in (tier_main)!\n");
@@ -116,7 +116,7 @@ TEST(Tier, EndsOnValuesThatAreNotFinite) {
     for (const bool in_f : {true, false}) {
       for (const int nptmn : {100, 10}) {
         tier_call call = poisson_call();
-        parm::nptmn = nptmn;
+        parm().nptmn = nptmn;
         call.ifirst = 0;
         (in_f ? call.s.f : call.s.u)[20] = value;
         call.run();
@@ -147,7 +147,7 @@ TEST(Tier, FailsOnAZeroResidualAndOnABadFirstResidual) {
   EXPECT_THAT(call.said, HasSubstr("Freshly computed first-guess residual too tiny (tier_solve)!"));
 
   call = poisson_call();
-  parm::ntake_res_in = 1;
+  parm().ntake_res_in = 1;
   call.res_in = std::nan("");
   call.run();
   EXPECT_EQ(call.ierr, 50);
@@ -165,11 +165,11 @@ class ReStartTest : public testing::TestWithParam<ReStart> {};
 
 TEST_P(ReStartTest, UsesTheHierarchyOrSaysWhyNot) {
   tier_call call = coupled_call(12);
-  parm::nptmn = 20;
+  parm().nptmn = 20;
   call.iswtch = 4120;
   call.run();
   ASSERT_EQ(call.ierr, 0) << call.said;
-  EXPECT_GT(tier::memory.ndsum, 0);
+  EXPECT_GT(tier::memory().ndsum, 0);
 
   call.iswtch = 1120;
   GetParam().change(call);
@@ -198,9 +198,9 @@ INSTANTIATE_TEST_SUITE_P(
                     ReStart{"Rows", 54, "TIER re-start terminated - illegal change in <nna>",
                             [](tier_call& x) { x = coupled_call(11), x.iswtch = 1120; }},
                     ReStart{"Levelx", 53, "TIER re-start terminated - illegal change in <levelx>",
-                            [](tier_call&) { parm::levelx = 3; }},
+                            [](tier_call&) { parm().levelx = 3; }},
                     ReStart{"Nptmn", 53, "TIER re-start terminated - illegal change in <nptmn>",
-                            [](tier_call&) { parm::nptmn = 21; }},
+                            [](tier_call&) { parm().nptmn = 21; }},
                     ReStart{"Nsolve", 53, "TIER re-start terminated - illegal change in <nsolve>",
                             [](tier_call& x) { x.nsolve = 21; }},
                     ReStart{"Npnts", 53, "TIER re-start terminated - illegal change in <npnts>",
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ReStart{"Igam", 53, "TIER re-start terminated - illegal change in <igam>",
                             [](tier_call& x) { x.ncyc = 2300100; }},
                     ReStart{"Structure", 100, "illegal change of struct_ident after last setup",
-                            [](tier_call& x) { x.iswtch = 3120, parm::struct_ident = true; }},
+                            [](tier_call& x) { x.iswtch = 3120, parm().struct_ident = true; }},
                     ReStart{"AfterCleanup", 52, "no AMG decomposition available in (tier_main)!",
                             [](tier_call& x) { TIER_CLEANUP(&x.ierr); }},
                     ReStart{"AfterRefresh", 52, "no AMG decomposition available in (tier_main)!",
@@ -221,13 +221,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Tier, KeepsMemoryOverRefreshWhereAsked) {
   tier_call call = coupled_call(12);
-  parm::nptmn = 20;
-  parm::keepmem = true;
+  parm().nptmn = 20;
+  parm().keepmem = true;
   call.iswtch = 4120;
   call.run();
-  const auto held = tier::memory.ndsum;
+  const auto held = tier::memory().ndsum;
   TIER_REFRESH(&call.ierr);
-  EXPECT_GT(tier::memory.ndsum, held / 2);
+  EXPECT_GT(tier::memory().ndsum, held / 2);
 
   call.iswtch = 5120;
   call.run();
@@ -240,11 +240,11 @@ TEST(Tier, LeaveResetsParametersButTheLog) {
   const int one = 1;
   const double factor = 0.7;
   TIER_OMEGA_JACOBI_ALLOC(&one, &ierr);
-  parm::levelx = 3;
-  parm::logio = 17;
-  parm::logfile = "kept";
+  parm().levelx = 3;
+  parm().logio = 17;
+  parm().logfile = "kept";
   TIER_LEAVE(&ierr);
-  EXPECT_EQ(std::tuple(ierr, parm::levelx, parm::logio, parm::logfile, parm::refresh_called),
+  EXPECT_EQ(std::tuple(ierr, parm().levelx, parm().logio, parm().logfile, parm().refresh_called),
             std::tuple(0, tier::unset_integer, 17, std::string("kept"), true));
   TIER_OMEGA_JACOBI_SET(&one, &factor, &ierr);
   EXPECT_EQ(ierr, 20);  // the factors are gone
@@ -267,22 +267,22 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
     void (*choose)(tier_call&);
   };
   const kind kinds[] = {
-      {"one level", [](tier_call&) { parm::nptmn = 100; }},
-      {"levels", [](tier_call&) { parm::nptmn = 8; }},
-      {"kept, automatic", [](tier_call& x) { parm::nptmn = 8, x.iswtch = 6120; }},
+      {"one level", [](tier_call&) { parm().nptmn = 100; }},
+      {"levels", [](tier_call&) { parm().nptmn = 8; }},
+      {"kept, automatic", [](tier_call& x) { parm().nptmn = 8, x.iswtch = 6120; }},
       {"ILUT, BiCGstab, iterative coarsest level",
-       [](tier_call& x) { parm::nptmn = 8, parm::nrc = 3, x.nsolve = 12, x.ncyc = 1200100; }},
+       [](tier_call& x) { parm().nptmn = 8, parm().nrc = 3, x.nsolve = 12, x.ncyc = 1200100; }},
       {"points, CG, W, dense",
        [](tier_call& x) {
          x = coupled_call(6), x.matrix = 12, x.nsolve = 5040000, x.ncyc = 3100100;
-         parm::nptmn = 8, parm::nrc = 10, parm::show_un_res = 2, parm::nstar_typ = 3;
+         parm().nptmn = 8, parm().nrc = 10, parm().show_un_res = 2, parm().nstar_typ = 3;
        }},
       {"one-level flexible CG",
-       [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm::iauto_stop = 110202; }},
+       [](tier_call& x) { x.matrix = 12, x.ncyc = 6400100, parm().iauto_stop = 110202; }},
       {"half stored, scaled", [](tier_call& x) {
          x = tier_call(half_of(x.s, true)), x.matrix = 32, x.chktol = 0.0;
-         parm::modify_mat = 23;
-         parm::nptmn = 8;
+         parm().modify_mat = 23;
+         parm().nptmn = 8;
        }}};
   for (const kind& k : kinds) {
     tier::reset_parameters();
@@ -291,7 +291,7 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
       tier_call call = poisson_call(8);
       k.choose(call);
       const auto matrix = rows_of(call.s);
-      tier::memory.fail_at = tier::memory.allocations + failures;
+      tier::memory().fail_at = tier::memory().allocations + failures;
       call.run();
       done = call.ierr == 0;
       if (!done) {
@@ -305,13 +305,13 @@ TEST(Tier, FreesEverythingWhicheverAllocationFails) {
     }
     EXPECT_GT(failures, 5) << k.name;
   }
-  tier::memory.fail_at = -1;
+  tier::memory().fail_at = -1;
 }
 
 TEST(Tier, LimitsGrowthWithoutExtension) {
   for (const auto& [iswtch, ierr] : {std::pair{5020, 10}, {5120, 0}}) {
     tier_call call = poisson_call();
-    parm::nptmn = 10;
+    parm().nptmn = 10;
     call.w_avrge = call.g_cmplx = 1.0;
     call.iswtch = iswtch;
     call.run();
@@ -325,8 +325,8 @@ TEST(Tier, LimitsGrowthWithoutExtension) {
 
 TEST(Control, SkipsASolutionThatIsGoodEnough) {
   tier_call call = poisson_call();
-  parm::mode_mess = 1;
-  parm::nptmn = 20;
+  parm().mode_mess = 1;
+  parm().nptmn = 20;
   call.eps = -1e-6;
   call.run();
   const auto solution = call.s.u;
@@ -339,22 +339,22 @@ TEST(Control, SkipsASolutionThatIsGoodEnough) {
   EXPECT_LE(call.res_out, 1e-6);
   EXPECT_EQ(call.res_in, call.res_out);
 
-  parm::ncyc_min = 2;
+  parm().ncyc_min = 2;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("TIER solver will be performed anyway: user-enforced (ncyc_min>0)."));
   EXPECT_EQ(call.ncyc_done, 2);
 
-  parm::ncyc_min = 0;
+  parm().ncyc_min = 0;
   call.iswtch = 4120;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("TIER setup will be performed anyway: user-enforced (iswit=4)."));
-  EXPECT_GT(tier::memory.ndsum, 0);
+  EXPECT_GT(tier::memory().ndsum, 0);
 }
 
 TEST(Control, DoesNothingForNoCycles) {
   tier_call call = poisson_call();
-  parm::mode_mess = 1;
-  parm::nptmn = 20;
+  parm().mode_mess = 1;
+  parm().nptmn = 20;
   call.ncyc = 1300000;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("Nothing to do since ncycle=0 on input."));
@@ -371,14 +371,14 @@ TEST(Control, DoesNothingForNoCycles) {
 
 TEST(Control, RenewsTheHierarchyWhenItHasBecomeBad) {
   tier_call call = poisson_call(20);
-  parm::mode_mess = 1;
-  parm::nptmn = 20;
+  parm().mode_mess = 1;
+  parm().nptmn = 20;
   call.iswtch = 6120;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("Performing TIER setup"));
   EXPECT_LT(call.relative_residual(), solved);
 
-  parm::block_scale = 1;
+  parm().block_scale = 1;
   call.run();
   EXPECT_EQ(call.ierr, -50);  // the warning outlives the test of convergence
   EXPECT_THAT(call.said, HasSubstr("Testing convergence with <= 10 cycles"));
@@ -389,15 +389,15 @@ TEST(Control, RenewsTheHierarchyWhenItHasBecomeBad) {
   call.s.a = other.a;
   for (std::size_t i = 0; i < call.s.ja.size(); ++i) call.s.ja[i] = other.ja[i];
   call.ncyc = 1000200;  // stand-alone cycles feel it most
-  parm::ncgrad_default = 0;
-  parm::cntrl_retry_iter = 5;
-  parm::rho_min = 0.3;
+  parm().ncgrad_default = 0;
+  parm().cntrl_retry_iter = 5;
+  parm().rho_min = 0.3;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("Performing TIER setup")) << call.said;
   EXPECT_EQ(call.ierr, 0);
   EXPECT_LT(call.relative_residual(), solved);
 
-  parm::max_calls = 1;
+  parm().max_calls = 1;
   call.run();
   EXPECT_THAT(call.said, HasSubstr("Maximum number of calls reached. Enforcing new setup."));
 
@@ -416,8 +416,8 @@ TEST(Transformed, SystemsHaveTheSolutionOfTheirOrigin) {
   for (const int modify : {0, 2, 3, 23}) {
     for (const int matrix : {22, 222, 226, 227}) {
       tier_call call = poisson_call(12);
-      parm::modify_mat = modify;
-      parm::nptmn = 20;
+      parm().modify_mat = modify;
+      parm().nptmn = 20;
       call.matrix = matrix;
       call.ifirst = 0;
       call.s.u.assign(call.s.u.size(), 0.5);
@@ -443,7 +443,7 @@ TEST(Transformed, HalfStorageSolvesTheWholeMatrix) {
   whole.run();
   for (const bool lower : {true, false}) {
     tier_call call(half_of(whole.s, lower));
-    parm::nptmn = 20;
+    parm().nptmn = 20;
     call.matrix = 32;
     call.run();
     EXPECT_EQ(call.ierr, 0) << call.said;
@@ -465,8 +465,8 @@ TEST(Transformed, HalfStorageSolvesTheWholeMatrix) {
 
 TEST(Transformed, DiagonalsAreLargerWhileItSolves) {
   tier_call call = poisson_call(12);
-  parm::modify_mat = 1;
-  parm::eps_diag = 1e-3;
+  parm().modify_mat = 1;
+  parm().eps_diag = 1e-3;
   const auto a = call.s.a;
   call.run();
   EXPECT_EQ(call.s.a, a);
@@ -477,16 +477,16 @@ TEST(Transformed, DiagonalsAreLargerWhileItSolves) {
 
 TEST(Tier, DumpsItsLevels) {
   tier_call call = poisson_call(12);
-  parm::nptmn = 20;
-  parm::filnam_dump = testing::TempDir() + "dumped";
+  parm().nptmn = 20;
+  parm().filnam_dump = testing::TempDir() + "dumped";
   call.idump = 2;
   call.run();
   int levels = 0, rows = 0, columns = 0, entries = 0;
   TIER_GET_LEVELS_CREATED(&levels);
   ASSERT_GT(levels, 1);
   for (int k = 1; k <= levels; ++k)
-    EXPECT_TRUE(std::filesystem::exists(parm::filnam_dump + std::to_string(k) + ".matrix.mtx"));
-  std::ifstream in(parm::filnam_dump + "1.interp.mtx");
+    EXPECT_TRUE(std::filesystem::exists(parm().filnam_dump + std::to_string(k) + ".matrix.mtx"));
+  std::ifstream in(parm().filnam_dump + "1.interp.mtx");
   std::string head;
   std::getline(in, head);
   in >> rows >> columns >> entries;
@@ -501,7 +501,7 @@ TEST(Tier, DumpsItsLevels) {
   EXPECT_EQ(read, entries);
   EXPECT_NEAR(sums[66], 1.0, 0.1);  // an inner row of vanishing row sum
 
-  parm::filnam_dump = "/nonexistent/folder/x";
+  parm().filnam_dump = "/nonexistent/folder/x";
   call.run();
   EXPECT_EQ(call.ierr, 1);
   EXPECT_THAT(call.said, HasSubstr("Cannot open dump file </nonexistent/folder/x1.matrix.mtx>"));
@@ -510,7 +510,7 @@ TEST(Tier, DumpsItsLevels) {
 
 TEST(Tier, ReportsAndFigures) {
   tier_call call = poisson_call(20);
-  parm::nptmn = 20;
+  parm().nptmn = 20;
   call.idump = 1;
   call.iout = 2;
   call.run();

@@ -17,7 +17,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing_support::tier_call;
-namespace parm = tier::parm;
+using tier::parm;
 constexpr double nan_value = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
@@ -51,8 +51,8 @@ void expect_fault(tier_call call, const Case& c) {
               same_bits(call.s.f, before.f) && same_bits(call.s.u, before.u));
   EXPECT_EQ(call.ncyc_done, 0);
   EXPECT_EQ(call.res_out, -1.0);
-  EXPECT_EQ(tier::memory.nisum, 0);
-  EXPECT_EQ(tier::memory.ndsum, 0);
+  EXPECT_EQ(tier::memory().nisum, 0);
+  EXPECT_EQ(tier::memory().ndsum, 0);
 }
 
 TEST_P(Fault, EndsTheCallWithItsNumberAndWords) { expect_fault(testing_support::poisson_call(), GetParam()); }
@@ -114,58 +114,58 @@ INSTANTIATE_TEST_SUITE_P(
     Parameters, Fault,
     testing::Values(
         Case{"InnerAccel", 20, "Illegal value of parameter <inner_accel>!",
-             [](tier_call&) { parm::inner_accel = 0; }},
+             [](tier_call&) { parm().inner_accel = 0; }},
         Case{"NstarTyp", 20, "Illegal value of parameter <nstar_typ>!",
-             [](tier_call&) { parm::nstar_typ = 4; }},
+             [](tier_call&) { parm().nstar_typ = 4; }},
         Case{"NdynSmo", 20, "Illegal value of parameter <ndyn_smo>!",
-             [](tier_call&) { parm::ndyn_smo = 12; }},
+             [](tier_call&) { parm().ndyn_smo = 12; }},
         Case{"IcritsNone", 20, "Illegal value of parameter <icrits>!",
-             [](tier_call&) { parm::icrits = 1000; }},
+             [](tier_call&) { parm().icrits = 1000; }},
         Case{"IcritsKind", 20, "Illegal value of parameter <icrits>!",
-             [](tier_call&) { parm::icrits = 310; }},
+             [](tier_call&) { parm().icrits = 310; }},
         Case{"IautoStop", 20, "Illegal value of parameter <iauto_stop>!",
-             [](tier_call&) { parm::iauto_stop = 21; }},
+             [](tier_call&) { parm().iauto_stop = 21; }},
         Case{"NtypAccel", 20, "Illegal value of parameter <ntyp_accel>!",
-             [](tier_call&) { parm::ntyp_accel = 13; }},
+             [](tier_call&) { parm().ntyp_accel = 13; }},
         Case{"NtypGalerkin", 20, "Illegal value of parameter <ntyp_galerkin>!",
-             [](tier_call&) { parm::ntyp_galerkin = 7; }},
+             [](tier_call&) { parm().ntyp_galerkin = 7; }},
         Case{"GmaxMultipass", 20, "Illegal value of parameter <gmax_multipass>!",
-             [](tier_call&) { parm::gmax_multipass = 1.5; }},
-        Case{"Ncg", 20, "Illegal value of parameter <ncg>!", [](tier_call&) { parm::ncg = 0; }},
-        Case{"Nwt", 20, "Illegal value of parameter <nwt>!", [](tier_call&) { parm::nwt = 0; }},
-        Case{"Ntr", 20, "Illegal value of parameter <ntr>!", [](tier_call&) { parm::ntr = -1; }},
-        Case{"NtrDigit", 20, "Illegal value of parameter <ntr>!", [](tier_call&) { parm::ntr = 3; }},
+             [](tier_call&) { parm().gmax_multipass = 1.5; }},
+        Case{"Ncg", 20, "Illegal value of parameter <ncg>!", [](tier_call&) { parm().ncg = 0; }},
+        Case{"Nwt", 20, "Illegal value of parameter <nwt>!", [](tier_call&) { parm().nwt = 0; }},
+        Case{"Ntr", 20, "Illegal value of parameter <ntr>!", [](tier_call&) { parm().ntr = -1; }},
+        Case{"NtrDigit", 20, "Illegal value of parameter <ntr>!", [](tier_call&) { parm().ntr = 3; }},
         Case{"PrimNorm", 20, "Illegal value of parameter <prim_norm>!",
-             [](tier_call&) { parm::prim_norm = 3; }},
-        Case{"Ecg", 20, "Illegal value of parameter <ecg>!", [](tier_call&) { parm::ecg = 0.0; }},
-        Case{"Levelx", 20, "Illegal value of parameter <levelx>!", [](tier_call&) { parm::levelx = 0; }},
-        Case{"NrcTwoDigits", 20, "Illegal value of parameter <nrc>!", [](tier_call&) { parm::nrc = 12; }},
-        Case{"NrcHigh", 20, "Illegal value of parameter <nrc>!", [](tier_call&) { parm::nrc = 100; }},
+             [](tier_call&) { parm().prim_norm = 3; }},
+        Case{"Ecg", 20, "Illegal value of parameter <ecg>!", [](tier_call&) { parm().ecg = 0.0; }},
+        Case{"Levelx", 20, "Illegal value of parameter <levelx>!", [](tier_call&) { parm().levelx = 0; }},
+        Case{"NrcTwoDigits", 20, "Illegal value of parameter <nrc>!", [](tier_call&) { parm().nrc = 12; }},
+        Case{"NrcHigh", 20, "Illegal value of parameter <nrc>!", [](tier_call&) { parm().nrc = 100; }},
         Case{"IterPre", 20, "Illegal value of parameter <iter_pre>!",
-             [](tier_call&) { parm::iter_pre = -1; }},
+             [](tier_call&) { parm().iter_pre = -1; }},
         Case{"RealInfinite", 20, "Illegal value of parameter <rho_min>!",
-             [](tier_call&) { parm::rho_min = infinite; }},
+             [](tier_call&) { parm().rho_min = infinite; }},
         Case{"CsetRange", 20, "Illegal value of parameter <cset_unknown>!",
-             [](tier_call&) { parm::cset_unknown = 3; }},
+             [](tier_call&) { parm().cset_unknown = 3; }},
         Case{"CsetNotReleased", 80, "Parameter setting not yet permitted <cset_unknown>",
-             [](tier_call&) { parm::cset_unknown = -5; }},
-        Case{"ClOrder", 20, "Illegal value of parameter <cl_order>!", [](tier_call&) { parm::cl_order = 9; }},
+             [](tier_call&) { parm().cset_unknown = -5; }},
+        Case{"ClOrder", 20, "Illegal value of parameter <cl_order>!", [](tier_call&) { parm().cl_order = 9; }},
         Case{"Isteering", 80, "Parameter setting not yet permitted <isteering>",
-             [](tier_call&) { parm::isteering = 1; }},
+             [](tier_call&) { parm().isteering = 1; }},
         Case{"FinestSolver", 80, "Parameter setting not yet permitted <clsolver_finest>1>",
-             [](tier_call&) { parm::clsolver_finest = 2; }},
+             [](tier_call&) { parm().clsolver_finest = 2; }},
         Case{"Schwarz", 80, "Parameter setting not yet permitted <nblk_solve: Schwarz blocks>",
-             [](tier_call&) { parm::nblk_solve = 3; }},
+             [](tier_call&) { parm().nblk_solve = 3; }},
         Case{"ModifyMatGuess", 50, "Only ifirst=0 or 1 possible now (modify_mat)",
-             [](tier_call& x) { parm::modify_mat = 2, x.ifirst = 12; }},
+             [](tier_call& x) { parm().modify_mat = 2, x.ifirst = 12; }},
         Case{"ScaleFactor", 20, "modify_mat: scale factor not in range [1.0:1.1]",
-             [](tier_call&) { parm::modify_mat = 2, parm::factor_matrix_scale = 1.2; }},
+             [](tier_call&) { parm().modify_mat = 2, parm().factor_matrix_scale = 1.2; }},
         Case{"Ihuge", 10, "ihuge too small: ihuge < nna in (tier_dimensions)",
-             [](tier_call&) { parm::ihuge = 200; }},
+             [](tier_call&) { parm().ihuge = 200; }},
         Case{"Overflow", 10, "Potential integer overflow for nda in (tier_dimensions)",
              [](tier_call& x) { x.a_cmplx = 1e9; }},
         Case{"UnitWithoutFile", 1, "A problem with a specified logfile occurred (tier_main)!",
-             [](tier_call&) { parm::logio = 5; }}),
+             [](tier_call&) { parm().logio = 5; }}),
     name_of);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -259,13 +259,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"Symmetry", -50, "Parameter <isym> may be wrong. Check!",
                          [](tier_call& x) { x.matrix = 12, x.chktol = 1e-6, x.s.a[1] *= 1.1; }},
                     Case{"MemoryCounters", -60, "Integers left: 0, Doubles left: 3",
-                         [](tier_call&) { tier::memory.ndsum = 3; }},
+                         [](tier_call&) { tier::memory().ndsum = 3; }},
                     Case{"BlockScaling", -50, "block scaling requested but not computed.",
-                         [](tier_call&) { parm::block_scale = 1; }},
+                         [](tier_call&) { parm().block_scale = 1; }},
                     Case{"OldResiduals", -50, "num_old_res < num_old_apps! Reset: num_old_res=num_old_apps",
-                         [](tier_call&) { parm::iauto_stop = 110003; }},
+                         [](tier_call&) { parm().iauto_stop = 110003; }},
                     Case{"NoEffect", -50, "Parameter <tau_uzawa> has no effect in this version!",
-                         [](tier_call&) { parm::tau_uzawa = 0.5; }}),
+                         [](tier_call&) { parm().tau_uzawa = 0.5; }}),
     name_of);
 
 TEST(TierInput, DecodesTheCodesOfTheAnalysis) {
@@ -291,10 +291,10 @@ TEST(TierInput, DecodesTheCodesOfTheAnalysis) {
   EXPECT_EQ(std::tuple(c.ecg, c.ewt, c.etr, c.a_cmplx, c.one_level),
             std::tuple(21.25, 0.2, 12.2, 2.5, false));
 
-  parm::levelx = 1;  // plain sweeps
+  parm().levelx = 1;  // plain sweeps
   for (const auto& [force, ncyc, ncgrad, nrd] :
        {std::tuple{false, 1100250, 2, 12}, {false, 1400250, 3, 12}, {true, 1100250, 1, 131}}) {
-    parm::force_accel = force;
+    parm().force_accel = force;
     call.ncyc = ncyc;
     const tier::controls other = tier::tier_input(call);
     EXPECT_EQ(std::tuple(other.ncgrad, other.nrd, other.one_level), std::tuple(ncgrad, nrd, true));
@@ -307,15 +307,15 @@ TEST(TierInput, ResolvesUserValues) {
   call.matrix = 12;
   call.ncyc = 1193;
   call.iswtch = 51993;
-  parm::nrd = 4;
-  parm::nru = 0;
-  parm::nrc = 73;
-  parm::levelx = -6;
-  parm::ecg = -1.0;
-  parm::ecg_default = 20.5;
-  parm::ewt_default = 0.3;
-  parm::ntr = 104;
-  parm::iauto_stop = 1105;
+  parm().nrd = 4;
+  parm().nru = 0;
+  parm().nrc = 73;
+  parm().levelx = -6;
+  parm().ecg = -1.0;
+  parm().ecg_default = 20.5;
+  parm().ewt_default = 0.3;
+  parm().ntr = 104;
+  parm().iauto_stop = 1105;
 
   const tier::controls c = tier::tier_input(call);
 

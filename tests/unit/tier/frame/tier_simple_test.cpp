@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing_support::poisson_call;
 using testing_support::tier_call;
-namespace parm = tier::parm;
+using tier::parm;
 
 /// A folder of its own as current folder, with an input file if `text` is given.
 class InFolder : public testing::Test {
@@ -48,7 +48,7 @@ TEST_F(TierSimple, DoesNothingWithoutFile) {
 }
 
 TEST_F(TierSimple, TakesCodesAndParametersFromItsFile) {
-  parm::allow_private_in = true;  // the file is read once
+  parm().allow_private_in = true;  // the file is read once
   write(
       "tier.in",
       "control = 12\niswtch=5120\r\nncyc=1300050\nidump=-1\n\niout=-1\neps=1.d-4\nnptmn = +20\nlogfile=\"\"\n"
@@ -58,7 +58,7 @@ TEST_F(TierSimple, TakesCodesAndParametersFromItsFile) {
   EXPECT_EQ(call.ierr, 0) << call.said;
   EXPECT_LT(call.relative_residual(), 1.1e-4);
   EXPECT_GT(call.relative_residual(), 1e-9);
-  EXPECT_EQ(parm::nptmn, 20);
+  EXPECT_EQ(parm().nptmn, 20);
 }
 
 TEST_F(TierSimple, TakesCodesThatWereSet) {
@@ -84,14 +84,14 @@ TEST_F(TierSimple, TriesAgainWithIlu) {
   call.run_simple();
   EXPECT_GT(call.ierr, 0);  // neither that transformation nor a user solver is there
 
-  parm::nsimple_emergency = 1;
+  parm().nsimple_emergency = 1;
   call.run_simple();
   EXPECT_EQ(call.ierr, 0) << call.said;
   EXPECT_LT(call.relative_residual(), 1.1e-8);
   for (const char* words : {"Last TIER run was not (fully) successful!", "trying ILU-BiCGstab now ...",
                             "... for original matrix ...", "... first guess u reset to zero ..."})
     EXPECT_THAT(call.said, HasSubstr(words));
-  EXPECT_EQ(std::tuple(parm::levelx, parm::nrc, parm::force_accel),
+  EXPECT_EQ(std::tuple(parm().levelx, parm().nrc, parm().force_accel),
             std::tuple(tier::unset_integer, 9, false));
 }
 
@@ -100,10 +100,10 @@ TEST_F(ParameterFile, IsReadOnlyWhenBothSwitchesAllowIt) {
   tier_call call = poisson_call(20);
   call.run();
   EXPECT_EQ(call.ierr, 0);
-  EXPECT_FALSE(parm::allow_filnam_in);
+  EXPECT_FALSE(parm().allow_filnam_in);
 
-  parm::allow_filnam_in = parm::allow_private_in = true;
-  parm::nptmn = 10;
+  parm().allow_filnam_in = parm().allow_private_in = true;
+  parm().nptmn = 10;
   call.eps = 1e-14;
   call.run();
   EXPECT_EQ(std::pair(call.ierr, call.ncyc_done), std::pair(-852, 2)) << call.said;
@@ -119,7 +119,7 @@ class ParameterFileFault : public InFolder, public testing::WithParamInterface<B
 
 TEST_P(ParameterFileFault, NamesFileAndLine) {
   write("tier.in", std::string("nptmn=20\n") + GetParam().line + "\n");
-  parm::allow_private_in = true;
+  parm().allow_private_in = true;
   tier_call call = poisson_call();
   call.run();
   EXPECT_EQ(call.ierr, 1);

@@ -31,7 +31,7 @@ tier::controls quiet_controls() {
   c.nptmn = 20;
   c.dump_level = -1;
   c.ntyp_galerkin = 2;
-  tier::parm::mode_mess = -3;
+  tier::parm().mode_mess = -3;
   return c;
 }
 
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
         stop_case{"HighDensity", [] { return random_system(25, 20, 0.0, 1); }, as_it_is, "high density", 1},
         stop_case{"Dominance", [] { return diagonal_system(50); }, as_it_is, "diagonal dominance, eps=0.9",
                   1},
-        stop_case{"NoStrong", [] { return diagonal_system(50); }, [](auto&) { tier::parm::eps_dd = 1.0; },
+        stop_case{"NoStrong", [] { return diagonal_system(50); }, [](auto&) { tier::parm().eps_dd = 1.0; },
                   "no strong connections", 1},
         stop_case{"FewC", [] { return pairs(2, 30); }, as_it_is, "less than3 C-variables (including FC)", 1},
         stop_case{"LowC", [] { return pairs(20, 5); }, as_it_is, "low # C-variables", 1},
@@ -99,27 +99,27 @@ INSTANTIATE_TEST_SUITE_P(
         stop_case{"LevelsReached", [] { return line(500); }, [](auto& c) { c.levelx = 3; }, "", 3},
         stop_case{"NegativeLevels", [] { return line(500); }, [](auto& c) { c.levelx = -2; }, "", 2},
         stop_case{"RatioOfExactlyTheEnd", [] { return line(500); },
-                  [](auto&) { tier::parm::term_coarsening = tier::parm::slow_coarsening = 0.5; },
+                  [](auto&) { tier::parm().term_coarsening = tier::parm().slow_coarsening = 0.5; },
                   "inefficient grid reduction", 1, -130},
         stop_case{"SlowGoesOn", [] { return line(500); },
                   [](auto& c) {
-                    tier::parm::slow_coarsening = 0.4;
+                    tier::parm().slow_coarsening = 0.4;
                     c.levelx = 2;
                   },
                   "", 2},
         stop_case{"SlownessEnforced", [] { return line(500); },
-                  [](auto&) { tier::parm::lev_coarsening_too_slow = 3; }, "too slow, enforced", 2},
+                  [](auto&) { tier::parm().lev_coarsening_too_slow = 3; }, "too slow, enforced", 2},
         stop_case{"EmergencyOnALargeCoarsestLevel", [] { return line(500); },
                   [](auto& c) {
                     c.levelx = 2;
-                    tier::parm::nptmax = 100;
+                    tier::parm().nptmax = 100;
                   },
                   "", 2, 0, 3},
         stop_case{"NoEmergencyForAnIterativeSolver", [] { return line(500); },
                   [](auto& c) {
                     c.levelx = 2;
                     c.nrc = 1;
-                    tier::parm::nptmax = 100;
+                    tier::parm().nptmax = 100;
                   },
                   "", 2, 0, 1}),
     [](const auto& c) { return std::string(c.param.name); });
@@ -189,21 +189,21 @@ INSTANTIATE_TEST_SUITE_P(Digits, Refused,
 // back.
 TEST(CreateLevels, SurvivesEveryFailedAllocation) {
   const sparse_system original = coupled(five_point(14), 2, 0.1);
-  const std::int64_t integers = tier::memory.nisum, reals = tier::memory.ndsum;
+  const std::int64_t integers = tier::memory().nisum, reals = tier::memory().ndsum;
   int failures = 0;
   testing::internal::CaptureStdout();
   for (bool finished = false; !finished; ++failures) {
     sparse_system s = original;
     tier::controls c = quiet_controls();
-    tier::parm::mode_mess = -2;  // errors alone
+    tier::parm().mode_mess = -2;  // errors alone
     c.nsys = 2;
     c.nstyp = 2;
     c.ncg = 4;
     {
       tier::hierarchy h;
       set_first_level(h, s);
-      tier::memory.allocations = 0;
-      tier::memory.fail_at = failures;
+      tier::memory().allocations = 0;
+      tier::memory().fail_at = failures;
       try {
         tier::create_levels(h, c);
         finished = true;
@@ -211,11 +211,11 @@ TEST(CreateLevels, SurvivesEveryFailedAllocation) {
         EXPECT_TRUE(e.ierr == 70 || e.ierr == 60);
         EXPECT_EQ(h.levels_created, -1);
       }
-      tier::memory.fail_at = -1;
+      tier::memory().fail_at = -1;
       for (int i = 1; i <= s.n; ++i) ASSERT_EQ(h(1).ja[h(1).ia[i]], i) << "allocation " << failures;
     }
-    ASSERT_EQ(tier::memory.nisum, integers) << "allocation " << failures;
-    ASSERT_EQ(tier::memory.ndsum, reals);
+    ASSERT_EQ(tier::memory().nisum, integers) << "allocation " << failures;
+    ASSERT_EQ(tier::memory().ndsum, reals);
   }
   EXPECT_GT(failures, 30);
   EXPECT_THAT(

@@ -163,7 +163,7 @@ TEST_P(Truncation, DropsOntoTheDiagonal) {
                               : std::vector<std::pair<int, double>>{{1, c.a21}});
   s.add_row(2.0, {{1, -1.0}});
   tier::level lv = level_of(s);
-  tier::parm::mode_mess = -3;
+  tier::parm().mode_mess = -3;
 
   int ierr = 0;
   try {
@@ -221,8 +221,8 @@ TEST_P(Repair, MakesDiagonalsPositive) {
   tier::prepare_opdfn(lv, h(2));
   tier::controls controls;
   controls.ntyp_galerkin = 2;
-  tier::parm::maxop_restart = c.maxop_restart;
-  tier::parm::mode_mess = -3;
+  tier::parm().maxop_restart = c.maxop_restart;
+  tier::parm().mode_mess = -3;
 
   int ierr = 0;
   try {

@@ -208,8 +208,8 @@ TEST(Pwint2, VariablesOutOfReach) {
     s.add_row(2.0, {{4, -1.0}});
     s.add_row(2.0, {{3, -1.0}});
     prepared_level p(s, std::vector<int>{1, -1, -1, -1});
-    tier::parm::gmax_multipass = may_grow ? 0.75 : 0.5;
-    tier::parm::mode_mess = -2;
+    tier::parm().gmax_multipass = may_grow ? 0.75 : 0.5;
+    tier::parm().mode_mess = -2;
     tier::interpolation_options o;
     o.nwtint = 4;
 

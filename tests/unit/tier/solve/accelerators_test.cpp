@@ -228,7 +228,7 @@ TEST(Stopping, RoundingIsNoBreakdown) {
 }
 
 TEST(Stopping, LeastCyclesAndLimits) {
-  tier::parm::ncyc_min = 40;  // long after the target, and over a restart
+  tier::parm().ncyc_min = 40;  // long after the target, and over a restart
   for (const int ncgrad : {cg, bicgstab, gmres, flexible_cg}) {
     test_run run(five_point(10));
     run.c.igam = 6;

@@ -34,7 +34,7 @@ struct method_case {
 class CoarsestSolvers : public testing::TestWithParam<method_case> {};
 
 TEST_P(CoarsestSolvers, SolveToTheirAccuracy) {
-  tier::parm::full_pivoting = GetParam().full_pivoting;
+  tier::parm().full_pivoting = GetParam().full_pivoting;
   for (sparse_system (*make)() :
        {+[] { return five_point(10); }, +[] { return plane_stress(5, 3); }, +[] { return seven_point(5); }}) {
     test_run run(make());
@@ -114,7 +114,7 @@ sparse_system zero_pivots() {
 }
 
 TEST_P(CoarsestFailures, NameTheMethod) {
-  tier::parm::full_pivoting = GetParam().full_pivoting;
+  tier::parm().full_pivoting = GetParam().full_pivoting;
   test_run run(zero_pivots());
   run.c.nrc = GetParam().nrc;
   run.c.isym = 1;
@@ -179,14 +179,14 @@ TEST(CoarseFillLimit, FollowsItsSign) {
   set_first_level(h, s);
   for (const auto& [lfil_cl, expected] :
        {std::pair{-10, 5}, {-20, 10}, {-100, 20}, {0, 20}, {7, 7}, {50, 20}}) {
-    tier::parm::lfil_cl = lfil_cl;
+    tier::parm().lfil_cl = lfil_cl;
     EXPECT_EQ(tier::coarse_fill_limit(h(1)), expected) << lfil_cl;
   }
 }
 
 // Pivots off the diagonal fill in more than the order foresees: the store grows by at least 1.21.
 TEST(SparseGaussStore, GrowsAndReportsEachAttempt) {
-  tier::parm::itrace_clsol = 1;
+  tier::parm().itrace_clsol = 1;
   test_run run(random_rows(400, 6, 1e-3, 2));
   set_known_solution(run.system);
 

@@ -166,7 +166,7 @@ TEST(CoarsestCheck, SpeaksWhenTheCoarsestLevelIsNotSolved) {
   test_run run(line(63));
   make_levels(run, 3);
   run.c.nrc = 1;
-  tier::parm::itmax_conv = 3;
+  tier::parm().itmax_conv = 3;
   run.c.residual_check = true;
 
   testing::internal::CaptureStdout();

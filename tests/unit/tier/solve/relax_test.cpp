@@ -75,8 +75,8 @@ TEST_P(RelxGs, GivesNumbersFromPaper) {
   tier::hierarchy h;
   set_first_level(h, s);
   if (GetParam().split) set_states(h(1), {1, -1, 2});
-  tier::parm::omega_sor_do = GetParam().omega_sor_do;
-  tier::parm::omega_sor_up = 1.5;  // without effect whatever the step
+  tier::parm().omega_sor_do = GetParam().omega_sor_do;
+  tier::parm().omega_sor_up = 1.5;  // without effect whatever the step
 
   run_steps(h(1), {GetParam().step});
 

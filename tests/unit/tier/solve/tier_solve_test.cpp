@@ -39,7 +39,7 @@ TEST_P(KnownHierarchy, GivesTheResidualsOfAnIndependentComputation) {
 
 INSTANTIATE_TEST_SUITE_P(Systems, KnownHierarchy,
                          testing::Values("diffusion", "turned-anisotropy", "turned-anisotropy-direct",
-                                         "turned-anisotropy-extended", "wall-ribbed"));
+                                         "turned-anisotropy-extended", "wall-dome", "wall-ribbed"));
 
 // The driver's own rules, on a chain of five levels.
 void prepare(test_run& run) {
@@ -58,7 +58,7 @@ TEST(Driver, TakesRelativeAbsoluteAndFloorTargets) {
     prepare(run);
     run.c.ncgrad = 0;
     run.c.eps = eps;
-    tier::parm::eps_abs = eps_abs;
+    tier::parm().eps_abs = eps_abs;
     EXPECT_EQ(run.solve(), 0);
     EXPECT_LE(run.steps.back(), expected);
     EXPECT_GT(run.steps[run.steps.size() - 2], expected);
@@ -119,7 +119,7 @@ TEST(Driver, ComparesTheCallersFirstResidual) {
     int ierr;
     const char* words;
   };
-  tier::parm::ntake_res_in = 1;
+  tier::parm().ntake_res_in = 1;
   for (const auto& [res_in, ierr, words] :
        {given_case{std::sqrt(127.0), 0, "user-provided res_in is identical to freshly computed one!"},
         {5.0, 0, "user-provided res_in is different from freshly computed one!"},
@@ -136,7 +136,7 @@ TEST(Driver, ComparesTheCallersFirstResidual) {
 
 TEST(Driver, AllocatesNothingWithinCyclesAndLeavesNothing) {
   for (const int nrc : {1, 2, 3, 7, 10}) {
-    const std::int64_t doubles = tier::memory.ndsum, integers = tier::memory.nisum;
+    const std::int64_t doubles = tier::memory().ndsum, integers = tier::memory().nisum;
     std::int64_t allocations[2];
     for (const int cycles : {1, 2}) {
       test_run run(testing_support::line(127));
@@ -146,20 +146,20 @@ TEST(Driver, AllocatesNothingWithinCyclesAndLeavesNothing) {
       run.c.ncgrad = 0;
       run.c.eps = 1e-30;
       run.c.ncycle = 3 * cycles;
-      const std::int64_t before = tier::memory.allocations;
+      const std::int64_t before = tier::memory().allocations;
       run.solve();
-      allocations[cycles - 1] = tier::memory.allocations - before;
+      allocations[cycles - 1] = tier::memory().allocations - before;
     }
     EXPECT_EQ(allocations[0], allocations[1]) << nrc;
-    EXPECT_EQ(tier::memory.ndsum, doubles);
-    EXPECT_EQ(tier::memory.nisum, integers);
+    EXPECT_EQ(tier::memory().ndsum, doubles);
+    EXPECT_EQ(tier::memory().nisum, integers);
   }
 }
 
 TEST(Driver, EveryFailedAllocationEndsWith70AndFreesAll) {
   for (std::int64_t fail_at = 0;; ++fail_at) {
     ASSERT_LT(fail_at, 300);
-    const std::int64_t doubles = tier::memory.ndsum, integers = tier::memory.nisum;
+    const std::int64_t doubles = tier::memory().ndsum, integers = tier::memory().nisum;
     int ierr = 0;
     {
       test_run run(testing_support::convection_diffusion(12, 5.0));
@@ -167,12 +167,12 @@ TEST(Driver, EveryFailedAllocationEndsWith70AndFreesAll) {
       run.c.nxtyp = 2;
       run.c.nrc = 7;
       run.c.eps = 1e-6;
-      tier::memory.fail_at = tier::memory.allocations + fail_at;
+      tier::memory().fail_at = tier::memory().allocations + fail_at;
       ierr = run.solve();
-      tier::memory.fail_at = -1;
+      tier::memory().fail_at = -1;
     }
-    ASSERT_EQ(tier::memory.ndsum, doubles) << fail_at;
-    ASSERT_EQ(tier::memory.nisum, integers) << fail_at;
+    ASSERT_EQ(tier::memory().ndsum, doubles) << fail_at;
+    ASSERT_EQ(tier::memory().nisum, integers) << fail_at;
     if (ierr == 0) break;
     ASSERT_TRUE(ierr == 70 || ierr == 60) << ierr;
   }

@@ -17,7 +17,7 @@ namespace {
 
 using testing::ContainsRegex;
 using testing::Not;
-namespace parm = tier::parm;
+using tier::parm;
 
 constexpr const char* comma = "[0-9],[0-9]";
 
@@ -36,9 +36,9 @@ TEST(DecimalPoint, StandsInReportsAndDumpedFilesInEveryLocale) {
   std::filesystem::create_directory(folder);
   std::filesystem::current_path(folder);
   testing_support::tier_call call = testing_support::poisson_call();
-  parm::nptmn = 10;
-  parm::itrace_clsol = parm::itrace_sol = parm::itrace_amgmain = 3;
-  parm::nrc = 2;
+  parm().nptmn = 10;
+  parm().itrace_clsol = parm().itrace_sol = parm().itrace_amgmain = 3;
+  parm().nrc = 2;
   call.matrix = 12;
   call.idump = 2;
   call.iout = 3;

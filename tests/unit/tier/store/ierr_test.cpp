@@ -14,7 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing_support::sparse_system;
 using testing_support::tier_call;
-namespace parm = tier::parm;
+using tier::parm;
 
 /// [a b; c d], a diagonal block that the smoothers of blocks meet too: two functions at one point.
 tier_call two_rows(double a, double b, double c, double d) {
@@ -25,7 +25,7 @@ tier_call two_rows(double a, double b, double c, double d) {
   s.ip = {1, 1};
   s.f = {1.0, 0.0};
   tier_call call(s);
-  parm::nrc = 99;  // nothing but smoother and accelerator
+  parm().nrc = 99;  // nothing but smoother and accelerator
   return call;
 }
 
@@ -64,13 +64,13 @@ TEST_P(Number, ComesWithItsWords) {
 
   EXPECT_EQ(call.ierr, GetParam().ierr) << call.said;
   EXPECT_THAT(call.said, HasSubstr(GetParam().words));
-  EXPECT_EQ(std::pair(tier::memory.nisum, tier::memory.ndsum), std::pair(std::int64_t{0}, std::int64_t{0}));
+  EXPECT_EQ(std::pair(tier::memory().nisum, tier::memory().ndsum), std::pair(std::int64_t{0}, std::int64_t{0}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Calls, Number,
     testing::Values(
-        Raised{"Extension", 60, cube, [](tier_call& x) { parm::nptmn = 10, parm::ihuge = x.nna; },
+        Raised{"Extension", 60, cube, [](tier_call& x) { parm().nptmn = 10, parm().ihuge = x.nna; },
                "Memory extension failed (integer overflow for size of array "},
         Raised{"BlockIlu", 200, singular_block, [](tier_call& x) { x.nsolve = 26; },
                "Error in BLOCK ILU smoother in (smoother)"},
@@ -89,21 +89,21 @@ INSTANTIATE_TEST_SUITE_P(
         Raised{"CgRestart", -830, zero_product, [](tier_call& x) { x.ncyc = 5100100; },
                "Modification of initial guess (old_cgc)."},
         Raised{"CgResidual", -831, poisson,
-               [](tier_call& x) { x.matrix = 12, x.ncyc = 5100100, parm::factor_quasi_res = 1.0; },
+               [](tier_call& x) { x.matrix = 12, x.ncyc = 5100100, parm().factor_quasi_res = 1.0; },
                "CG stop: quasi and real residual too different (old_cgc)!"},
         Raised{"BicgstabResidual", -841, poisson,
-               [](tier_call& x) { x.ncyc = 5200100, parm::factor_quasi_res = 1.0; },
+               [](tier_call& x) { x.ncyc = 5200100, parm().factor_quasi_res = 1.0; },
                "BiCGstab stop: quasi and real residual too different (cgstab)!"},
         Raised{"GmresResidual", -851, poisson,
-               [](tier_call& x) { x.ncyc = 5310100, parm::factor_quasi_res = 1.0; },
+               [](tier_call& x) { x.ncyc = 5310100, parm().factor_quasi_res = 1.0; },
                "GMRes stop: quasi and real residual too different (gmres)!"},
         Raised{"Cycles", -862, poisson,
-               [](tier_call& x) { x.ncyc = 1000003, parm::ncgrad_default = 0, parm::nptmn = 10; },
+               [](tier_call& x) { x.ncyc = 1000003, parm().ncgrad_default = 0, parm().nptmn = 10; },
                "+++ WARNG: Cycling stop: not converged (tier_solve)!"},
-        Raised{"Sweeps", -862, poisson, [](tier_call& x) { x.ncyc = 5000003, parm::ncgrad_default = 0; },
+        Raised{"Sweeps", -862, poisson, [](tier_call& x) { x.ncyc = 5000003, parm().ncgrad_default = 0; },
                "Cycling stop: not converged (tier_solve)!"},
         Raised{"CoarsestCg", -920, zero_product,
-               [](tier_call& x) { x.ncyc = 1300100, parm::nrc = 4, parm::nrd = parm::nru = 0; },
+               [](tier_call& x) { x.ncyc = 1300100, parm().nrc = 4, parm().nrd = parm().nru = 0; },
                "Modification of initial guess (cgc0)."}),
     [](const testing::TestParamInfo<Raised>& tested) { return tested.param.name; });
 

@@ -15,7 +15,7 @@
 namespace {
 
 using testing::HasSubstr;
-namespace parm = tier::parm;
+using tier::parm;
 
 std::string contents(const std::string& path) {
   std::ostringstream text;
@@ -34,8 +34,8 @@ struct Channel {
 class OpenLogfile : public testing::TestWithParam<Channel> {};
 
 TEST_P(OpenLogfile, FollowsUnitAndFile) {
-  parm::logio = GetParam().logio;
-  parm::logfile = GetParam().logfile;
+  parm().logio = GetParam().logio;
+  parm().logfile = GetParam().logfile;
   int ierr = -1;
 
   testing::internal::CaptureStdout();
@@ -62,12 +62,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(LogFile, IsContinuedAndNotSharedByUnits) {
   const std::string path = testing::TempDir() + "tier_log_file_test.log";
   std::ofstream(path) << "before\n";
-  parm::logio = 17;
-  parm::logfile = path;
+  parm().logio = 17;
+  parm().logfile = path;
   ASSERT_EQ(tier::open_logfile(), 0);
   tier::message("during   ", 1, 0);
   ASSERT_EQ(tier::open_logfile(), 0);
-  parm::logio = 18;
+  parm().logio = 18;
   EXPECT_EQ(tier::open_logfile(), 1);
   TIER_CLOSE_LOGFILE();
   EXPECT_THAT(contents(path), testing::StartsWith("before\n\nduring\n"));
@@ -77,8 +77,8 @@ TEST(LogFile, IsContinuedAndNotSharedByUnits) {
 
 TEST(LogFile, TellsOnceThatTheDiskIsFullAndGoesOnWithUnitSix) {
   for (const int unit : {17, 0}) {
-    parm::logio = unit;
-    parm::logfile = "/dev/full";
+    parm().logio = unit;
+    parm().logfile = "/dev/full";
     testing::internal::CaptureStdout();
     ASSERT_EQ(tier::open_logfile(), 0);
     tier::message("lost");
@@ -99,7 +99,7 @@ TEST(Messages, PassByClassAndMode) {
       {0, "*** ERROR: x\n+++ WARNG: x\n>>> MESSG: x\n"},
       {1, "*** ERROR: x\n+++ WARNG: x\n>>> MESSG: x\n>>> CNTRL: x\n"}};
   for (const auto& [mode, said] : expected) {
-    parm::mode_mess = mode;
+    parm().mode_mess = mode;
     testing::internal::CaptureStdout();
     for (const int message_class : {1, -1, 0, -2}) {
       const int none = 0, length = 3;

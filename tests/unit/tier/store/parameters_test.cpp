@@ -48,10 +48,11 @@ void expect_defaults() {
 TEST(Parameters, StartWithTheirDefaultsAndComeBackToThem) {
   expect_defaults();
   for (const tier::parameter_entry& p : tier::parameter_list()) {
-    if (int* const* i = std::get_if<int*>(&p.place)) **i += 1;
-    if (double* const* d = std::get_if<double*>(&p.place)) **d = 0.371;
-    if (bool* const* b = std::get_if<bool*>(&p.place)) **b = !**b;
-    if (std::string* const* s = std::get_if<std::string*>(&p.place)) **s = "away";
+    const tier::parameter_reference place = p.place();
+    if (int* const* i = std::get_if<int*>(&place)) **i += 1;
+    if (double* const* d = std::get_if<double*>(&place)) **d = 0.371;
+    if (bool* const* b = std::get_if<bool*>(&place)) **b = !**b;
+    if (std::string* const* s = std::get_if<std::string*>(&place)) **s = "away";
     EXPECT_FALSE(p.at_default()) << p.name;
   }
   TIER_RESET_HIDDEN();
@@ -110,7 +111,7 @@ TEST(Parameters, AreFoundByNameWithTrailingBlanks) {
   TIER_GETINTEGER("nrd", &three, &i);
   EXPECT_EQ(i, 2);
   TIER_SETANY("conv_stop", &nine, &real_type, &two, &value, &two, "", &two);
-  EXPECT_EQ(tier::parm::conv_stop, 0.25);
+  EXPECT_EQ(tier::parm().conv_stop, 0.25);
 }
 
 void set_integer(const char* name) {

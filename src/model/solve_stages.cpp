@@ -55,6 +55,23 @@ void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver
                 seconds() - start);
 }
 
+void reportTier(const TierOutcome& outcome, double time) {
+  if (outcome.ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %d\n", outcome.ierr);
+  if (outcome.ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %d\n", outcome.ierr);
+  const bool converged = outcome.ierr == 0 && outcome.isSolution();
+  vPrintMessage(100, "   Solver= TIER  steps= %d  relative residual= %.2e  time= %.2f sec%s\n", outcome.steps,
+                outcome.relativeResidual, time, converged ? "" : "  not converged");
+  if (outcome.isSolution()) return;
+  vPrintMessage(
+      1,
+      "\n !! Warning !!  The displacements of this pass are no solution: the relative residual of the "
+      "multigrid solver is %.2e, its target %.0e, its code %d. Mend thin or empty triangles, or take "
+      "the direct solver (value 2 of the .CPU file).\n",
+      outcome.relativeResidual, TierOutcome::target, outcome.ierr);
+  vPrintMessage(100, "   The displacements of this pass are no solution: relative residual= %.2e\n",
+                outcome.relativeResidual);
+}
+
 /// The hierarchy of the first pass serves the second, as its matrix does; after a failure it is gone.
 void solvePassTier(int stressPass, int passCount, bool& hierarchyKept) {
   const bool first = stressPass == 1;
@@ -69,10 +86,7 @@ void solvePassTier(int stressPass, int passCount, bool& hierarchyKept) {
   const double start = seconds();
   const TierOutcome outcome = solveTier(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass);
   hierarchyKept = pass != TierPass::only && outcome.ierr <= 0;
-  if (outcome.ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %d\n", outcome.ierr);
-  if (outcome.ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %d\n", outcome.ierr);
-  vPrintMessage(100, "   Solver= TIER  steps= %d  relative residual= %.2e  time= %.2f sec%s\n", outcome.steps,
-                outcome.relativeResidual, seconds() - start, outcome.ierr != 0 ? "  not converged" : "");
+  reportTier(outcome, seconds() - start);
 }
 
 }  // namespace

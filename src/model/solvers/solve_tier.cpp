@@ -47,7 +47,7 @@ double relativeResidual(const CompressedSystem& s, std::span<const double> u) {
     residual += r * r;
     load += s.rowLoad[i] * s.rowLoad[i];
   }
-  return load > 0.0 ? std::sqrt(residual / load) : 0.0;
+  return residual == 0.0 ? 0.0 : std::sqrt(residual / load);  // infinite for a zero load
 }
 
 }  // namespace
@@ -60,7 +60,7 @@ TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int 
   const int functions = 3, nonSymmetric = 21, unknownBased = 20, guessAsItStands = 0, off = -1;
   const int cycles = 1300000 + cycleLimit;  // V-cycles under flexible GMRES
   const int code = runCode(pass), iscale[3] = {0, 0, 0};
-  const double tolerance = 1e-8, noChecks = -1.0;
+  const double tolerance = TierOutcome::target, noChecks = -1.0;
   double operatorSize = 2.2, gridSize = 1.7, pointSize = 0.0, stencil = 2.4;  // estimates of the work space
   double firstResidual = 0.0, lastResidual = 0.0;
   TierOutcome outcome;

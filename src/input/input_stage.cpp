@@ -9,6 +9,7 @@
 #include "input/geometry_file.h"
 #include "input/geometry_statistics.h"
 #include "input/mesh_tables.h"
+#include "input/needle_triangles.h"
 #include "input/polymer_file.h"
 #include "input/prior_results.h"
 #include "input/process_file.h"
@@ -44,6 +45,7 @@ void inputStage() {
   checkGeometry();
   checkBoundaryNodes(fixed ? workingFiles.bc1 : settings);
   echoGeometry();
+  warnOfNeedles();
 }
 
 }  // namespace keld

@@ -128,7 +128,7 @@ void TIER_SIMPLE(const int* nnu, const int* nna, const int* nsys, const int* ia,
   *ierr = tier::read_codes(call);
   if (*ierr == 0 && call.iswtch == 0)
     tier::info(tier::message_class::warning,
-               "Nothing to do since iswtch=0: set it in the input file (tier_simple)");
+               "Nothing to do since iswtch=0: set it in the input file or by TIER_SETCONTROL (tier_simple)");
   if (*ierr == 0) *ierr = tier::tier_main(call, results);
   if (tier::parm().nsimple_emergency != 0 && !tier::was_successful(*ierr))
     *ierr = tier::emergency_run(call, results);

@@ -44,7 +44,7 @@ TEST_F(TierSimple, DoesNothingWithoutFile) {
   tier_call call = poisson_call();
   call.run_simple();
   EXPECT_EQ(std::tuple(call.ierr, call.ncyc_done, call.res_out), std::tuple(0, 0, -1.0));
-  EXPECT_THAT(call.said, HasSubstr("iswtch=0"));
+  EXPECT_THAT(call.said, HasSubstr("+++ WARNG: Nothing to do since iswtch=0: set it"));
 }
 
 TEST_F(TierSimple, TakesCodesAndParametersFromItsFile) {

@@ -6,11 +6,17 @@
  * is the first element. State is global to the library: no two calls may overlap.
  *
  * A is given in compressed rows: row i occupies positions ia(i) to ia(i+1)-1 of ja (columns 1 to nnu) and a
- * (values), its first entry is the diagonal, no column stands twice in a row. docs/solver.md tells the digit
- * codes and the table of ierr, docs/parameters.md the named parameters.
+ * (values), its first entry is the diagonal, no column stands twice in a row. Pages beside this header, in
+ * share/doc/tier: solver.md tells the digit codes and the table of ierr, tuning.md what to set when,
+ * parameters.md the named parameters, not_released.md what isn't there.
  */
 #ifndef TIER_H
 #define TIER_H
+
+#define TIER_VERSION_MAJOR 1
+#define TIER_VERSION_MINOR 0
+#define TIER_VERSION_PATCH 0
+#define TIER_VERSION (10000 * TIER_VERSION_MAJOR + 100 * TIER_VERSION_MINOR + TIER_VERSION_PATCH)
 
 #if defined(__GNUC__)
 #define TIER_API __attribute__((visibility("default")))

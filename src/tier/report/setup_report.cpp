@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cinttypes>
 
+#include "tier/api/tier.h"
 #include "tier/store/dimensions.h"
 #include "tier/store/print_line.h"
 #include "tier/store/results_of_run.h"
@@ -80,7 +81,7 @@ void print_dimensions(const hierarchy& h, const controls& c) {
 
 void print_banner(const controls& c) {
   if (std::max(c.dump_level, c.out_level) < 0) return;
-  message("TIER, Release 1.0", 1, 1);
+  message(formatted("TIER, Release %d.%d", TIER_VERSION_MAJOR, TIER_VERSION_MINOR), 1, 1);
   if (c.dump_level >= 1) print_input_list(c);
 }
 

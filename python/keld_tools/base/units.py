@@ -21,6 +21,7 @@ UNITS: dict[str, dict[str, tuple[float, float]]] = {
     "density": {"g_cm3": (1.0, 0.0), "kg_m3": (1e-3, 0.0)},
     "flow": {"cm3_s": (1.0, 0.0)},
     "time": {"s": (1.0, 0.0)},
+    "angle": {"deg": (1.0, 0.0)},
     "number": {"": (1.0, 0.0)},
 }
 

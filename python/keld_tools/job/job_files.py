@@ -12,6 +12,8 @@ from ..base.progress import Progress
 from ..meshes import mesh_input, surface
 from ..meshes.mesh_input import JobMesh
 from ..part.part_file import Part
+from ..results import origin
+from ..results.origin import Origin
 from . import checks, working_files
 from .fields import Fields
 
@@ -49,7 +51,32 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     contents[".CPU"] = working_files.settings(part.direct_solver, part.cycle_limit)
     contents[".MAL"] = working_files.material(part)
     contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
+    contents[origin.SUFFIX] = origin.text_of(origin_of(part, mesh, findings))
     return {suffix: text for suffix, text in contents.items() if text}
+
+
+def origin_of(part: Part, mesh: JobMesh, findings: Findings) -> Origin:
+    """What goes along with the job for measuring; node numbers of the mesh file become those of the job."""
+    groups = {name: mask[mesh.source] for name, mask in mesh.groups.items()}
+    drawing = part.drawing
+    for measure in drawing.measures:
+        measure.places = own_numbers(mesh, measure.places, f"{measure.where} {measure.name}", findings)
+        for face in measure.faces:
+            if isinstance(face, str) and face not in groups:
+                has = ", ".join(groups) or "none"
+                findings.fault(measure.where, f"{measure.name}: the mesh has no group {face!r}; it has {has}")
+    if drawing.datum:
+        drawing.datum = own_numbers(mesh, drawing.datum, "[datum]", findings)
+    return Origin(part.mesh.path, part.mesh.to_mm, groups, drawing, part.title)
+
+
+def own_numbers(mesh: JobMesh, places: list, place: str, findings: Findings) -> list:
+    """Nodes of the mesh file as numbers of the job, from 1; points stay what they are."""
+    found = []
+    for entry in places:
+        index = mesh_input.find_nodes(mesh, [entry], "node", place, findings) if isinstance(entry, int) else None
+        found += [entry] if index is None else [n + 1 for n in index]
+    return found
 
 
 def side_temperatures(fields: Fields) -> tuple[np.ndarray, np.ndarray]:

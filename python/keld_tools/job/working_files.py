@@ -11,7 +11,7 @@ from ..base.ownership import MADE_BY_JOB as MADE_BY
 from ..part.part_file import Part
 from ..part.polymers import Filler, Polymer
 
-SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
+SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1", ".origin.json")
 UNKNOWN_NODE = 0
 
 

@@ -6,7 +6,6 @@ Called by job_cli. Values leave here in the units of units.py; nothing here look
 from __future__ import annotations
 
 import math
-import re
 import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -14,7 +13,8 @@ from pathlib import Path
 from ..base import units
 from ..base.findings import BadFile, Findings
 from . import polymers
-from .part_section import FieldRequest, Section, is_number
+from .drawing import Drawing, drawing_of
+from .part_section import FieldRequest, Section, is_number, key_lines
 from .polymers import Filler, Polymer
 
 
@@ -63,6 +63,7 @@ class Part:
     boundary_nodes: list = field(default_factory=list)  # numbers, or points in mm
     direct_solver: bool = True
     cycle_limit: int = 3000
+    drawing: Drawing = field(default_factory=Drawing)  # measures to take of the moulded part
     places: dict[str, str] = field(default_factory=dict)  # section -> "file:line: [section]"
 
 
@@ -93,18 +94,6 @@ def read_part_file(path: Path, findings: Findings) -> Part:
     return read_part(document, path, key_lines(text), findings, path.parent)
 
 
-def key_lines(text: str) -> dict[tuple[str, str], int]:
-    """(section, key) -> line number, (section, "") -> line of its head, for messages."""
-    lines, section = {}, ""
-    for number, line in enumerate(text.splitlines(), 1):
-        if head := re.match(r"\s*\[\s*([^\[\]]+?)\s*\]", line):
-            section = head[1].replace('"', "")
-            lines.setdefault((section, ""), number)
-        elif key := re.match(r"\s*\"?([\w-]+)\"?\s*=", line):
-            lines.setdefault((section, key[1]), number)
-    return lines
-
-
 def read_part(document: dict, path, lines: dict, findings: Findings, folder: Path) -> Part:
     """The part of a parsed document; all faults go to `findings`, relative paths start at `folder`."""
 
@@ -112,6 +101,7 @@ def read_part(document: dict, path, lines: dict, findings: Findings, folder: Pat
         return Section(name, document.get(name, {}), path, lines, findings)
 
     top, part = Section("", document, path, lines, findings), Part()
+    top.known += ["measure", "datum"]
     for name in ("mesh", "polymer", "second_polymer", "filler", "conditions", "fields", "boundary", "solver"):
         top.known.append(name)
         part.places[name] = Section(name, {}, path, lines, Findings()).place()
@@ -133,6 +123,7 @@ def read_part(document: dict, path, lines: dict, findings: Findings, folder: Pat
     part.boundary_nodes = boundary.nodes("fixed")
     boundary.finish()
     read_solver(section("solver"), part)
+    part.drawing = drawing_of(document, path, lines, findings)
     return part
 
 

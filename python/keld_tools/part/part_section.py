@@ -7,6 +7,7 @@ from __future__ import annotations
 
 import difflib
 import math
+import re
 from dataclasses import dataclass
 
 from ..base import units
@@ -143,6 +144,21 @@ class Section:
             if key not in self.known:
                 near = difflib.get_close_matches(key, self.known, 1)
                 self.fault(key, "is not known" + (f"; did you mean {near[0]}?" if near else ""))
+
+
+def key_lines(text: str) -> dict[tuple[str, str], int]:
+    """(section, key) -> line number, (section, "") -> line of its head; the second of [[measure]] is "measure 2"."""
+    lines, section, lists = {}, "", {}
+    for number, line in enumerate(text.splitlines(), 1):
+        if head := re.match(r"\s*(\[\[?)\s*([^\[\]]+?)\s*\]", line):
+            section = head[2].replace('"', "")
+            if head[1] == "[[":
+                lists[section] = lists.get(section, 0) + 1
+                section = f"{section} {lists[section]}"
+            lines.setdefault((section, ""), number)
+        elif key := re.match(r"\s*\"?([\w-]+)\"?\s*=", line):
+            lines.setdefault((section, key[1]), number)
+    return lines
 
 
 def is_number(value) -> bool:

@@ -6,34 +6,23 @@ import argparse
 import math
 import sys
 from pathlib import Path
-from shlex import quote
 
 import numpy as np
 
 from .. import __version__
-from ..base import ownership
+from ..base import atomic, ownership
 from ..base.findings import BadFile, Findings
 from ..base.program import next_commands, run_program, whole_output
 from ..base.progress import Progress
 from ..job import working_files
+from ..measuring import alignment, listing, measures
+from ..part.drawing import Drawing, Place, read_drawing
 from ..report import picture
+from ..report import shown as shown_fields
 from ..results import compensate, vtu
-from ..results.geometry_file import PartGeometry, read_geometry, read_prior
-from ..results.results_file import Results, read_results
+from ..results.finished_job import FinishedJob, read_job
 
 RESULTS = (".WR1", ".WD1", ".WLG1", ".vtu", ".png")  # files of a base name besides those of its job
-
-# field -> (what distorts the part, component or None for the length, words)
-FIELDS = {
-    "total": ("total", None, "total displacement"),
-    "x": ("total", 0, "displacement along x"),
-    "y": ("total", 1, "displacement along y"),
-    "z": ("total", 2, "displacement along z"),
-    "in-mold": ("in-mold", None, "in-mold displacement (frozen-in stress)"),
-    "thermal": ("thermal", None, "thermal displacement"),
-    "sink": ("total", None, "sink mark"),
-    "remaining": ("remaining", None, "remaining deviation from the nominal shape"),
-}
 
 
 def arguments(argv: list[str] | None) -> argparse.Namespace:
@@ -42,7 +31,7 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     )
     parser.add_argument("base", metavar="BASE", help="base name of the job, as given to keld")
     parser.add_argument(
-        "--field", choices=FIELDS, help="what colours the picture (default total; remaining for a cavity)"
+        "--field", choices=shown_fields.FIELDS, help="what colours the picture (default total; remaining for a cavity)"
     )
     parser.add_argument("--scale", type=float, metavar="TIMES", help="exaggeration of the displacement")
     parser.add_argument("--view", default="iso", help=f"{', '.join(picture.VIEWS)}, or AZIMUTH,ELEVATION in degrees")
@@ -51,17 +40,30 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
     parser.add_argument("--compensate", action="store_true", help="also write the corrected cavity and its job")
     parser.add_argument("--factor", type=float, default=1.0, help="share of the displacement turned round (default 1)")
+    parser.add_argument(
+        "--measure",
+        nargs="?",
+        const="",
+        metavar="DRAWING.toml",
+        help="answer its measures, else those of the part file",
+    )
+    parser.add_argument(
+        "--align", choices=alignment.METHODS, default="best-fit", help="how the part lies over its nominal shape"
+    )
+    parser.add_argument("--datum", metavar='"X,Y,Z X,Y,Z X,Y,Z"', help="three points of --align points, mm")
+    parser.add_argument("--remove-shrinkage", action="store_true", help="fit a scale too: what remains is the warpage")
     parser.add_argument("--version", action="version", version=f"keld-view {__version__}")
     words = list(sys.argv[1:] if argv is None else argv)
-    if "--view" in words[:-1]:  # argparse takes -60,30 for an option unless the two are one word
-        at = words.index("--view")
-        words[at : at + 2] = [f"--view={words[at + 1]}"]
+    for name in ("--view", "--datum"):  # argparse takes -60,30 for an option unless the two are one word
+        if name in words[:-1]:
+            at = words.index(name)
+            words[at : at + 2] = [f"{name}={words[at + 1]}"]
     return parser.parse_args(words)
 
 
 @whole_output
 def main(argv: list[str] | None = None) -> int:
-    """Exit status: 0 when everything is written, 1 for a file or an option that can't be used."""
+    """Exit status: 0 when everything is written, 1 for a file or an option that can't be used, 2 out of tolerance."""
     options = arguments(argv)
     options.base = str(base_of(options.base))
     return run_program("keld-view", options, run, options.output or options.base, "stopped")
@@ -74,39 +76,36 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
         if value is not None and not (math.isfinite(value) and value > 0):
             raise BadFile(f"--{name}", f"{value:g} isn't above 0")
     base = Path(options.base)
-    geometry, results_path = Path(f"{base}.PG1"), Path(f"{base}.WR1")
-    progress("reading the part")
-    part = read_geometry(geometry)
-    if not len(part.triangles):
-        raise BadFile(geometry, "has no triangle")
-    progress("reading the results")
-    if not results_path.is_file():
-        raise BadFile(results_path, f"isn't there; run keld {quote(str(base))} 1@ INSTALL/ 2@ first")
-    results = read_results(results_path, len(part.points))
-    if results_path.stat().st_mtime < geometry.stat().st_mtime:
-        findings.warn(str(results_path), "is older than the mesh: is it the result of this job?")
-    read_prior(base, part, findings)
-    nominal = compensate.nominal_points(base, part)
-    remaining = None if nominal is None else part.points + results.total - nominal
-    scene = make_scene(options, part, results, remaining, nominal, view)
-
+    job = read_job(base, findings, progress)
+    drawing = drawing_for(options, job, findings)
+    fit = shown_fields.Fit(options.align, options.remove_shrinkage, job.nodes_at(datum_of(options) or drawing.datum))
+    name = options.field or ("remaining" if job.corrected else "total")
+    shown = shown_fields.shown(job, name, fit)
+    if findings.faults:
+        return ""
     target = options.output or str(base)
     cavity = compensate.next_base(Path(target))
-    written = [Path(f"{target}.vtu"), Path(f"{target}.png")]
+    measures_path = [Path(f"{target}.measures.csv")] * (options.measure is not None)
+    written = [Path(f"{target}.vtu"), Path(f"{target}.png"), *measures_path]
     ownership.refuse_foreign(
         written + (compensate.paths_at_risk(base, cavity) if options.compensate else []), options.overwrite, findings
     )
     if findings.faults:
         return ""
     progress("writing the .vtu")
-    vtu.write_vtu(Path(f"{target}.vtu"), part, vtu.point_data(results, remaining), options.ascii)
+    vtu.write_vtu(Path(f"{target}.vtu"), job.part, vtu.point_data(job.results, job.remaining_mm), options.ascii)
     progress("drawing")
+    scene = make_scene(options, job, shown, view)
     picture.draw(Path(f"{target}.png"), scene)
-    lines = scene.notes + [f"written: {target}.vtu {target}.png"]
+    lines = scene.notes
+    if options.measure is not None:
+        lines += measured(job, drawing.measures, fit, measures_path[0], findings)
+    lines.append("written: " + " ".join(map(str, written)))
     if options.compensate:
         progress("writing the corrected cavity")
-        deviation = results.total if remaining is None else remaining
-        files = compensate.write_cavity(base, cavity, part, deviation, options.factor, nominal)
+        deviation = job.moulded_mm - job.nominal_mm
+        nominal = job.nominal_mm if job.corrected else None
+        files = compensate.write_cavity(base, cavity, job.part, deviation, options.factor, nominal)
         lines += [
             "corrected cavity: " + " ".join(map(str, files)),
             f"next: {next_commands(cavity)}   shows what remains",
@@ -132,45 +131,50 @@ def view_angles(text: str) -> tuple[float, float]:
     raise BadFile("--view", f"{text!r} is none of {', '.join(picture.VIEWS)} and no AZIMUTH,ELEVATION in degrees")
 
 
-def make_scene(options, part: PartGeometry, results: Results, remaining, nominal, view) -> picture.Scene:
+def drawing_for(options: argparse.Namespace, job: FinishedJob, findings: Findings) -> Drawing:
+    """The drawing named after --measure, else the one that keld-job handed on."""
+    if options.measure:
+        return read_drawing(Path(options.measure), findings)
+    if options.measure is not None and not job.origin.drawing.measures:
+        raise BadFile("--measure", f"{job.base} has no [[measure]] of its part file; name a drawing.toml")
+    return job.origin.drawing
+
+
+def datum_of(options: argparse.Namespace) -> list[Place] | None:
+    """Three points of --datum "x,y,z x,y,z x,y,z"."""
+    if options.datum is None:
+        return None
+    try:
+        points = [tuple(float(c) for c in point.split(",")) for point in options.datum.split()]
+    except ValueError:
+        points = []
+    if len(points) != 3 or any(len(p) != 3 or not np.isfinite(p).all() for p in points):
+        raise BadFile("--datum", f'{options.datum!r} is not of the form "x,y,z x,y,z x,y,z" in mm')
+    return points
+
+
+def measured(job: FinishedJob, wanted, fit: shown_fields.Fit, path: Path, findings) -> list[str]:
+    """The table of all answers; BASE.measures.csv beside it."""
+    moved, _ = shown_fields.laid_over(job.nominal_mm, job.moulded_mm, job.nodes, fit, job.boundary)
+    answers = measures.answers_of(wanted, job.shapes(moved), findings)
+    if findings.faults:
+        return []
+    atomic.write_file(path, lambda place: place.write_text(listing.csv_text(answers), encoding="utf-8"))
+    findings.out_of_tolerance = any(answer.within is False for answer in answers)
+    return ["", listing.console(answers), ""]
+
+
+def make_scene(options, job: FinishedJob, shown: shown_fields.Shown, view) -> picture.Scene:
     """The picture's data; a corrected cavity is shown as its deviation from the nominal shape."""
-    name = options.field or ("total" if remaining is None else "remaining")
-    which, component, words = FIELDS[name]
-    vectors = {"total": results.total, "in-mold": results.in_mold, "thermal": results.thermal, "remaining": remaining}
-    vector = vectors[which]
-    if vector is None:
-        raise BadFile(
-            f"--field {name}",
-            "this run has no frozen-in stress" if which == "in-mold" else "this job isn't a corrected cavity",
-        )
-    values = (
-        results.sink
-        if name == "sink"
-        else (np.linalg.norm(vector, axis=1) if component is None else vector[:, component])
-    )
-    points = nominal if which == "remaining" else part.points
-    scale = options.scale or picture.automatic_scale(points[np.unique(part.triangles)], vector)
+    scale = options.scale or picture.automatic_scale(shown.points_mm[job.nodes], shown.displacement_mm[job.nodes])
     return picture.Scene(
-        points,
-        part.triangles,
-        vector,
-        values,
+        shown.points_mm,
+        job.part.triangles,
+        shown.displacement_mm,
+        shown.values_mm,
         "mm",
-        f"{Path(options.base).name}: {words}".encode(errors="replace").decode(),
-        notes_of(points, part, vector, values, words),
+        f"{Path(options.base).name}: {shown.words}".encode(errors="replace").decode(),
+        shown_fields.notes_of(shown, job.nodes),
         scale,
         view,
     )
-
-
-def notes_of(points: np.ndarray, part: PartGeometry, vector: np.ndarray, values: np.ndarray, words: str) -> list[str]:
-    """The greatest value and where it is, and the range of each component over the part."""
-    used = np.unique(part.triangles)
-    node = used[np.abs(values[used]).argmax()]
-    x, y, z = points[node]
-    lines = [
-        f"greatest {words.split(' (')[0]}: {values[node]:.4g} mm at node {node + 1} ({x:.4g}, {y:.4g}, {z:.4g}) mm"
-    ]
-    ranges = [f"{axis} {vector[used, i].min():.4g} to {vector[used, i].max():.4g}" for i, axis in enumerate("xyz")]
-    lines.append("components of the displacement shown: " + ", ".join(ranges) + " mm")
-    return lines

@@ -21,7 +21,7 @@ from ..job import working_files
 from ..meshes import surface
 from .geometry_file import PartGeometry, after_title, read_geometry, text_of
 
-COPIED = (".PRC", ".CPU", ".MAL", ".RS1", ".PT1", ".CT1")
+COPIED = (".PRC", ".CPU", ".MAL", ".RS1", ".PT1", ".CT1", ".origin.json")
 
 
 def nominal_path(base: Path) -> Path:

@@ -277,7 +277,7 @@ def test_a_family_replaces_its_own_and_no_other(tmp_path, job):
         assert status == 1 and f"j{suffix}: is there and not made by" in said and "--overwrite" in said
         assert (tmp_path / f"j{suffix}").read_text().startswith("/* another")
         assert job(PART, "--overwrite")[0] == 0
-    assert files == {"j.CPU", "j.MAL", "j.PG1", "j.PRC", "j.PT1"}  # no .RS1 or .CT1 of the first one
+    assert files == {"j.CPU", "j.MAL", "j.PG1", "j.PRC", "j.PT1", "j.origin.json"}  # no .RS1 or .CT1 of the first one
 
 
 @pytest.mark.parametrize("blocked", [".PG1", ".MAL"])

@@ -57,7 +57,8 @@ def test_the_grid_holds_every_field_with_its_unit(base, words):
     ],
 )
 def test_the_greatest_value_of_a_field_is_told(base, capsys, field, view, greatest):
-    assert view_cli.main([str(base), "--field", field, "--view", view, "--scale", "3", "-o", f"{base}-out"]) == 0
+    words = ["--field", field, "--view", view, "--scale", "3", "--align", "boundary", "-o", f"{base}-out"]
+    assert view_cli.main([str(base), *words]) == 0
 
     told = float(re.search(r"greatest [^:]*: (\S+) mm", capsys.readouterr().out)[1])
     assert abs(told) == pytest.approx(greatest, abs=2e-3) and (base.parent / "j-out.png").exists()

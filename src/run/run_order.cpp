@@ -12,7 +12,7 @@
 #include "results/results_stage.h"
 #include "run/base/platform.h"
 #include "run/base/streams.h"
-#include "run/base/threads.h"
+#include "run/base/thread_place.h"
 #include "run/base/working_files.h"
 #include "run/blas_workspace.h"
 

@@ -19,7 +19,7 @@
 #include "model/system/pattern.h"
 #include "model/walls/wall_model.h"
 #include "run/base/failure.h"
-#include "run/base/threads.h"
+#include "run/base/thread_place.h"
 #include "run/base/working_files.h"
 
 namespace keld {

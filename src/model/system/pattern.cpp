@@ -10,7 +10,7 @@
 #include "model/restraint/restraint.h"
 #include "run/base/failure.h"
 #include "run/base/platform.h"
-#include "run/base/threads.h"
+#include "run/base/thread_place.h"
 
 namespace keld {
 

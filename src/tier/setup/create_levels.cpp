@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <string>
 
+#include "tier/setup/coarsening_stop.h"
 #include "tier/setup/driver_int.h"
 #include "tier/setup/driver_split.h"
 #include "tier/setup/galerkin_step.h"
 #include "tier/setup/prepare_opdfn.h"
-#include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
 #include "tier/store/dimensions.h"
 #include "tier/store/formatted.h"

@@ -1,10 +1,10 @@
 // Splitting step of a level.
 #include "tier/setup/driver_split.h"
 
+#include "tier/setup/coarsening_stop.h"
 #include "tier/setup/collect.h"
 #include "tier/setup/reduce.h"
 #include "tier/setup/second_pass.h"
-#include "tier/setup/stopping.h"
 #include "tier/setup/strength.h"
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/info.h"

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "tier/setup/coarsening_stop.h"
 #include "tier/setup/primary.h"
-#include "tier/setup/stopping.h"
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"

@@ -1,5 +1,5 @@
 // Rules that end coarsening.
-#include "tier/setup/stopping.h"
+#include "tier/setup/coarsening_stop.h"
 
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"

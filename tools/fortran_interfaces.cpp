@@ -16,20 +16,21 @@ std::string procedure(const std::string& name, const std::string& arguments,
 
 std::string number(const ParameterRow& row) {
   const std::string type = row.type == "real" ? "real(c_double)" : "integer(c_int)";
-  return procedure("TIER_SET_" + row.upper_name, "val", "      " + type + ", intent(in) :: val\n") +
-         procedure("TIER_GET_" + row.upper_name, "val", "      " + type + ", intent(out) :: val\n");
+  const std::string name(row.upper_name);
+  return procedure("TIER_SET_" + name, "val", "      " + type + ", intent(in) :: val\n") +
+         procedure("TIER_GET_" + name, "val", "      " + type + ", intent(out) :: val\n");
 }
 
 std::string text(const ParameterRow& row) {
   const std::string in = "      integer(c_int), intent(in) :: length\n",
-                    inout = "      integer(c_int), intent(inout) :: length\n";
-  return procedure("TIER_SET_" + row.upper_name, "text, length",
+                    inout = "      integer(c_int), intent(inout) :: length\n", name(row.upper_name);
+  return procedure("TIER_SET_" + name, "text, length",
                    "      character(kind=c_char), intent(in) :: text(*)\n" + in) +
-         procedure("TIER_GET_" + row.upper_name, "text, length",
+         procedure("TIER_GET_" + name, "text, length",
                    "      character(kind=c_char), intent(out) :: text(*)\n" + in) +
-         procedure("TIER_ISET_" + row.upper_name, "codes, length",
+         procedure("TIER_ISET_" + name, "codes, length",
                    "      integer(c_int), intent(in) :: codes(*)\n" + inout) +
-         procedure("TIER_IGET_" + row.upper_name, "codes, length",
+         procedure("TIER_IGET_" + name, "codes, length",
                    "      integer(c_int), intent(out) :: codes(*)\n" + inout);
 }
 
@@ -46,7 +47,7 @@ int main(int argc, char** argv) {
       out << line << '\n';
       continue;
     }
-    for (const ParameterRow& row : parameter_rows()) out << (row.type == "text" ? text(row) : number(row));
+    for (const ParameterRow& row : parameter_rows) out << (row.type == "text" ? text(row) : number(row));
   }
   return out.flush() ? 0 : (std::perror(argv[2]), 1);
 }

@@ -1,16 +1,15 @@
 // The list of TIER's parameters as text, for the tools that write documents and interfaces from it.
 #pragma once
 
-#include <string>
-#include <vector>
+#include <string_view>
 
 /// One parameter: type "integer", "real", "logical" or "text", and the words of its line in the list.
 struct ParameterRow {
-  std::string name, upper_name, type, initial, effect, meaning;
+  std::string_view name, upper_name, type, initial, effect, meaning;
 };
 
-inline std::vector<ParameterRow> parameter_rows() {
-  return {
+/// A table of constants: as strings made at run time, its rows would take seconds to compile.
+inline constexpr ParameterRow parameter_rows[] = {
 #define TIER_INTEGER(name, NAME, initial, effect, meaning) \
   {#name, #NAME, "integer", #initial, #effect, meaning},
 #define TIER_REAL(name, NAME, initial, effect, meaning) {#name, #NAME, "real", #initial, #effect, meaning},
@@ -19,5 +18,4 @@ inline std::vector<ParameterRow> parameter_rows() {
 #define TIER_TEXT(name, NAME, width, initial, effect, meaning) \
   {#name, #NAME, "text", initial, #effect, meaning},
 #include "tier/api/parameters.def"
-  };
-}
+};

@@ -2,6 +2,7 @@
 //   parameters_md FILE [--check]
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -11,41 +12,47 @@
 namespace {
 
 std::string shown_default(const ParameterRow& row) {
-  if (row.initial.starts_with("unset_")) return "unset";
-  if (row.type == "text") return row.initial.empty() ? "(blank)" : "\"" + row.initial + "\"";
-  return row.initial;
+  const std::string initial(row.initial);
+  if (initial.starts_with("unset_")) return "unset";
+  if (row.type == "text") return initial.empty() ? "(blank)" : "\"" + initial + "\"";
+  return initial;
 }
 
-std::string section(const std::string& title, const std::string& words, const std::string& effect) {
-  std::string text =
-      "\n## " + title + "\n\n" + words + "\n\n| name | type | default | meaning |\n|---|---|---|---|\n";
-  for (const ParameterRow& row : parameter_rows())
-    if (row.effect == effect)
-      text +=
-          "| `" + row.name + "` | " + row.type + " | " + shown_default(row) + " | " + row.meaning + " |\n";
+/// A row of a table: its cells between bars.
+std::string cells(std::initializer_list<std::string_view> words) {
+  std::string line = "|";
+  for (const std::string_view word : words) line.append(" ").append(word).append(" |");
+  return line + "\n";
+}
+
+std::string section(const std::string& title, const std::string& words, std::string_view effect) {
+  std::string text = "\n## " + title + "\n\n" + words + "\n\n" +
+                     cells({"name", "type", "default", "meaning"}) + "|---|---|---|---|\n";
+  for (const ParameterRow& row : parameter_rows) {
+    if (row.effect != effect) continue;
+    text += cells({"`" + std::string(row.name) + "`", row.type, shown_default(row), row.meaning});
+  }
   return text;
 }
 
 std::string page() {
-  return "<!-- made by parameters_md from src/tier/api/parameters.def -->\n"
-         "# Parameters of TIER\n\n"
-         "Everything that the arguments of `TIER` don't carry is a named parameter. Each has "
-         "`TIER_SET_<NAME>` and\n"
-         "`TIER_GET_<NAME>` in `tier.h`, and access by its name through `TIER_SETINTEGER`, `TIER_SETDBLE`,\n"
-         "`TIER_SETLOGICAL`, `TIER_SETCHAR` and the like. Values are kept until `TIER_LEAVE` puts them back "
-         "to their\n"
-         "defaults. \"unset\" (-1000000000 for integers, -2.0e50 for reals) leaves the choice to the "
-         "strategy of the\n"
-         "call. Range checks are made by the next call of `TIER`.\n" +
-         section("Parameters that act", "They change what a call does.", "acts") +
+  return R"(<!-- made by parameters_md from src/tier/api/parameters.def -->
+# Parameters of TIER
+
+Everything that the arguments of `TIER` don't carry is a named parameter. Each has `TIER_SET_<NAME>` and
+`TIER_GET_<NAME>` in `tier.h`, and access by its name through `TIER_SETINTEGER`, `TIER_SETDBLE`,
+`TIER_SETLOGICAL`, `TIER_SETCHAR` and the like. Values are kept until `TIER_LEAVE` puts them back to their
+defaults. "unset" (-1000000000 for integers, -2.0e50 for reals) leaves the choice to the strategy of the
+call. Range checks are made by the next call of `TIER`.
+)" + section("Parameters that act", "They change what a call does.", "acts") +
          section("Prints, traces and units", "They change what is printed at most.", "prints") +
          section("Not released", "Away from its default such a parameter ends the call with `ierr` 80.",
                  "closed") +
-         section("Without effect",
-                 "They are kept for callers that set them. Away from its default such a parameter draws a "
-                 "warning "
-                 "with its name\nand `ierr` -50.",
-                 "idle");
+         section(
+             "Without effect",
+             "They are kept for callers that set them. Away from its default such a parameter draws a warning"
+             " with its name\nand `ierr` -50.",
+             "idle");
 }
 
 }  // namespace

@@ -43,15 +43,6 @@ Extent extentOf(const std::vector<Vector3>& points) {
   return extent;
 }
 
-Vector3 meanOf(const std::vector<Vector3>& points) {
-  Vector3 sum{};
-  for (const Vector3& p : points)
-    for (std::size_t axis = 0; axis < 3; ++axis) sum[axis] += p[axis];
-  if (!points.empty())
-    for (double& s : sum) s /= static_cast<double>(points.size());
-  return sum;
-}
-
 bool hasMesh() { return elementTable.elementCount >= 1 && nodeTable.nodeCount >= 1; }
 
 }  // namespace
@@ -86,7 +77,6 @@ void partCentreAndAxes() {
   if (!hasMesh()) return;
   const std::vector<Vector3> points = partNodes();
   const Extent extent = extentOf(points);
-  geometry.modelCentre = meanOf(points);
   geometry.gridCentre = occupiedCellCentre(extent, points);
 
   std::array<double, 3> length{};

@@ -8,8 +8,7 @@
 
 namespace keld {
 
-/// Sets modelCentre, gridCentre, the axis lengths and the axis order of `geometry` from the nodes of the
-/// triangles.
+/// Sets gridCentre, the axis lengths and the axis order of `geometry` from the nodes of the triangles.
 void partCentreAndAxes();
 
 /// D4002 to D4005; the run ends behind the last of them when any has been reported.

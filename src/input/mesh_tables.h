@@ -37,12 +37,11 @@ struct NodeTable {
 
 /// Scalars of the geometry stage.
 struct GeometryScalars {
-  double thicknessFactor = 0.0;         // to cm
-  double coordinateFactor = 0.0;        // to cm
-  int runnerElementCount = 0;           // elements with node3 = 0
-  int thicknessCorrection = 0;          // 1: every record has a usable ninth field
-  std::array<double, 3> modelCentre{};  // cm, mean of the part's nodes
-  std::array<double, 3> gridCentre{};   // cm, mean centre of the occupied cells of a 100^3 grid
+  double thicknessFactor = 0.0;        // to cm
+  double coordinateFactor = 0.0;       // to cm
+  int runnerElementCount = 0;          // elements with node3 = 0
+  int thicknessCorrection = 0;         // 1: every record has a usable ninth field
+  std::array<double, 3> gridCentre{};  // cm, mean centre of the occupied cells of a 100^3 grid
   double lengthMajor = 0.0, lengthMiddle = 0.0, lengthMinor = 0.0;  // cm
   int axisMajor = 1, axisMiddle = 2, axisMinor = 3;                 // x = 1, y = 2, z = 3
   double largestExtent = 0.0, smallestExtent = 0.0;  // cm, of all nodes; set by the prior-result stage

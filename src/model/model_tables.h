@@ -22,18 +22,16 @@ struct WedgeNumbering {
 /// first, in wedge numbers after the renumbering.
 struct BoundaryNodes {
   int boundaryNode1 = 0, boundaryNode2 = 0, boundaryNode3 = 0;
-  Vector3 centreOffset{};  // cm, mean of the piece's nodes minus boundaryNode1
 };
 
 /// Freedoms of the wedge nodes; written by the numbering and the restraint set-up.
 struct FreedomTables {
-  std::vector<int> nodeRestraint;   // 1 free, -1 held, -2 one unknown, -3 two unknowns
-  std::vector<int> nodeDofCount;    // 3 for every node of a triangle
-  std::vector<int> nodeFirstDof;    // first of the node's global degrees of freedom
-  std::vector<int> nodeFirstRow;    // first row in the reduced system
-  std::vector<int> nodeFrame;       // place in restraintFrames of a node with restraint -2 or -3, else 0
-  std::vector<char> dofRestrained;  // [1..dofCount]
-  std::vector<int> freeDofList;     // [1..freeDofCount] global freedom of a reduced row, ascending
+  std::vector<int> nodeRestraint;  // 1 free, -1 held, -2 one unknown, -3 two unknowns
+  std::vector<int> nodeDofCount;   // 3 for every node of a triangle
+  std::vector<int> nodeFirstDof;   // first of the node's global degrees of freedom
+  std::vector<int> nodeFirstRow;   // first row in the reduced system
+  std::vector<int> nodeFrame;      // place in restraintFrames of a node with restraint -2 or -3, else 0
+  std::vector<int> freeDofList;    // [1..freeDofCount] global freedom of a reduced row, ascending
   int dofCount = 0;
   int freeDofCount = 0;
 };

@@ -198,11 +198,10 @@ void selectBoundaryNodes(Joining rule) {
   for (int p = 1; p <= pieces.count; ++p) {
     BoundaryNodes held;
     if (p == pieceHeldByGiven) {
-      held = {given[1], given[2], given[3], {}};
+      held = {given[1], given[2], given[3]};
     } else {
       held = chosenAmong(nodes[p]);
     }
-    held.centreOffset = meanPosition(nodes[p]) - positionOf(held.boundaryNode1);
     boundaryNodes.push_back(held);
   }
   reportNodes(boundaryNodes[std::max(pieceHeldByGiven, 1) - 1]);

@@ -62,14 +62,10 @@ RestraintFrame frameOf(const BoundaryNodes& held) {
   return frame;
 }
 
-void restrain(int node, int code, int frame, std::initializer_list<int> directions) {
+void restrain(int node, int code, int frame) {
   const auto n = static_cast<std::size_t>(node);
   freedoms.nodeRestraint[n] = code;
   freedoms.nodeFrame[n] = frame;
-  const int first = freedoms.nodeFirstDof[n];
-  for (int direction : directions) {
-    freedoms.dofRestrained[static_cast<std::size_t>(first + direction - 1)] = 1;
-  }
 }
 
 }  // namespace
@@ -88,15 +84,14 @@ void numberFreedoms() {
 }
 
 void setUpRestraint() {
-  freedoms.dofRestrained.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0);
   freedoms.nodeFrame.assign(freedoms.nodeRestraint.size(), 0);
   restraintFrames.clear();
   for (const BoundaryNodes& held : boundaryNodes) {
     const auto frame = static_cast<int>(restraintFrames.size());
     restraintFrames.push_back(frameOf(held));
-    restrain(held.boundaryNode1, -1, frame, {1, 2, 3});
-    restrain(held.boundaryNode2, -2, frame, {2, 3});
-    restrain(held.boundaryNode3, -3, frame, {3});
+    restrain(held.boundaryNode1, -1, frame);
+    restrain(held.boundaryNode2, -2, frame);
+    restrain(held.boundaryNode3, -3, frame);
   }
   freedoms.freeDofCount = freedoms.dofCount - 6 * static_cast<int>(boundaryNodes.size());
   volumePass();

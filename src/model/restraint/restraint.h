@@ -16,7 +16,7 @@ void selectBoundaryNodes(Joining rule);
 /// nodeRestraint, nodeDofCount, nodeFirstDof, dofCount and nodeMate of the wedge nodes.
 void numberFreedoms();
 
-/// Restraint codes of the boundary nodes, nodeFrame, dofRestrained, freeDofCount, frames, volume pass. Ends
+/// Restraint codes of the boundary nodes, nodeFrame, freeDofCount, frames, volume pass. Ends
 /// the run with D5014 when the boundary nodes of a piece span no triangle.
 void setUpRestraint();
 

@@ -101,6 +101,7 @@ TIER_API void XTIER_CLEANUP(int* ierr);
 TIER_API void TIER_CREATE(int* context, int* ierr);
 TIER_API void TIER_USE(const int* context, int* ierr);
 TIER_API void TIER_DESTROY(const int* context, int* ierr);
+TIER_API void TIER_GET_CONTEXT(int* context); /* the one that the calling thread uses */
 /* Text of the last error or warning of a call in this thread's context, padded with blanks. */
 TIER_API void TIER_GET_FAULT(char* text, const int* length);
 
@@ -189,6 +190,9 @@ TIER_API void TIER_GETINTEGER(const char* name, const int* length, int* value);
 TIER_API void TIER_GETDBLE(const char* name, const int* length, double* value);
 TIER_API void TIER_GETLOGICAL(const char* name, const int* length, int* value);
 TIER_API void TIER_GETCHAR(const char* name, const int* length, char* text, const int* text_length);
+
+/* Type of a parameter: 1 integer, 2 text, 3 real, 4 logical, 0 where none has the name. */
+TIER_API void TIER_GETTYPE(const char* name, const int* length, int* type);
 
 /*
  * By name over all types: type 1 integer, 2 text, 3 real, 4 logical says which of the values counts; a real

@@ -30,6 +30,8 @@ void TIER_USE(const int* context, int* ierr) {
   answer(tier::use_context(*context), *context, "tier_use", ierr);
 }
 
+void TIER_GET_CONTEXT(int* context) { *context = tier::context_in_use(); }
+
 void TIER_DESTROY(const int* context, int* ierr) {
   answer(tier::destroy_context(*context), *context, "tier_destroy", ierr);
 }

@@ -1,5 +1,6 @@
 // Exported access to the parameters by name. A wrong name is a fault of the calling program and stops it.
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -106,6 +107,12 @@ void TIER_GETLOGICAL(const char* name, const int* length, int* value) {
 }
 void TIER_GETCHAR(const char* name, const int* length, char* text, const int* text_length) {
   fetch_text(place_of<std::string>(text_of(name, length), "getchar"), text, *text_length);
+}
+
+void TIER_GETTYPE(const char* name, const int* length, int* type) {
+  constexpr std::array by_alternative{type_integer, type_real, type_logical, type_text};
+  const tier::parameter_entry* p = tier::find_parameter(text_of(name, length));
+  *type = p ? by_alternative[p->member.index()] : 0;
 }
 
 void TIER_SETANY(const char* name, const int* length, const int* type, const int* integer, const double* real,

@@ -48,7 +48,9 @@ int create_context() {
   registry& all = all_contexts();
   const std::lock_guard lock(all.guard);
   const int number = ++all.created;
-  all.contexts.emplace(number, std::make_shared<context>());
+  const auto made = std::make_shared<context>();
+  made->number = number;
+  all.contexts.emplace(number, made);
   return number;
 }
 
@@ -64,6 +66,8 @@ bool use_context(int number) {
   turn_to(std::move(next));
   return true;
 }
+
+int context_in_use() { return here().number; }
 
 bool destroy_context(int number) {
   std::shared_ptr<context> last;

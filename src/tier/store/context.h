@@ -30,6 +30,7 @@ class context {
     return make_share<T>(place);
   }
 
+  int number = 0;
   memory_counters memory;  // outlives the shares, whose arrays are counted when they go
 
  private:
@@ -68,6 +69,9 @@ int create_context();
 
 /// The calling thread uses context `number` from now on, 0: the default one. False where there is none.
 bool use_context(int number);
+
+/// Number of the context that the calling thread uses.
+int context_in_use();
 
 /// Ends a context: it goes when the last thread that uses it turns to another or ends. False where there is
 /// none; the default one stays.

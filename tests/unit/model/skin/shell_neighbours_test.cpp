@@ -1,0 +1,31 @@
+// Neighbours of the triangles of a closed skin.
+#include "model/skin/shell_neighbours.h"
+
+#include <gtest/gtest.h>
+
+#include "input/mesh_tables.h"
+#include "support/skin_scenes.h"
+
+namespace keld {
+namespace {
+
+TEST(ShellNeighbours, AClosedSkinHasThreeAndATJunctionMore) {
+  plateSkin();
+  const IncidenceLists atNode = elementsAtNodes(false);
+  const IncidenceLists neighbours = edgeNeighbours(atNode);
+  for (int e = 1; e <= elementTable.elementCount; ++e) ASSERT_EQ(neighbours.count(e), 3) << e;
+
+  // Element 1 once more over its own edge 12, with a runner at the same nodes that does not count.
+  const int a = elementTable.node1[1], b = elementTable.node2[1];
+  elementTable.node1.insert(elementTable.node1.end(), {b, a});
+  elementTable.node2.insert(elementTable.node2.end(), {a, b});
+  elementTable.node3.insert(elementTable.node3.end(), {nodeTable.nodeCount, 0});
+  elementTable.elementCount += 2;
+  EXPECT_EQ(edgeNeighbours(elementsAtNodes(false)).count(1), 4);
+  EXPECT_EQ(elementsAtNodes(true).count(a), elementsAtNodes(false).count(a) + 1);
+}
+
+// ---- thickness steps
+
+}  // namespace
+}  // namespace keld

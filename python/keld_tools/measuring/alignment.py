@@ -5,6 +5,7 @@ moulded -> aligned: q = nominal_anchor + R (p - moulded_anchor) / scale, with R 
 
 from __future__ import annotations
 
+import warnings
 from dataclasses import dataclass
 
 import numpy as np
@@ -37,7 +38,9 @@ class Alignment:
 def best_fit(nominal_mm: np.ndarray, moulded_mm: np.ndarray) -> Alignment:
     """Least squares over all nodes, rigid: Kabsch, Acta Cryst. A 32 (1976) 922-923."""
     anchor, centre = nominal_mm.mean(axis=0), moulded_mm.mean(axis=0)
-    turn, _ = Rotation.align_vectors(nominal_mm - anchor, moulded_mm - centre)
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", UserWarning)  # nodes on one line leave a turn about it free: any will do
+        turn, _ = Rotation.align_vectors(nominal_mm - anchor, moulded_mm - centre)
     return Alignment(turn.as_matrix(), centre, anchor)
 
 

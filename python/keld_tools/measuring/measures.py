@@ -44,7 +44,7 @@ class Answer:
     nominal: float
     moulded: float
     shrinkage_percent: float | None  # of lengths, against the cavity
-    places_mm: list[np.ndarray]  # in the nominal shape, where a label may stand
+    nodes: list[int]  # where a label may stand
 
     @property
     def deviation(self) -> float:
@@ -86,7 +86,7 @@ def answer(measure: Measure, shapes: Shapes, findings: Findings) -> Answer:
     if measure.kind in LENGTHS:
         cavity = value(shapes.cavity_mm)
         shrinkage = 100.0 * (cavity - value(shapes.moulded_mm)) / cavity if cavity > 0 else None
-    return Answer(measure, nominal, value(moved), shrinkage, [shapes.nominal_mm[n] for n in places])
+    return Answer(measure, nominal, value(moved), shrinkage, places)
 
 
 def allowed(measure: Measure) -> float:

@@ -103,17 +103,6 @@ def turned_alike(triangles: np.ndarray, edges: Edges) -> np.ndarray:
     return turn
 
 
-def feature_edges(points: np.ndarray, triangles: np.ndarray, edges: Edges, degrees: float = 30.0) -> np.ndarray:
-    """(F, 2) nodes of the edges that draw the shape: borders, junctions, and folds above `degrees`."""
-    a, b, same = edges.pairs()
-    normals = unit_normals(points, triangles)
-    cosine = np.einsum("ij,ij->i", normals[edges.triangle[a]], normals[edges.triangle[b]])
-    sharp = np.where(same, -cosine, cosine) < np.cos(np.radians(degrees))
-    keep = edges.count != 2
-    keep[edges.of_side[a[sharp]]] = True
-    return edges.nodes[keep]
-
-
 def merged_nodes(points: np.ndarray, tolerance: float) -> np.ndarray:
     """For each node the least node of those that lie at its place, to about `tolerance` (0: the same numbers).
 

@@ -69,13 +69,6 @@ def test_automatic_scale(greatest, scale):
     assert picture.automatic_scale(np.array([[0.0, 0, 0], [50, 0, 0]]), np.array([[0, 0, greatest]])) == scale
 
 
-def test_edges_behind_the_part_are_hidden():
-    front = np.column_stack([RNG.uniform(0, 1, (60000, 2)), np.ones(60000)])
-    segments = np.array([[[0.4, 0.5, 0.0], [0.41, 0.5, 0.0]], [[0.4, 0.5, 1.0], [0.41, 0.5, 1.0]]])
-
-    assert picture.visible(segments, front, np.zeros(2), 1.0).tolist() == [False, True]
-
-
 def test_the_cavity_turns_the_displacement_round_and_repeats(base, capsys):
     points, nodes = plate()[0], base.parent
     assert view_cli.main([str(base), "--compensate"]) == 0

@@ -1,0 +1,79 @@
+"""Job, process and material of a finished job as words and values, out of .PRC and .MAL. Called by the report."""
+
+from __future__ import annotations
+
+import re
+from pathlib import Path
+
+import numpy as np
+
+from ..base.units import DYN_CM2_PER_MPA
+from .finished_job import FinishedJob
+
+Pairs = list[tuple[str, str]]
+UNITS = {"temperature": "C", "time": "s", "pressure": "MPa", "rate": "cm3/s", "percentage": "%"}
+
+
+def tables(job: FinishedJob) -> list[tuple[str, Pairs]]:
+    """(heading, rows) of each table; a file that isn't there gives no rows."""
+    found = [
+        ("Part", part_of(job)),
+        ("Process", value_lines(Path(f"{job.base}.PRC"))),
+        ("Material", material_of(Path(f"{job.base}.MAL"))),
+    ]
+    return [(heading, rows) for heading, rows in found if rows]
+
+
+def part_of(job: FinishedJob) -> Pairs:
+    size = np.ptp(job.part.points[job.nodes], axis=0)
+    thick = job.part.thickness
+    rows = [
+        ("size", " x ".join(f"{s:.4g}" for s in size) + " mm"),
+        ("wall", f"{thick.min():.4g} to {thick.max():.4g} mm" if np.ptp(thick) > 1e-6 else f"{thick.min():.4g} mm"),
+        ("triangles, nodes", f"{len(job.part.triangles)}, {len(job.nodes)}"),
+        ("held at nodes", ", ".join(str(node + 1) for node in job.boundary)),
+    ]
+    for name, words in (("temperature_lower_C", "ejection, lower side"), ("temperature_upper_C", "upper side")):
+        if name in job.part.cell_data:
+            values = job.part.cell_data[name]
+            rows.append(
+                (words, f"{values.min():.4g} to {values.max():.4g} C" if np.ptp(values) else f"{values[0]:.4g} C")
+            )
+    for name in ("stress1_MPa", "stress2_MPa"):
+        if name in job.part.cell_data:
+            values = job.part.cell_data[name]
+            rows.append((f"frozen-in {name[:-4]}", f"{values.min():.4g} to {values.max():.4g} MPa"))
+    return rows
+
+
+def text_or_nothing(path: Path) -> str:
+    return path.read_text(encoding="utf-8", errors="replace") if path.is_file() else ""
+
+
+def value_lines(path: Path) -> Pairs:
+    """Label and value of the lines `label string= n flag= n value= x`."""
+    rows = []
+    for label, value in re.findall(r"^\s*(.*?)\s+string=.*?value=\s*(\S+)", text_or_nothing(path), re.M):
+        unit = next((u for word, u in UNITS.items() if word in label.lower() and "by" not in label.split()), "")
+        rows.append((label, f"{value} {unit}".strip()))
+    return rows
+
+
+def material_of(path: Path) -> Pairs:
+    """Name and elastic data of the kinds; moduli leave dyn/cm2."""
+    text, rows = text_or_nothing(path), []
+    for label, words, factor, unit in (
+        ("Producer", "", 1.0, ""),
+        ("Grade", "", 1.0, ""),
+        ("Modulus", "modulus", DYN_CM2_PER_MPA, " MPa"),
+        ("Poisson", "Poisson ratio", 1.0, ""),
+        ("Expansion", "expansion", 1e-6, " um/m K"),
+    ):
+        for line in re.findall(rf"^\s*{label}\s*=\s*([^\n]*)", text, re.M):
+            if not words:
+                rows.append((label.lower(), line.strip()))
+                continue
+            numbers = [float(n) / factor for n in re.findall(r"[-+]?\d[\d.eE+-]*", line)[1:]]
+            if numbers:
+                rows.append((words, " and ".join(f"{n:.4g}" for n in numbers) + unit))
+    return rows

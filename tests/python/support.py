@@ -1,7 +1,11 @@
 """Shared by the tests of the tools: small meshes, a part file, and a results file as keld writes it."""
 
+import re
+
 import meshio
 import numpy as np
+
+RNG = np.random.default_rng(6)
 
 PART = """
 [mesh]
@@ -59,3 +63,23 @@ def results_text(total, sink=None, in_mold=None):
         text += section("Keld_Residual_ResultsStr", (24301, 24302, 24303, 24305), rows(in_mold))
     thermal = total if in_mold is None else total - in_mold
     return text + section("Keld_Thermal_ResultsStr", (24601, 24602, 24603, 24605), rows(thermal))
+
+
+def mutations(data, count):
+    """Damaged copies: cut, bytes changed, lines lost or doubled, numbers made huge, negative or no number."""
+    for _ in range(count):
+        kind, at = RNG.integers(5), int(RNG.integers(len(data)))
+        lines, numbers = data.split(b"\n"), list(re.finditer(rb"-?\d+(\.\d+)?", data))
+        line = int(RNG.integers(len(lines)))
+        if kind == 0:
+            yield data[:at]
+        elif kind == 1:
+            yield data[:at] + bytes(RNG.integers(0, 256, 3, dtype=np.uint8)) + data[at + 3 :]
+        elif kind == 2:
+            yield b"\n".join(lines[:line] + lines[line + 1 :])
+        elif kind == 3:
+            yield b"\n".join(lines[:line] * 2 + lines[line:])
+        elif numbers:
+            spot = numbers[int(RNG.integers(len(numbers)))]
+            value = [b"-7", b"1e400", b"nan", b"99999999999", b"x", b"", b"0"][int(RNG.integers(7))]
+            yield data[: spot.start()] + value + data[spot.end() :]

@@ -5,6 +5,8 @@ Called by job_cli before anything is written. Bounds of the warnings are those o
 
 from __future__ import annotations
 
+import math
+
 import numpy as np
 
 from ..base.findings import Findings, count_of
@@ -14,6 +16,7 @@ from ..meshes.mesh_input import JobMesh
 from ..part.part_file import Part
 from ..part.polymers import Polymer
 
+SHORTEST, LONGEST = 5.0, 2000.0  # mm, greatest length of a part along an axis
 SLENDER = 1e-4  # height over longest side below which a triangle spoils the equations
 
 
@@ -48,8 +51,12 @@ def check_mesh(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findi
 
 def check_sizes(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findings) -> None:
     extent = mesh.extent
-    if extent < 2.0 or extent > 3000.0:
-        findings.warn(place, f"the part is {extent:.6g} mm long; is length_unit right?")
+    if extent < SHORTEST or extent > LONGEST:
+        findings.warn(
+            place,
+            f"the part is {extent:.6g} mm long, {'below' if extent < SHORTEST else 'beyond'} the usual "
+            f"{SHORTEST:g} to {LONGEST:g} mm; is length_unit right?",
+        )
     thick = thickness > 0.25 * extent
     if thick.any():
         findings.warn(
@@ -237,7 +244,7 @@ def check_conditions(part: Part, ejection: np.ndarray, findings: Findings) -> No
         ("mould", c.mould, -20, 250),
         ("ambient", c.ambient, -60, 100),
     ):
-        if not low <= value <= high:
+        if not low <= value <= high and not math.isnan(value):  # nan: its fault is told already
             findings.warn(
                 place, f"a {name} temperature of {value:g} C is unusual ({low} to {high} C); is the unit right?"
             )

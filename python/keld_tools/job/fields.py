@@ -5,106 +5,24 @@ Called by job_cli after the mesh is built. Every fault names the place that gave
 
 from __future__ import annotations
 
-import csv
 import math
-from pathlib import Path
 
 import numpy as np
 
 from ..base import units
-from ..base.findings import BadFile, Findings, count_of
+from ..base.findings import Findings, count_of
 from ..meshes.mesh_input import JobMesh
-from ..meshes.raw_mesh import indices_of
 from ..part.part_file import FIELDS, FieldRequest, Part
+from .element_csv import read_values
 
-DIRECTION = ("fibre_x", "fibre_y", "fibre_z")
 PERPENDICULAR = 1e-3  # a direction whose part in the element's plane is shorter counts as perpendicular
 
 
-def read_csv(path: Path, mesh: JobMesh, findings: Findings) -> dict[str, np.ndarray]:
-    """Columns of a CSV by quantity: (S,) arrays over the file's shell elements, nan where no row gives a value.
-
-    The first row names the columns: element, and quantities with their unit as in the part file.
-    """
-    try:
-        with open(path, newline="", encoding="utf-8-sig") as file:
-            rows = list(csv.reader(file))
-    except (OSError, UnicodeDecodeError, csv.Error) as error:
-        raise BadFile(path, f"can't be read: {error}") from None
-    if not rows:
-        raise BadFile(path, "is empty; expected a first row with the names of the columns")
-    columns = csv_columns(rows[0], path, findings)
-    if "element" not in columns:
-        findings.fault(f"{path}:1", "has no column element")
-        return {}
-    lines = [(number, row) for number, row in enumerate(rows[1:], 2) if any(cell.strip() for cell in row)]
-    short = [number for number, row in lines if len(row) != len(rows[0])]
-    if short:
-        findings.fault(f"{path}:{short[0]}", f"{count_of(short, 'row')} without the {len(rows[0])} cells of the head")
-        return {}
-    values = csv_numbers(path, lines, len(rows[0]), findings)
-    if values is None:
-        return {}
-    numbers = values[:, columns.pop("element")[0]]
-    index = indices_of(mesh.shell_numbers, numbers)
-    if (index < 0).any():
-        bad = [f"{n:g}" for n in numbers[index < 0]]
-        findings.fault(
-            f"{path}:{lines[int((index < 0).argmax())][0]}", f"{count_of(bad, 'row')} for elements that the mesh hasn't"
-        )
-    if len(np.unique(index)) != len(index):
-        findings.fault(str(path), "an element has two rows")
-    result = {}
-    for name, (column, kind, unit) in columns.items():
-        result[name] = np.full(len(mesh.shell_numbers), math.nan)
-        result[name][index[index >= 0]] = units.to_inside(values[index >= 0, column], kind, unit)
-    if set(DIRECTION) & set(result):
-        if set(DIRECTION) <= set(result):
-            result["fibre_direction"] = np.column_stack([result.pop(name) for name in DIRECTION])
-        else:
-            findings.fault(f"{path}:1", "needs all three of fibre_x, fibre_y, fibre_z")
-    return result
-
-
-def csv_columns(head: list[str], path: Path, findings: Findings) -> dict[str, tuple[int, str, str]]:
-    """Quantity -> (column, kind, unit)."""
-    known = {"element": "number", "thickness": "length"} | dict.fromkeys(DIRECTION, "number")
-    known |= {name: kind for name, (kind, width) in FIELDS.items() if width == 1}
-    columns = {}
-    for column, title in enumerate(head):
-        for name, kind in known.items():
-            unit = units.split_key(title.strip(), name, kind)
-            if unit is not None and unit in units.UNITS[kind]:
-                if name in columns:
-                    findings.fault(f"{path}:1", f"the column {title.strip()} is given a second time")
-                columns[name] = (column, kind, unit)
-                break
-        else:
-            findings.fault(
-                f"{path}:1",
-                f"the column {title.strip()!r} is not known; expected one of "
-                + ", ".join(units.expected(n, k) for n, k in known.items()),
-            )
-    return columns
-
-
-def csv_numbers(path: Path, lines: list, width: int, findings: Findings) -> np.ndarray | None:
-    try:
-        values = np.array([[float(cell) for cell in row] for _, row in lines]).reshape(-1, width)
-    except ValueError:
-        values = None
-    if values is not None and np.isfinite(values).all():
-        return values
-    for number, row in lines:
-        for cell in row:
-            try:
-                good = math.isfinite(float(cell))
-            except ValueError:
-                good = False
-            if not good:
-                findings.fault(f"{path}:{number}", f"expected a finite number, found {cell!r}")
-                return None
-    return None
+def group_of(mesh: JobMesh, name: str) -> np.ndarray | None:
+    """(S,) mask of a group; decks write the names of their sets in any case."""
+    alike = [key for key in mesh.groups if key.lower() == name.lower()]
+    found = name if name in mesh.groups else alike[0] if len(alike) == 1 else None
+    return None if found is None else mesh.groups[found]
 
 
 class Fields:
@@ -112,7 +30,8 @@ class Fields:
 
     def __init__(self, part: Part, mesh: JobMesh, findings: Findings):
         self.part, self.mesh, self.findings = part, mesh, findings
-        self.csv = read_csv(part.csv, mesh, findings) if part.csv else {}
+        # quantity -> (T,) or (T, 3), nan where the CSV has no value
+        self.csv = read_values(part.csv, part.csv_mapping, mesh, findings, mesh.notes) if part.csv else {}
 
     def given(self, name: str) -> bool:
         return name in self.part.fields or name in self.csv
@@ -131,7 +50,7 @@ class Fields:
             )
         )
         if name in self.csv:
-            rows = self.csv[name][self.mesh.source]
+            rows = self.csv[name]
             result = np.where(np.isnan(rows), result, rows)
         bad = np.isnan(result) if width == 1 else np.isnan(result).any(axis=1)
         if bad.any() and self.given(name):
@@ -167,19 +86,20 @@ class Fields:
         mesh, request, source = self.mesh, self.part.mesh, self.mesh.source
         by_shell = mesh.card_thickness.copy()
         for name, value in request.thickness_by_group.items():
-            if name not in mesh.groups:
+            mask = group_of(mesh, name)
+            if mask is None:
                 self.findings.fault(
                     request.place,
                     f"thickness_by_group: the mesh has no group {name!r}; it has " + (", ".join(mesh.groups) or "none"),
                 )
             else:
-                by_shell[mesh.groups[name]] = value
+                by_shell[mask] = value
         result = by_shell[source]
         if request.thickness:
             given = self.requested(request.thickness, 1)
             result = given if request.thickness.cell_data else np.where(np.isnan(result), given, result)
         if "thickness" in self.csv:
-            rows = self.csv["thickness"][source]
+            rows = self.csv["thickness"]
             result = np.where(np.isnan(rows), result, rows)
         if np.isnan(result).any():
             self.findings.fault(

@@ -5,6 +5,8 @@ Gathers the values per element, has them checked, and hands them to working_file
 
 from __future__ import annotations
 
+from dataclasses import dataclass
+
 import numpy as np
 
 from ..base.findings import Findings
@@ -18,8 +20,18 @@ from . import checks, working_files
 from .fields import Fields
 
 
-def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> dict[str, str]:
-    """Suffix -> text of every file of the job; only complete when `findings` has no fault."""
+@dataclass
+class JobFiles:
+    """A job that can be written, and what its summary tells of it."""
+
+    contents: dict[str, str]  # suffix -> text
+    thickness: np.ndarray  # (T,) mm
+    lower: np.ndarray  # (T,) C, ejection temperature of the lower side
+    upper: np.ndarray  # (T,) C
+
+
+def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> JobFiles | None:
+    """Every file of the job; None after a fault."""
     if part.mesh.runner_diameter is not None:
         mesh.diameter = np.where(np.isnan(mesh.diameter), part.mesh.runner_diameter, mesh.diameter)
     elif not part.mesh.place and np.isnan(mesh.diameter).any():  # a first try has nothing to say on runners
@@ -29,7 +41,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     thickness = fields.thickness() if len(mesh.triangles) else np.zeros(0)
     checks.check_mesh(mesh, np.nan_to_num(thickness), str(part.mesh.path), findings)
     if not len(mesh.triangles):
-        return {}
+        return None
     progress("values per element")
     lower, upper = side_temperatures(fields)
     checks.check_conditions(part, np.concatenate([lower, upper]), findings)
@@ -40,7 +52,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     heading = [working_files.MADE_BY, part.title or part.base.name]
     contents = {".RS1": stress_text(part, mesh, fields, heading, findings)}
     if findings.faults:
-        return {}
+        return None
     progress("forming the files")
     contents[".PG1"] = working_files.geometry(
         heading, mesh.points, mesh.triangles, thickness, mesh.runners, mesh.diameter, gates
@@ -52,7 +64,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     contents[".MAL"] = working_files.material(part)
     contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
     contents[origin.SUFFIX] = origin.text_of(origin_of(part, mesh, findings))
-    return {suffix: text for suffix, text in contents.items() if text}
+    return JobFiles({suffix: text for suffix, text in contents.items() if text}, thickness, lower, upper)
 
 
 def origin_of(part: Part, mesh: JobMesh, findings: Findings) -> Origin:
@@ -95,7 +107,7 @@ def side_temperatures(fields: Fields) -> tuple[np.ndarray, np.ndarray]:
         elif name in fields.part.fields or common is None:
             sides.append(fields.values(name))
         else:  # rows of a CSV over the common value
-            rows = fields.csv[name][fields.mesh.source]
+            rows = fields.csv[name]
             sides.append(np.where(np.isnan(rows), common, rows))
     return sides[0], sides[1]
 

@@ -13,11 +13,11 @@ from pathlib import Path
 import numpy as np
 
 from ..base.findings import BadFile
-from .nastran_deck import with_indices
-from .raw_mesh import RawMesh, filled
+from .raw_mesh import RawMesh, filled, with_indices
 
 SHELL = re.compile(r"(?:S|DS|STRI|M3D|CPS|CPE|SFM3D|R3D|CAX)(3|4|6|65|8|9)(?!\d)")
 LINE = re.compile(r"(?:B2|B3|T2D|T3D|R2D)[123]")
+NO_STIFFNESS = ("MASS", "ROTARYI", "HEATCAP")  # elements that a wall can do without
 NODES_OF_SHELL = {"3": 3, "4": 4, "6": 6, "65": 6, "8": 8, "9": 9}
 
 
@@ -33,11 +33,13 @@ class _Deck:
         self.sections: list[tuple[str, float]] = []  # set, thickness
         self.beams: list[tuple[str, float]] = []  # set, diameter
         self.left_out: dict[str, int] = {}
+        self.reduced: dict[str, int] = {}
         self.others: list[int] = []  # middle nodes and nodes of elements left out
         self.instances = 0
+        self.in_assembly = False  # behind *ASSEMBLY and not in an instance: nodes there are reference points
         self.take, self.pending = None, []
 
-    def keyword(self, line: str, depth: int) -> None:
+    def keyword(self, line: str, file: Path, depth: int) -> None:
         self.pending, self.take = [], None
         name, *words = [w.strip() for w in line.lstrip("*").split(",")]
         name = re.sub(r"\s+", " ", name).upper()
@@ -53,14 +55,19 @@ class _Deck:
                 self.start_section(self.sections, options.get("ELSET", ""), 1.0)
         elif name == "BEAM SECTION" and options.get("SECTION", "").upper() in ("CIRC", "PIPE"):
             self.start_section(self.beams, options.get("ELSET", ""), 2.0)
-        elif name == "INCLUDE":
-            read_lines(self, self.path.parent / options.get("INPUT", ""), depth + 1)
+        elif name in ("ASSEMBLY", "END INSTANCE", "END ASSEMBLY"):
+            self.in_assembly = name != "END ASSEMBLY"
         elif name == "INSTANCE":
             self.instances += 1
+            self.in_assembly = False
             if self.instances > 1:
                 raise ValueError("several instances; write one flat mesh")
+        if "INPUT" in options and (name == "INCLUDE" or self.take):
+            read_lines(self, included(options["INPUT"].strip("\"'"), file, self.path), depth + 1)
 
     def node(self, words: list[str]) -> None:
+        if self.in_assembly:
+            return
         self.nodes.append(int(words[0]))
         self.points.append([float(w) if w else 0.0 for w in (words[1:4] + ["", "", ""])[:3]])
 
@@ -79,7 +86,8 @@ class _Deck:
         def element(words: list[str]) -> None:
             self.pending += [int(w) for w in words if w]
             if not count:
-                self.left_out[kind or "?"] = self.left_out.get(kind or "?", 0) + 1
+                if not kind.startswith(NO_STIFFNESS):
+                    self.left_out[kind or "?"] = self.left_out.get(kind or "?", 0) + 1
                 self.others += self.pending[1:]
                 self.pending = []
             elif len(self.pending) > count:
@@ -95,6 +103,8 @@ class _Deck:
                 else:
                     self.shells.append(nodes[:corners] + [-1] * (4 - corners))
                     self.shell_ids.append(number)
+                    if count > corners:
+                        self.reduced[kind] = self.reduced.get(kind, 0) + 1
 
         self.take = element
 
@@ -127,6 +137,14 @@ class _Deck:
         return np.unique(np.concatenate([np.array([e for e in entries if isinstance(e, int)], np.int64), *nested]))
 
 
+def included(name: str, file: Path, deck: Path) -> Path:
+    """A file that `file` names, relative to itself or to the deck. Raises ValueError where there is none."""
+    for folder in (file.parent, deck.parent):
+        if name and (folder / name).is_file():
+            return folder / name
+    raise ValueError(f"the file {name!r} that it includes isn't there")
+
+
 def read_lines(deck: _Deck, path: Path, depth: int = 0) -> None:
     if depth > 10:
         raise ValueError("includes itself")
@@ -139,8 +157,8 @@ def read_lines(deck: _Deck, path: Path, depth: int = 0) -> None:
             if line.startswith("*") or head:
                 head += line
                 if not head.endswith(","):
-                    deck.keyword(head, depth)
-                    head = ""
+                    whole, head = head, ""
+                    deck.keyword(whole, path, depth)
             elif deck.take:
                 deck.take([w.strip() for w in line.split(",")])
         except (ValueError, IndexError) as error:
@@ -170,6 +188,7 @@ def read(path: Path) -> RawMesh:
         line_ids,
         diameter,
         left_out=deck.left_out,
+        reduced=deck.reduced,
     )
     groups = {name: np.isin(shell_ids, deck.members(name)) for name in deck.sets if name}
     return with_indices(path, raw, deck.others, groups)

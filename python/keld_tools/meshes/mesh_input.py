@@ -1,29 +1,15 @@
-"""From a mesh file to the triangles and runners of a job: reading, cutting, merging, choosing.
-
-Called by job_cli. Gmsh, STL and other formats come through meshio, card decks through readers of their own.
-"""
+"""From what a mesh file holds to the triangles and runners of a job: cutting, merging, choosing. Called by job_cli."""
 
 from __future__ import annotations
 
-import contextlib
-import io
-import math
-import re
-import resource
-import warnings
 from dataclasses import dataclass, field
-from pathlib import Path
 
-import meshio
 import numpy as np
 
-from ..base.findings import BadFile, Findings, count_of
-from . import abaqus_deck, nastran_deck, surface
-from .raw_mesh import RawMesh, filled
+from ..base.findings import Findings, count_of
+from . import surface
+from .raw_mesh import RawMesh
 
-DECKS = {".bdf": nastran_deck, ".nas": nastran_deck, ".fem": nastran_deck, ".dat": nastran_deck, ".inp": abaqus_deck}
-CORNERS = {"triangle": 3, "triangle6": 3, "triangle7": 3, "quad": 4, "quad8": 4, "quad9": 4}
-LINES = {"line", "line3"}
 FARTHEST = 1e6  # mm; beyond it a coordinate is damaged or in a wrong unit
 STL_TOLERANCE = 1e-6  # of the part's extent: nodes of an STL that lie nearer are one
 
@@ -55,135 +41,10 @@ class JobMesh:
         return float(np.ptp(self.points[np.unique(self.triangles)], axis=0).max()) if len(self.triangles) else 0.0
 
 
-def read_raw(path: Path) -> RawMesh:
-    """The mesh of a file. Raises BadFile for whatever can't be read."""
-    if not path.is_file():
-        raise BadFile(path, "there is no such mesh file")
-    deck = DECKS.get(path.suffix.lower())
-    try:
-        return deck.read(path) if deck else from_meshio(path)
-    except (OSError, MemoryError) as error:
-        raise BadFile(path, f"can't be read: {error}") from None
-
-
-def from_meshio(path: Path) -> RawMesh:
-    """Any format of meshio. Its readers end in every kind of exception on a bad file, even in an exit."""
-    said = io.StringIO()
-    try:
-        with (
-            contextlib.redirect_stdout(said),
-            contextlib.redirect_stderr(said),
-            warnings.catch_warnings(),
-            limited_memory(2**30 + 60 * path.stat().st_size),
-        ):
-            # NumPy only warns of text in place of a number and of numbers beyond an integer's range.
-            warnings.filterwarnings("error", "string or file could not be read", DeprecationWarning)
-            warnings.filterwarnings("error", "NumPy will stop allowing conversion", DeprecationWarning)
-            mesh = meshio.read(path)
-            raw = from_blocks(mesh, path)
-    except (Exception, SystemExit) as error:
-        if isinstance(error, BadFile):
-            raise
-        words = " ".join((said.getvalue() if isinstance(error, SystemExit) else str(error)).split())
-        raise BadFile(path, f"can't be read as a mesh: {words[:200] or type(error).__name__}") from None
-    raw.shares_nodes = path.suffix.lower() != ".stl"
-    return raw
-
-
-@contextlib.contextmanager
-def limited_memory(more: int):
-    """Let the process grow by `more` bytes at most: a damaged count makes meshio ask for all the memory there is."""
-    soft, hard = resource.getrlimit(resource.RLIMIT_AS)
-    pages = int(Path("/proc/self/statm").read_text().split()[0])
-    wanted = pages * resource.getpagesize() + more
-    resource.setrlimit(resource.RLIMIT_AS, (wanted if soft < 0 else min(soft, wanted), hard))
-    try:
-        yield
-    finally:
-        resource.setrlimit(resource.RLIMIT_AS, (soft, hard))
-
-
-def from_blocks(mesh: meshio.Mesh, path: Path) -> RawMesh:
-    """Cell blocks of meshio as shells and lines; numbers are places in the file, counted from 1."""
-    points = np.asarray(mesh.points, float)
-    points = np.column_stack([points, np.zeros((len(points), 3 - points.shape[1]))])
-    shells, lines, left_out, chosen = [], [], {}, []
-    referenced = np.zeros(len(points), bool)
-    for index, block in enumerate(mesh.cells):
-        data = np.asarray(block.data, np.int64)
-        if data.size and (data.min() < 0 or data.max() >= len(points)):
-            raise BadFile(path, f"an element of kind {block.type} has a node that isn't in the file")
-        if block.type != "vertex":
-            referenced[data.ravel()] = True
-        if block.type in CORNERS:
-            corners = CORNERS[block.type]
-            shells.append(np.column_stack([data[:, :corners], np.full((len(data), 4 - corners), -1)]))
-            chosen.append(index)
-        elif block.type in LINES:
-            lines.append(data[:, :2])
-        elif block.type != "vertex":
-            left_out[block.type] = left_out.get(block.type, 0) + len(data)
-    shell = np.concatenate(shells) if shells else np.zeros((0, 4), np.int64)
-    line = np.concatenate(lines) if lines else np.zeros((0, 2), np.int64)
-    unknown = np.full(len(shell), math.nan)
-    data = {
-        name: np.concatenate([np.asarray(blocks[i]) for i in chosen])
-        for name, blocks in mesh.cell_data.items()
-        if chosen
-    }
-    if path.suffix.lower() == ".msh" and any(not name.startswith("gmsh:") for name in data):
-        check_element_data_order(path)
-    return filled(
-        points,
-        np.arange(1, len(points) + 1),
-        shell,
-        np.arange(1, len(shell) + 1),
-        unknown,
-        line,
-        np.arange(1, len(line) + 1),
-        np.full(len(line), math.nan),
-        groups=gmsh_groups(mesh, chosen, data),
-        cell_data=data,
-        left_out=left_out,
-        referenced=referenced,
-    )
-
-
-def gmsh_groups(mesh: meshio.Mesh, chosen: list[int], data: dict) -> dict[str, np.ndarray]:
-    """Physical groups of surfaces by name, and by number."""
-    groups = {}
-    if "gmsh:physical" in data:
-        tags = data["gmsh:physical"]
-        groups = {str(tag): tags == tag for tag in np.unique(tags)}
-        groups |= {name: tags == tag for name, (tag, dim) in mesh.field_data.items() if dim == 2}
-    for name, blocks in mesh.cell_sets.items():
-        if name in mesh.field_data and mesh.field_data[name][1] == 2:
-            groups[name] = np.concatenate([np.isin(np.arange(len(mesh.cells[i].data)), blocks[i]) for i in chosen])
-    return groups
-
-
-def check_element_data_order(path: Path) -> None:
-    """meshio takes $ElementData by order, whatever elements its lines name: only rising numbers are safe."""
-    for block in re.finditer(rb"\$ElementData\s(.*?)\$EndElementData", path.read_bytes(), re.S):
-        lines = block[1].split(b"\n")
-        try:
-            texts = int(lines[0])
-            reals = int(lines[1 + texts])
-            whole = int(lines[2 + texts + reals])
-            rows = lines[3 + texts + reals + whole :]
-            numbers = np.array([int(row.split(None, 1)[0]) for row in rows if row.strip()])
-        except (ValueError, IndexError):
-            return  # binary: meshio itself refuses another order
-        if (np.diff(numbers) <= 0).any():
-            raise BadFile(path, "the elements of $ElementData don't stand in rising order; give the values as a CSV")
-
-
 def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
     """The job's mesh of what a file holds: mm, quadrilaterals cut, unused nodes dropped."""
     points = raw.points * request.to_mm
-    notes = [f"{count} element{'s' * (count > 1)} of kind {kind} left out" for kind, count in raw.left_out.items()]
-    if raw.left_out:
-        findings.warn(str(request.path), "; ".join(notes) + ": KELD works on a mid-surface of triangles")
+    notes = tell_kinds(raw, request, findings)
     if not np.isfinite(points).all():
         bad = raw.node_numbers[~np.isfinite(points).all(axis=1)]
         findings.fault(str(request.path), f"{count_of(bad, 'node')} without finite coordinates")
@@ -226,6 +87,22 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
         notes.append(f"{turn.sum()} triangles turned round, so that neighbours agree")
     drop_unused_nodes(mesh, raw, findings, str(request.path))
     return mesh
+
+
+def tell_kinds(raw: RawMesh, request, findings: Findings) -> list[str]:
+    """Notes on elements that were reduced or left out; one that is left out unasked is a fault."""
+    notes = [f"{count} of kind {kind} taken by their corners or split" for kind, count in raw.reduced.items()]
+    if not raw.left_out:
+        return notes
+    counts = ", ".join(f"{count} of kind {kind}" for kind, count in raw.left_out.items())
+    if request.leave_out:
+        return [*notes, f"elements left out: {counts}"]
+    findings.fault(
+        str(request.path),
+        f"has elements that can be no wall of triangles: {counts}; leave_out = true in [mesh] (or --leave-out) "
+        f"makes the job of the other {len(raw.shells)} shells",
+    )
+    return notes
 
 
 def cut(points: np.ndarray, shells: np.ndarray) -> tuple[np.ndarray, np.ndarray]:

@@ -8,12 +8,13 @@ from __future__ import annotations
 
 import math
 import re
+from collections.abc import Iterator
 from pathlib import Path
 
 import numpy as np
 
 from ..base.findings import BadFile, count_of
-from .raw_mesh import RawMesh, filled, indices_of
+from .raw_mesh import RawMesh, filled, with_indices
 
 # card -> (corners, place of the first grid point, place of the first corner thickness)
 SHELLS = {
@@ -24,16 +25,23 @@ SHELLS = {
     "CQUADR": (4, 2, 10),
     "CQUAD8": (4, 2, 10),
     "CSHEAR": (4, 2, None),
+    "CQUAD": (4, 2, None),
 }
+HIGHER = {"CTRIA6": 6, "CQUAD8": 8, "CQUAD": 9}  # nodes of the cards that have more than corners
 LINES = {"CBAR", "CBEAM", "CROD", "CONROD", "CTUBE"}
-SOLIDS = {"CTETRA", "CHEXA", "CPENTA", "CPYRAM", "CPYRA"}
+# Elements that can be no wall; masses, dampers and plot elements carry nothing and are passed over.
+OTHERS = re.compile(
+    r"C(TETRA|HEXA|PENTA|PYRAM?|BUSH(1D|2D)?|ELAS[1-4]|GAP|BEND|BEAM3|FAST|WELD|SEAM|TRIAX6?|QUADX[48]?|TRAX[36]"
+    r"|QUADP|TRIAP|RAC2D|RAC3D)|R(BAR1?|BE[123]|ROD|TRPLT1?|SPLINE|JOINT|SSCON)"
+)
+INCLUDE = re.compile(r"\s*INCLUDE\b\s*(.*)", re.I)
 MISSING_E = re.compile(r"(?<=[\d.])([+-]\d+)$")
 
 
 def cards(path: Path):
-    """Yield (line number, keyword, fields) of each card: small, large and free field, continued lines joined."""
-    line_no, name, fields = 0, "", []
-    for number, line in enumerate(bulk_lines(path), 1):
+    """Yield ((file, line number), keyword, fields) of each card: small, large and free field, continued lines joined."""
+    at, name, fields = (path, 0), "", []
+    for file, number, line in bulk_lines(path):
         line = line.split("$", 1)[0].rstrip()
         if not line:
             continue
@@ -44,19 +52,41 @@ def cards(path: Path):
             fields += body
             continue
         if name:
-            yield line_no, name, fields
-        if head.startswith("ENDDATA"):
+            yield at, name, fields
+        if head.upper().startswith("ENDDATA"):
             return
-        line_no, name, fields = number, head.rstrip("*").upper(), body
+        at, name, fields = (file, number), head.rstrip("*").upper(), body
     if name:
-        yield line_no, name, fields
+        yield at, name, fields
 
 
-def bulk_lines(path: Path) -> list[str]:
-    """The file's lines, with blanks in place of all that stands before BEGIN BULK."""
+def bulk_lines(path: Path) -> list[tuple[Path, int, str]]:
+    """File, number and text of every line behind BEGIN BULK, those of included files in their places."""
+    lines = list(lines_of(path, path))
+    begin = next((i for i, (_, _, line) in enumerate(lines) if re.match(r"\s*BEGIN\s+BULK", line, re.I)), -1)
+    return lines[begin + 1 :]
+
+
+def lines_of(path: Path, deck: Path, depth: int = 0) -> Iterator[tuple[Path, int, str]]:
+    """Lines of a file; an INCLUDE, whose quoted name may go over several lines, gives way to its file's."""
     lines = path.read_text(encoding="utf-8", errors="replace").splitlines()
-    begin = next((i for i, line in enumerate(lines[:10000]) if re.match(r"\s*BEGIN\s+BULK", line, re.I)), -1)
-    return [""] * (begin + 1) + lines[begin + 1 :]
+    number = 0
+    while number < len(lines):
+        line, number = lines[number], number + 1
+        statement = INCLUDE.match(line) if line[:1] in "iI " else None
+        if not statement:
+            yield path, number, line
+            continue
+        first, name = number, statement[1].strip()
+        while name[:1] in ("'", '"') and name.count(name[0]) < 2 and number < len(lines):
+            name, number = name + lines[number].strip(), number + 1
+        quoted = re.match(r"(['\"])(.*?)\1", name)
+        name = quoted[2] if quoted else name.split("$", 1)[0].strip()
+        target = next((f / name for f in (path.parent, deck.parent) if name and (f / name).is_file()), None)
+        if target is None or depth > 10:
+            why = "includes itself" if target else "isn't there"
+            raise BadFile(path, f"the file {name!r} that it includes {why}", first)
+        yield from lines_of(target, deck, depth + 1)
 
 
 def split_line(line: str) -> tuple[str, list[str]]:
@@ -83,7 +113,7 @@ class _Deck:
         self.grid, self.points, self.systems = [], [], []
         self.shells, self.shell_ids, self.shell_props, self.corner_thickness = [], [], [], []
         self.lines, self.line_ids, self.line_props, self.line_diameter = [], [], [], []
-        self.thickness, self.diameter, self.left_out = {}, {}, {}
+        self.thickness, self.diameter, self.left_out, self.reduced = {}, {}, {}, {}
         self.others: list[int] = []  # middle nodes and nodes of solids
 
     def add(self, name: str, f: list[str]) -> None:
@@ -108,16 +138,17 @@ class _Deck:
             self.diameter[int(f[0])] = real(f[2])
         elif name in ("PBARL", "PBEAML") and f[3].upper() in ("ROD", "TUBE") and len(f) > 8:
             self.diameter[int(f[0])] = 2.0 * real(f[8])
-        elif name in SOLIDS:
+        elif OTHERS.fullmatch(name):
             self.left_out[name] = self.left_out.get(name, 0) + 1
-            self.others += [int(n) for n in f[2:] if n]
+            self.others += [int(n) for n in f[2:] if n.isdigit()]
 
     def add_shell(self, name: str, f: list[str]) -> None:
         corners, first, thick = SHELLS[name]
         nodes = [int(n) for n in f[first : first + corners]]
         self.shells.append(nodes + [-1] * (4 - corners))
-        if name in ("CTRIA6", "CQUAD8"):
-            self.others += [int(n) for n in f[first + corners : first + 2 * corners] if n]
+        if name in HIGHER:
+            self.others += [int(n) for n in f[first + corners : first + HIGHER[name]] if n]
+            self.reduced[name] = self.reduced.get(name, 0) + 1
         self.shell_ids.append(int(f[0]))
         self.shell_props.append(int(f[1] or f[0]))
         given = [t for t in f[thick : thick + corners] if t] if thick else []
@@ -133,11 +164,11 @@ def disc_diameter(area: float) -> float:
 def read(path: Path) -> RawMesh:
     """The mesh of a bulk data file. Raises BadFile with line and card for what can't be read."""
     deck = _Deck()
-    for line, name, fields in cards(path):
+    for (file, line), name, fields in cards(path):
         try:
             deck.add(name, fields)
         except (ValueError, IndexError):
-            raise BadFile(path, f"card {name} can't be read: {','.join(fields)[:80]!r}", line) from None
+            raise BadFile(file, f"card {name} can't be read: {','.join(fields)[:80]!r}", line) from None
     if deck.systems:
         raise BadFile(
             path,
@@ -165,23 +196,6 @@ def read(path: Path) -> RawMesh:
         deck.line_ids,
         diameter,
         left_out=deck.left_out,
+        reduced=deck.reduced,
     )
     return with_indices(path, raw, deck.others, {str(p): props == p for p in np.unique(props)})
-
-
-def with_indices(path: Path, raw: RawMesh, others: list[int], groups: dict) -> RawMesh:
-    """Node numbers of elements turned into indices; `others` are nodes that elements have beside their corners.
-
-    Raises BadFile for a number that no node has.
-    """
-    for name in ("shells", "lines"):
-        wanted = getattr(raw, name)
-        found = indices_of(raw.node_numbers, wanted)
-        lost = np.argwhere((found < 0) & (wanted != -1))
-        if len(lost):
-            element = getattr(raw, name[:-1] + "_numbers")[lost[0][0]]
-            raise BadFile(path, f"element {element} has the node {wanted[tuple(lost[0])]}, which isn't in the file")
-        setattr(raw, name, found)
-    raw.groups = groups
-    raw.referenced = np.isin(raw.node_numbers, others)
-    return raw

@@ -30,6 +30,7 @@ class MeshRequest:
     runner_diameter: float | None = None  # mm
     gate_nodes: list = field(default_factory=list)  # numbers, or points in mm
     orient: bool = False
+    leave_out: bool = False  # elements that can be no wall are left out, not a fault
 
 
 @dataclass
@@ -60,6 +61,7 @@ class Part:
     conditions: Conditions = field(default_factory=Conditions)
     fields: dict[str, FieldRequest] = field(default_factory=dict)
     csv: Path | None = None
+    csv_mapping: str | None = None  # element, nearest, inverse_distance; None: by the columns
     boundary_nodes: list = field(default_factory=list)  # numbers, or points in mm
     direct_solver: bool = True
     cycle_limit: int = 3000
@@ -80,10 +82,13 @@ FIELDS = {
 }
 
 
+CSV_MAPPINGS = ("element", "nearest", "inverse_distance")
+
+
 def read_part_file(path: Path, findings: Findings) -> Part:
     """The part of a TOML file. Raises BadFile when it can't be read or isn't TOML."""
     try:
-        text = path.read_bytes().decode("utf-8")
+        text = path.read_bytes().decode("utf-8-sig")
         document = tomllib.loads(text)
     except OSError as error:
         raise BadFile(path, f"can't be read: {error.strerror}") from None
@@ -131,9 +136,11 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     mesh = part.mesh
     name = section.take("file", str, "a file name", "")
     mesh.place = section.place("file")
-    if not name and "file" not in section.table:
-        section.fault("", "has no file: the mesh to read")
-    mesh.path = folder / name
+    if not name and not isinstance(section.table.get("file", ""), str):
+        pass  # told already
+    elif not name:
+        section.fault("file" if "file" in section.table else "", "has no file: the name of the mesh to read")
+    mesh.path = folder / name if name else Path()
     unit = section.take("length_unit", str, "a unit", "mm")
     if unit not in units.LENGTH_TO_MM:
         section.fault("length_unit", f"{unit!r} is not known; one of {', '.join(units.LENGTH_TO_MM)}")
@@ -151,18 +158,28 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     mesh.runners = section.take("runners", bool, "true or false", True)
     mesh.runner_diameter = section.quantity("runner_diameter", "length", above=0.0)
     mesh.orient = section.take("orient_triangles", bool, "true or false", False)
+    mesh.leave_out = section.take("leave_out", bool, "true or false", False)
     mesh.gate_nodes = section.nodes("gate")
     section.finish()
 
 
 def library_values(section: Section) -> dict:
-    """What the library gives under the section's `name`; empty without a name."""
+    """What the library gives under the section's `name`; empty without a name.
+
+    An unknown name is one fault: the nearest material stands in for it, so that no other fault follows from it.
+    """
     name = section.take("name", str, "a name of the library", None)
     if name is None:
         return {}
     if name not in polymers.names():
-        section.fault("name", f"{name!r} is not in the library, which has {', '.join(polymers.names())}")
-        return {}
+        near = polymers.nearest(name)
+        section.fault(
+            "name",
+            f"{name!r} is not in the library; nearest: {', '.join(near)}"
+            if near
+            else f"{name!r} is not in the library, " f"which has {', '.join(polymers.names())}",
+        )
+        name = (near or polymers.names())[0]
     return polymers.plain_values(polymers.library()[name]) | {"title": polymers.library()[name]["title"]}
 
 
@@ -268,6 +285,9 @@ def read_conditions(section: Section, part: Part, base: dict) -> None:
 def read_fields(section: Section, part: Part, folder: Path, base: dict) -> None:
     csv = section.take("csv", str, "a file name", None)
     part.csv = folder / csv if csv else None
+    part.csv_mapping = section.take("csv_mapping", str, "a text", None)
+    if part.csv_mapping not in (None, *CSV_MAPPINGS):
+        section.fault("csv_mapping", f"expected one of {', '.join(CSV_MAPPINGS)}, found {part.csv_mapping!r}")
     for name, (kind, components) in FIELDS.items():
         if name.startswith("ejection"):
             continue

@@ -5,6 +5,8 @@ Used by part_file (which fills them), checks (which tests them) and working_file
 
 from __future__ import annotations
 
+import difflib
+import re
 import tomllib
 from dataclasses import dataclass, field
 from functools import cache
@@ -52,6 +54,17 @@ def library() -> dict:
 
 def names() -> list[str]:
     return [name for name in library() if name != "sources"]
+
+
+def nearest(name: str) -> list[str]:
+    """Names of the library that resemble one that isn't in it: "pa66 gf30" is PA66-GF30."""
+
+    def plain(text: str) -> str:
+        return re.sub(r"[^a-z0-9]", "", text.lower())
+
+    by_plain = {plain(known): known for known in names()}
+    close = difflib.get_close_matches(plain(name), by_plain, 3, 0.6)
+    return [by_plain[key] for key in close]
 
 
 def plain_values(table: dict) -> dict:

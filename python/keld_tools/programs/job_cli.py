@@ -9,16 +9,14 @@ import argparse
 import sys
 from pathlib import Path
 
-import numpy as np
-
 from .. import __version__
 from ..base import atomic, ownership
 from ..base.findings import BadFile, Findings
-from ..base.program import next_commands, run_program, whole_output
+from ..base.program import run_program, whole_output
 from ..base.progress import Progress
 from ..job import checks, job_files, working_files
-from ..meshes import mesh_input
-from ..meshes.mesh_input import JobMesh
+from ..job.summary import summary_of
+from ..meshes import formats, mesh_input
 from ..part import part_file, polymers
 from ..part.part_file import Part
 
@@ -32,6 +30,7 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--thickness", type=float, metavar="MM", help="wall thickness for elements without their own")
     parser.add_argument("--polymer", metavar="NAME", help="polymer of the library for a first try (default PP)")
     parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default mm)")
+    parser.add_argument("--leave-out", action="store_true", help="pass over elements that can be no wall, as solids")
     parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
     parser.add_argument("--polymers", action="store_true", help="list the library, with the source of each number")
     parser.add_argument("--version", action="version", version=f"keld-job {__version__}")
@@ -56,9 +55,9 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     part = read_request(options, findings)
     progress("reading the mesh")
     mesh = None
-    if part.mesh.path.name and (part.mesh.path.suffix or not part.mesh.path.is_dir()):
+    if part.mesh.path.name:
         try:
-            mesh = mesh_input.build(mesh_input.read_raw(part.mesh.path), part.mesh, findings)
+            mesh = mesh_input.build(formats.read_raw(part.mesh.path), part.mesh, findings)
         except BadFile as error:
             findings.faults.append(f"{part.mesh.place}: {error}" if part.mesh.place else str(error))
     filled = part.filler is not None
@@ -68,18 +67,18 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     if mesh is None:
         return ""
     progress("checking")
-    contents = job_files.texts(part, mesh, findings, progress)
+    files = job_files.texts(part, mesh, findings, progress)
     check_target(part, options, findings)
-    if findings.faults:
+    if files is None or findings.faults:
         return ""
     progress("writing")
     atomic.write_family(
         part.base,
-        {suffix: text.encode(errors="replace") for suffix, text in contents.items()},
-        tuple(s for s in working_files.SUFFIXES if s not in contents),
+        {suffix: text.encode(errors="replace") for suffix, text in files.contents.items()},
+        tuple(s for s in working_files.SUFFIXES if s not in files.contents),
         last=".PG1",
     )
-    return summary_of(part, mesh, contents)
+    return summary_of(part, mesh, files)
 
 
 def read_request(options: argparse.Namespace, findings: Findings) -> Part:
@@ -103,6 +102,7 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
         if not 0 < options.thickness < float("inf"):
             findings.fault("command line", f"--thickness {options.thickness:g} isn't above 0")
         part.mesh.thickness = part_file.FieldRequest(options.thickness, kind="length", unit="mm", place="--thickness")
+    part.mesh.leave_out |= options.leave_out
     if options.output:
         part.base = Path(options.output)
     elif first_try:
@@ -116,16 +116,3 @@ def check_target(part: Part, options: argparse.Namespace, findings: Findings) ->
         findings.fault(str(part.base.parent), "there is no such folder to write to")
     files = [Path(f"{part.base}{suffix}") for suffix in working_files.SUFFIXES]
     ownership.refuse_foreign(files, options.overwrite, findings)
-
-
-def summary_of(part: Part, mesh: JobMesh, contents: dict[str, str]) -> str:
-    size = np.ptp(mesh.points[np.unique(mesh.triangles)], axis=0)
-    lines = [
-        f"{part.base}: {len(mesh.triangles)} triangles, {len(mesh.runners)} runners, {len(mesh.points)} nodes, "
-        f"{size[0]:.4g} x {size[1]:.4g} x {size[2]:.4g} mm",
-        f"polymer: {part.polymer.title}",
-    ]
-    lines += [f"note: {note}" for note in mesh.notes]
-    lines.append("written: " + " ".join(sorted(contents)))
-    lines.append(f"next: {next_commands(part.base)}")
-    return "\n".join(lines)

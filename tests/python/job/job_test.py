@@ -108,7 +108,11 @@ FAULTS = {
     ),
     "no unit": ("thickness_mm = 2", "thickness = 2", ["part.toml:4: [mesh] thickness: has no unit"]),
     "wrong type": ('name = "PP"', "name = 5", ["part.toml:6: [polymer] name: expected"]),
-    "not in the library": ('"PP"', '"XX"', ["part.toml:6:", "PA66-GF30"]),
+    "not in the library": ('"PP"', '"XX"', ["part.toml:6:", "which has PP, "]),
+    "nearly in the library": ('"PP"', '"pa66gf30"', ["part.toml:6:", "nearest: PA66-GF30", "1 fault;"]),
+    "no mesh's name": ("plate.msh", "", ["part.toml:3: [mesh] file: has no file", "1 fault;"]),
+    "a folder": ('"plate.msh"', '"."', ["1 fault;"]),
+    "a folder with a name": ("plate.msh", "../", ["1 fault;"]),
     "out of range": ('"PP"', '"PP"\npoisson = 0.5', ["part.toml:7: [polymer] poisson: 0.5 is out of range"]),
     "given twice": (
         "ambient_temperature_C = 20",
@@ -194,6 +198,8 @@ def test_faults_of_a_csv(tmp_path, job, rows, words):
 WARNINGS = {
     "thick wall": (PART.replace("_mm = 2", "_mm = 12"), {}, "thicker than a quarter of the part"),
     "length unit": (PART.replace("thickness_mm", 'length_unit = "m"\nthickness_mm'), {}, "40000 mm"),
+    "small": (PART, {"triangles": [[0, 1, 2]], "points": [[0, 0, 0], [4.9, 0, 0], [0, 4.9, 0]]}, "below the usual 5"),
+    "large": (PART, {"triangles": [[0, 1, 2]], "points": [[0, 0, 0], [2001, 0, 0], [0, 900, 0]]}, "beyond the usual"),
     "modulus": (PART.replace('"PP"', '"PP"\nmodulus_MPa = 2'), {}, "modulus of 2 MPa"),
     "expansion": (PART.replace('"PP"', '"PP"\nexpansion_per_K = 70'), {}, "expansion of 70 1/K"),
     "density": (PART.replace('"PP"', '"PP"\ndensity_g_cm3 = 905'), {}, "density of 905"),
@@ -249,6 +255,19 @@ def test_a_plain_plate_has_no_warning(tmp_path, job):
     write_plate(tmp_path / "plate.msh")
 
     assert job(PART) == (0, "")
+
+
+@pytest.mark.parametrize("wall, words", [(2, "too small"), (4, "suit best, where"), (10, "too large")])
+def test_the_summary_tells_size_wall_and_edge_over_wall(tmp_path, capsys, wall, words):
+    """Triangles of sides 10, 10 and 14.14 mm."""
+    write_plate(tmp_path / "plate.msh")
+    (tmp_path / "part.toml").write_text(PART.replace("_mm = 2", f"_mm = {wall}"))
+
+    assert job_cli.main([str(tmp_path / "part.toml")]) == 0
+
+    said = capsys.readouterr().out
+    assert f"size: 40 x 30 x 0 mm, wall {wall} mm\n" in said and "24 triangles" in said
+    assert f"mean edge over wall thickness: {(20 + 200**0.5) / 3 / wall:.3g}; " in said and words in said
 
 
 def test_determinant_is_twice_the_area_times_half_the_wall():

@@ -11,7 +11,7 @@ from keld_tools.programs import job_cli, view_cli
 from keld_tools.report import picture
 from keld_tools.results import compensate
 from keld_tools.results.geometry_file import read_geometry
-from support import PART, plate, results_text, write_plate
+from support import PART, mutations, plate, results_text, write_plate
 
 RNG = np.random.default_rng(6)
 TOTAL = np.round(RNG.uniform(-0.3, 0.3, (20, 3)), 3)
@@ -181,26 +181,6 @@ def test_prior_files_that_do_not_fit_are_left_out_and_told(base, capsys):
     assert view_cli.main([str(base)]) == 0
     assert "j.RS1: has 1 records, the mesh 24 elements; left out" in capsys.readouterr().err
     assert "stress1_MPa" not in meshio.read(f"{base}.vtu").cell_data
-
-
-def mutations(data, count):
-    """Damaged copies: cut, bytes changed, lines lost or doubled, numbers made huge, negative or no number."""
-    for _ in range(count):
-        kind, at = RNG.integers(5), int(RNG.integers(len(data)))
-        lines, numbers = data.split(b"\n"), list(re.finditer(rb"-?\d+(\.\d+)?", data))
-        line = int(RNG.integers(len(lines)))
-        if kind == 0:
-            yield data[:at]
-        elif kind == 1:
-            yield data[:at] + bytes(RNG.integers(0, 256, 3, dtype=np.uint8)) + data[at + 3 :]
-        elif kind == 2:
-            yield b"\n".join(lines[:line] + lines[line + 1 :])
-        elif kind == 3:
-            yield b"\n".join(lines[:line] * 2 + lines[line:])
-        elif numbers:
-            spot = numbers[int(RNG.integers(len(numbers)))]
-            value = [b"-7", b"1e400", b"nan", b"99999999999", b"x", b"", b"0"][int(RNG.integers(7))]
-            yield data[: spot.start()] + value + data[spot.end() :]
 
 
 @pytest.mark.parametrize(

@@ -5,6 +5,7 @@ its distance from the fixed point. KELD_PROGRAM names the program, which CTest s
 """
 
 import os
+import re
 import subprocess
 from pathlib import Path
 
@@ -37,7 +38,10 @@ fixed_at_mm = [[10, 10, 0], [40, 10, 0], [10, 30, 0]]
 
 
 def tool(name, *words):
-    subprocess.run([ROOT / "python" / name, *map(str, words)], check=True, capture_output=True, timeout=120)
+    """What the program prints."""
+    return subprocess.run(
+        [ROOT / "python" / name, *map(str, words)], check=True, capture_output=True, timeout=120, text=True
+    ).stdout
 
 
 def keld(base):
@@ -73,6 +77,42 @@ def test_a_flat_plate_shrinks_by_the_formula(tmp_path, more, strain):
     found = meshio.read(f"{base}.vtu").point_data["displacement_total_mm"]
     expected = (points[:, :2] - [10.0, 10.0]) * strain
     np.testing.assert_allclose(found[:, :2], expected, atol=1e-4)  # four digits of .WR1
+
+
+GLASS = "[filler]\nweight_percent = 30\nmodulus_GPa = 76\npoisson = 0.22\nexpansion_per_K = 5e-6\ndensity_g_cm3 = 2.6\n"
+
+
+@pytest.mark.parametrize(
+    "polymer, filler, orientation, expected",
+    [
+        ('name = "PP"\nshrinkage_percent = 1.6', "", None, (1.6, 1.6)),
+        ('name = "PA66-GF30"\nshrinkage_percent = [0.4, 0.9]', "", None, (0.4, 0.9)),
+        ('name = "PA66"\nshrinkage_percent = [0.4, 0.9]', GLASS, 0.8, (0.4, 0.9)),
+        ('name = "PA66"\nshrinkage_percent = 0.7', GLASS, 0.8, (0.7, 0.7)),
+        ('name = "PA66-GF30"', "", None, (None, None)),
+        ('name = "PA66"', GLASS, 1.0, (None, None)),
+        ('name = "PP"\nspecific_volume = [1.2745, 1.025e-3, 1.05e9, 5.4e-3, 1.16, 6.0e-4, 1.7e9, 4.1e-3, 379, 2.2e-8]', GLASS, 0.7, (None, None)),
+    ],
+)  # fmt: skip
+def test_a_flat_plate_shrinks_as_keld_job_tells(tmp_path, polymer, filler, orientation, expected):
+    """Fibres along x. None: what the summary says of expansion, mixed with a filler or not, is what keld does."""
+    points = plate()[0]
+    write_plate(tmp_path / "plate.msh")
+    fields = "[fields]\nfibre_direction = [1, 0, 0]\n" + (f"orientation = {orientation}\n" if orientation else "")
+    text = '[mesh]\nfile = "plate.msh"\nthickness_mm = 2\n[polymer]\n' + polymer + f"\n{filler}{fields}"
+    (tmp_path / "part.toml").write_text(text + "[boundary]\nfixed_at_mm = [[0, 0, 0], [40, 0, 0], [0, 30, 0]]\n")
+
+    said = tool("keld-job", tmp_path / "part.toml", "-o", tmp_path / "j")
+    keld(tmp_path / "j")
+    tool("keld-view", tmp_path / "j")
+
+    line = next(line for line in said.splitlines() if line.startswith("free shrinkage: ")).replace(" %", "")
+    told = [float(word) for word in re.findall(r"[-+.\de]+(?= along| across| \(over)", line.split(";")[0])]
+    told = (told * 2)[:2]
+    found = meshio.read(f"{tmp_path / 'j'}.vtu").point_data["displacement_total_mm"]
+    np.testing.assert_allclose(found[:, :2], -points[:, :2] * np.array(told) / 100.0, atol=2e-3)
+    for given, value in zip(expected, told):
+        assert given is None or value == pytest.approx(given, abs=1e-6)
 
 
 def test_a_corrected_cavity_comes_nearer_to_the_nominal_shape(tmp_path):

@@ -22,6 +22,7 @@ UNITS: dict[str, dict[str, tuple[float, float]]] = {
     "flow": {"cm3_s": (1.0, 0.0)},
     "time": {"s": (1.0, 0.0)},
     "angle": {"deg": (1.0, 0.0)},
+    "percent": {"percent": (1.0, 0.0)},
     "number": {"": (1.0, 0.0)},
 }
 

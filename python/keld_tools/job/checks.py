@@ -179,14 +179,14 @@ def check_polymer(polymer: Polymer, filled: bool, place: str, findings: Findings
                 f"{name} of {odd[0]:g} {unit} is no usual polymer's ({low:g} to {high:g} {unit}); "
                 "is the unit right?",
             )
-    if not polymer.modulus or not polymer.poisson or not polymer.expansion:
+    if not polymer.modulus or not polymer.poisson:
         return  # its fault is told already
     for name, values, falling in (
         ("modulus", polymer.modulus, True),
         ("poisson", polymer.poisson, False),
         ("expansion", polymer.expansion, False),
     ):
-        if list(polymer.pair(values, falling)) != (values * 2)[:2]:
+        if values and list(polymer.pair(values, falling)) != (values * 2)[:2]:
             findings.warn(
                 place,
                 f"{name}: KELD puts two entries in {'falling' if falling else 'rising'} order; the first "

@@ -6,6 +6,7 @@ Gathers the values per element, has them checked, and hands them to working_file
 from __future__ import annotations
 
 from dataclasses import dataclass
+from typing import NamedTuple
 
 import numpy as np
 
@@ -16,8 +17,15 @@ from ..meshes.mesh_input import JobMesh
 from ..part.part_file import Part
 from ..results import origin
 from ..results.origin import Origin
-from . import checks, working_files
+from . import checks, free_shrinkage, working_files
 from .fields import Fields
+
+
+class Shrinking(NamedTuple):
+    """Means over the part, weighted by area."""
+
+    orientation: float
+    change: float  # K from ejection to ambient
 
 
 @dataclass
@@ -26,8 +34,7 @@ class JobFiles:
 
     contents: dict[str, str]  # suffix -> text
     thickness: np.ndarray  # (T,) mm
-    lower: np.ndarray  # (T,) C, ejection temperature of the lower side
-    upper: np.ndarray  # (T,) C
+    shrinking: Shrinking
 
 
 def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> JobFiles | None:
@@ -49,8 +56,17 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     fixed = mesh_input.find_nodes(mesh, part.boundary_nodes, "boundary node", part.places["boundary"], findings)
     if part.boundary_nodes and len(fixed) == len(part.boundary_nodes):
         checks.check_boundary(mesh, fixed, part.places["boundary"], findings)
+    orientation = fields.values("orientation", part.polymer.orientation)
+    area = np.linalg.norm(surface.crosses(mesh.points, mesh.triangles), axis=1)
+    shrinking = Shrinking(
+        float(np.average(orientation, weights=area if area.any() else None)),
+        free_shrinkage.mean_change(lower, upper, part.conditions.ambient, area),
+    )
+    for name, polymer in (("polymer", part.polymer), ("second_polymer", part.second)):
+        if polymer:
+            free_shrinkage.set_expansion(polymer, part.filler, *shrinking, part.places[name], findings)
     heading = [working_files.MADE_BY, part.title or part.base.name]
-    contents = {".RS1": stress_text(part, mesh, fields, heading, findings)}
+    contents = {".RS1": stress_text(part, mesh, fields, orientation, heading, findings)}
     if findings.faults:
         return None
     progress("forming the files")
@@ -64,7 +80,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     contents[".MAL"] = working_files.material(part)
     contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
     contents[origin.SUFFIX] = origin.text_of(origin_of(part, mesh, findings))
-    return JobFiles({suffix: text for suffix, text in contents.items() if text}, thickness, lower, upper)
+    return JobFiles({suffix: text for suffix, text in contents.items() if text}, thickness, shrinking)
 
 
 def origin_of(part: Part, mesh: JobMesh, findings: Findings) -> Origin:
@@ -112,10 +128,11 @@ def side_temperatures(fields: Fields) -> tuple[np.ndarray, np.ndarray]:
     return sides[0], sides[1]
 
 
-def stress_text(part: Part, mesh: JobMesh, fields: Fields, heading: list[str], findings: Findings) -> str:
+def stress_text(
+    part: Part, mesh: JobMesh, fields: Fields, orientation: np.ndarray, heading: list[str], findings: Findings
+) -> str:
     """.RS1, or nothing for a job without stress, fibres or a direction."""
     stress = [fields.values(name, 0.0) for name in ("stress1", "stress2")]
-    orientation = fields.values("orientation", 1.0)
     fraction = fields.values("kind_fraction", 1.0)
     checks.check_fields(part, np.array(stress), orientation, fraction, findings)
     axes = fields.axes(surface.unit_normals(mesh.points, mesh.triangles))

@@ -8,6 +8,7 @@ from ..base.program import next_commands
 from ..meshes import surface
 from ..meshes.mesh_input import JobMesh
 from ..part.part_file import Part
+from . import free_shrinkage
 from .job_files import JobFiles
 
 BEST = 2.5  # mean edge over thickness at which a wedge bends nearest to the truth
@@ -24,8 +25,12 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
         f"{part.base}: {len(mesh.triangles)} triangles, {len(mesh.runners)} runners, {len(mesh.points)} nodes",
         f"size: {size[0]:.4g} x {size[1]:.4g} x {size[2]:.4g} mm, wall {thickness} mm",
         f"mean edge over wall thickness: {ratio:.3g}; {words_on(ratio)}",
-        f"polymer: {part.polymer.title}",
     ]
+    melt = part.conditions.melt if part.conditions.second_melt is None else part.conditions.second_melt
+    fraction = free_shrinkage.volume_fraction(part.second or part.polymer, part.filler, melt)
+    for polymer in [part.polymer] + [part.second] * bool(part.second):
+        lines.append(f"polymer: {polymer.title}")
+        lines.append(free_shrinkage.words_on(polymer, part.filler, fraction, *files.shrinking))
     lines += [f"note: {note}" for note in mesh.notes]
     lines.append("written: " + " ".join(sorted(files.contents)))
     lines.append(f"next: {next_commands(part.base)}")

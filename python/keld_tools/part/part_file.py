@@ -180,7 +180,8 @@ def library_values(section: Section) -> dict:
             else f"{name!r} is not in the library, " f"which has {', '.join(polymers.names())}",
         )
         name = (near or polymers.names())[0]
-    return polymers.plain_values(polymers.library()[name]) | {"title": polymers.library()[name]["title"]}
+    more = {"title": polymers.library()[name]["title"], "published": polymers.published_shrinkage(name)}
+    return polymers.plain_values(polymers.library()[name]) | more
 
 
 def read_polymer(section: Section, base: dict) -> Polymer:
@@ -196,17 +197,29 @@ def read_polymer(section: Section, base: dict) -> Polymer:
         ("poisson", "number"),
         ("expansion", "expansion"),
         ("density", "density"),
+        ("shear_modulus", "stress"),
     ):
-        if has(name, kind) or name == "density" and "specific_volume" in own:
+        if (
+            has(name, kind)
+            or name == "shear_modulus"
+            and has("modulus", "stress")
+            or name == "density"
+            and "specific_volume" in own
+        ):
             merged = {k: v for k, v in merged.items() if units.split_key(k, name, kind) is None}
     # Library values of temperatures and the filler table are for read_conditions and read_filler.
-    keep = ("modulus_MPa", "poisson", "expansion_per_K", "density_g_cm3")
+    keep = ("modulus_MPa", "poisson", "shear_modulus_MPa", "expansion_per_K", "density_g_cm3")
     section.table = {k: v for k, v in merged.items() if k in keep} | own
     polymer = Polymer(title=section.take("title", str, "a text", base.get("title", "user's own polymer")))
     polymer.modulus = section.quantity("modulus", "stress", [], True, (1, 2), above=0.0)
     polymer.poisson = section.quantity("poisson", "number", [], True, (1, 2), above=-1.0, most=0.4999)
     polymer.shear_modulus = section.quantity("shear_modulus", "stress", above=0.0)
-    polymer.expansion = section.quantity("expansion", "expansion", [], True, (1, 2))
+    polymer.shrinkage = section.quantity("shrinkage", "percent", [], False, (1, 2), above=0.0, most=10.0)
+    if polymer.shrinkage and has("expansion", "expansion"):
+        section.fault("shrinkage_percent", "both an expansion and the shrinkage that sets it are given")
+    polymer.expansion = section.quantity("expansion", "expansion", [], not polymer.shrinkage, (1, 2))
+    polymer.orientation = base.get("orientation", 1.0)
+    polymer.published = base.get("published", [])
     tait = section.quantity("specific_volume", "number", [], False, (3, 10, 13))
     density = section.quantity("density", "density", None, not tait, above=0.0)
     if tait and density:

@@ -22,11 +22,19 @@ class Polymer:
     poisson: list[float] = field(default_factory=list)  # one or two
     shear_modulus: float | None = None  # dyn/cm2; None: from modulus and poisson
     expansion: list[float] = field(default_factory=list)  # 1/K, one or two
+    shrinkage: list[float] = field(default_factory=list)  # percent, one or two; sets the expansion where given
+    published: list[tuple[float, float]] = field(default_factory=list)  # percent, least and most along and across
+    orientation: float = 1.0  # share of the fibres along their direction where a part file gives none
     specific_volume: list[float] = field(default_factory=list)  # density alone, 3 or 10 or 13 coefficients, cm g s
 
     @property
     def anisotropic(self) -> bool:
         return any(len(v) == 2 and v[0] != v[1] for v in (self.modulus, self.poisson, self.expansion))
+
+    @staticmethod
+    def pair_as_given(values: list[float]) -> tuple[float, float]:
+        """Along and across: one value is doubled."""
+        return values[0], values[-1]
 
     def pair(self, values: list[float], falling: bool = False) -> tuple[float, float]:
         """Two entries as KELD holds them: one is doubled, two are put in order."""
@@ -69,11 +77,18 @@ def nearest(name: str) -> list[str]:
 
 def plain_values(table: dict) -> dict:
     """A library table without ranges and sources: what a user would write in a part file."""
-    return {
-        key: entry["value"] if "value" in entry else plain_values(entry)
-        for key, entry in table.items()
-        if isinstance(entry, dict)
-    }
+    values = {key: entry["value"] for key, entry in table.items() if isinstance(entry, dict) and "value" in entry}
+    return values | ({"filler": plain_values(table["filler"])} if "filler" in table else {})
+
+
+def published_shrinkage(name: str) -> list[tuple[float, float]]:
+    """Least and most percent along and across, as published for the class of a material of the library."""
+    entry = library()[name]["shrinkage_percent"]
+    return [tuple(entry[way]) for way in ("along", "across")]
+
+
+def as_list(value) -> list:
+    return value if isinstance(value, list) else [value]
 
 
 def listing() -> str:
@@ -86,8 +101,10 @@ def listing() -> str:
         for prefix, part in (("", table), ("filler ", table.get("filler", {}))):
             for key, entry in part.items():
                 if isinstance(entry, dict) and "value" in entry:
-                    lines.append(
-                        f"    {prefix + key:30} {entry['value']:<10g} " f"(range {entry['range']}; [{entry['source']}])"
-                    )
+                    shown = ", ".join(f"{v:g}" for v in as_list(entry["value"]))
+                    lines.append(f"    {prefix + key:30} {shown:<16} (range {entry['range']}; [{entry['source']}])")
+        entry = table["shrinkage_percent"]
+        ways = " along, ".join("{:g} to {:g}".format(*entry[way]) for way in ("along", "across")) + " across"
+        lines.append(f"    {'published shrinkage_percent':30} {ways} ([{entry['source']}])")
         lines.append("")
     return "\n".join(lines + [f"[{key}] {text}" for key, text in sources.items()])

@@ -95,9 +95,41 @@ def test_the_library_names_a_source_for_every_number():
         if isinstance(entry, dict) and "value" in entry
     ]
 
-    assert polymers.names() == ["PP", "ABS", "PC", "PA66", "PA66-GF30"]
-    assert len(numbers) == 5 * 7 + 5 and all(entry["source"] in library["sources"] for entry in numbers)
+    assert len(polymers.names()) == 16 and len(numbers) == 12 * 7 + 4 * 9
+    assert all(entry["source"] in library["sources"] for entry in numbers)
+    for name in polymers.names():
+        (along, across), shrinkage = polymers.published_shrinkage(name), library[name]["shrinkage_percent"]
+        assert (
+            0 < along[0] < along[1] and along[0] <= across[0] < across[1] and shrinkage["source"] in library["sources"]
+        )
     assert all(source in polymers.listing() for source in library["sources"].values())
+
+
+@pytest.mark.parametrize("name", polymers.names())
+def test_every_material_of_the_library_makes_a_job(tmp_path, job, name):
+    write_plate(tmp_path / "plate.msh")
+
+    status, said = job(PART.replace('"PP"', f'"{name}"\n[fields]\nfibre_direction = [1, 0, 0]'))
+
+    assert (status, said) == (0, "")
+    if name.endswith("GF30"):
+        np.testing.assert_allclose(np.loadtxt(tmp_path / "j.RS1", skiprows=2)[:, 5], 0.65)  # not full alignment
+
+
+@pytest.mark.parametrize(
+    "name, key, low, high",
+    [
+        ("PC", "poisson", 0.37, 0.38),
+        ("PP", "expansion_per_K", 1.4e-4, 1.6e-4),  # over 23 to 80 C
+        ("PA66-GF30", "expansion_per_K", [22e-6, 80e-6], [28e-6, 100e-6]),
+        ("PA6-GF30", "expansion_per_K", [22e-6, 80e-6], [28e-6, 100e-6]),
+        ("PBT-GF30", "expansion_per_K", [22e-6, 80e-6], [28e-6, 100e-6]),
+    ],
+)
+def test_values_of_the_library_lie_where_data_sheets_have_them(name, key, low, high):
+    value = np.array(polymers.library()[name][key]["value"])
+
+    assert (low <= value).all() and (value <= high).all()
 
 
 FAULTS = {
@@ -113,6 +145,26 @@ FAULTS = {
     "no mesh's name": ("plate.msh", "", ["part.toml:3: [mesh] file: has no file", "1 fault;"]),
     "a folder": ('"plate.msh"', '"."', ["1 fault;"]),
     "a folder with a name": ("plate.msh", "../", ["1 fault;"]),
+    "expansion twice": (
+        '"PP"',
+        '"PP"\nexpansion_per_K = 1e-4\nshrinkage_percent = 1.5',
+        ["part.toml:8: [polymer] shrinkage_percent: both an expansion", "1 fault;"],
+    ),
+    "nothing shrinks": (
+        'name = "PP"\n[conditions]\nambient_temperature_C = 20',
+        'name = "PP"\nshrinkage_percent = 1.5\n[conditions]\nambient_temperature_C = 95',
+        ["needs an ejection temperature above the ambient one"],
+    ),
+    "no direction": (
+        '"PP"',
+        '"PP"\nshrinkage_percent = [1.5, 1.8]\n[fields]\norientation = 0.51',
+        ["the mean orientation of 0.51 has next to no direction"],
+    ),
+    "across below along": (
+        '"PP"',
+        '"PP"\nshrinkage_percent = [1.8, 1.5]',
+        ["along the fibres is above the one across"],
+    ),
     "out of range": ('"PP"', '"PP"\npoisson = 0.5', ["part.toml:7: [polymer] poisson: 0.5 is out of range"]),
     "given twice": (
         "ambient_temperature_C = 20",

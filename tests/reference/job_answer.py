@@ -29,16 +29,16 @@ class Restraint:
     nodes: tuple[int, int, int]  # wedge nodes
 
 
-def restrain(wedges: model.Wedges, boundary: tuple[int, int, int]) -> Restraint:
+def restrain(wedges: model.Wedges, boundary: tuple[int, ...]) -> Restraint:
     """The first node is held, the second moves along the line to it, the third in the plane of the three."""
-    nodes = tuple(wedges.number[n] for n in boundary)
+    first, second, third = (wedges.number[n] for n in boundary)
     basis = np.tile(np.eye(3), (len(wedges.points), 1, 1))
-    basis[[nodes[1], nodes[2]]] = model.frame(*(wedges.points[n] for n in nodes))
+    basis[[second, third]] = model.frame(*wedges.points[[first, second, third]])
     free = np.ones((len(wedges.points), 3), dtype=bool)
-    free[nodes[0]] = False
-    free[nodes[1], 1:] = False
-    free[nodes[2], 2] = False
-    return Restraint(basis, free, nodes)
+    free[first] = False
+    free[second, 1:] = False
+    free[third, 2] = False
+    return Restraint(basis, free, (first, second, third))
 
 
 def assemble(wedges: model.Wedges, restraint: Restraint, matrices: np.ndarray) -> np.ndarray:
@@ -93,7 +93,7 @@ def sink_mark(wedges: model.Wedges, volume: np.ndarray, moved: np.ndarray) -> np
     return mark
 
 
-def report_lines(mesh: files.Mesh, process: files.Process, wedges: model.Wedges, boundary: tuple[int, ...]) -> list[str]:
+def report_lines(mesh: files.Mesh, process: files.Process, boundary: tuple[int, ...]) -> list[str]:
     """What the report tells of mesh and restraint."""
     side = mesh.points[mesh.nodes[mesh.part()]]
     a, b, c = (np.linalg.norm(side[:, (k + 1) % 3] - side[:, k], axis=1) for k in range(3))
@@ -103,7 +103,6 @@ def report_lines(mesh: files.Mesh, process: files.Process, wedges: model.Wedges,
     ends = mesh.points[mesh.nodes[runners, :2]].reshape(-1, 2, 3)
     short = int(np.sum(np.linalg.norm(ends[:, 1] - ends[:, 0], axis=1) / (2.0 * mesh.thickness[runners]) <= 10.0))
     extent = np.ptp(mesh.points[1:], axis=0).max()
-    unmapped = {int(n) for n in mesh.nodes[runners, :2].flat} - wedges.number.keys()
     lines = [f"BC_node {k}= {n}" for k, n in enumerate(process.boundary, 1)] if process.boundary_given else []
     return lines + [
         f"# Thickness Correction= {int(mesh.corrected):2d}",
@@ -118,7 +117,7 @@ def report_lines(mesh: files.Mesh, process: files.Process, wedges: model.Wedges,
         f"Coordinate factor..............= {mesh.factors[1]:.2f}",
         f"Part Max. Extent= {extent:.2f}  cm",
         *(f"Boundary node {k}=   {n}" for k, n in enumerate(boundary, 1)),
-        f"Degree of freedom = {3 * (len(mesh.points) - 1 + len(wedges.number))}",
+        f"Degree of freedom = {3 * (len(mesh.points) - 1 + len(np.unique(mesh.nodes[mesh.part()])))}",
     ]
 
 
@@ -138,41 +137,65 @@ def node_rows(wedges: model.Wedges, count: int, of_wedge: np.ndarray) -> np.ndar
     return rows
 
 
-def compute(folder: Path) -> Answer:
+@dataclass
+class Job:
+    """A job with its system formed."""
+
+    process: files.Process
+    mesh: files.Mesh
+    fields: files.Fields
+    kinds: list[job_material.Constants]
+    boundary: tuple[int, ...]  # three geometry nodes
+    wedges: model.Wedges
+    at: model.PointValues
+    materials: tuple[np.ndarray, np.ndarray]
+    restraint: Restraint
+    dense: np.ndarray  # over all freedoms, in the restraint's directions
+    values: model.NodeValues
+    cooling: np.ndarray  # (2M,) K, ambient less node temperature
+
+    def load(self, cooling: np.ndarray | None) -> np.ndarray:
+        """(2M, 3) in the restraint's directions: frozen-in stress, with cooling where it is given."""
+        loads = model.element_loads(self.wedges, self.at, self.fields, self.materials, cooling)
+        return gather(self.wedges, self.restraint, loads)
+
+
+def prepare(folder: Path) -> Job:
     base = folder / "job"
     process, mesh = files.read_process(base), files.read_mesh(base)
-    polymers, filler = files.read_polymers(base, process.two_kinds)
     fields = files.read_fields(base, mesh)
+    polymers, filler = files.read_polymers(base, process.two_kinds)
     kinds = job_material.material(process, polymers, filler)
     boundary = model.boundary_nodes(mesh, process)
     wedges = model.make_wedges(mesh)
     at = model.integrate(wedges)
-    restraint = restrain(wedges, boundary)
     materials = model.element_materials(kinds, fields)
+    restraint = restrain(wedges, boundary)
     dense = assemble(wedges, restraint, model.element_matrices(at, materials[0]))
     values = model.node_values(wedges, at, fields)
     cooling = process.ambient - values.temperature
+    return Job(process, mesh, fields, kinds, boundary, wedges, at, materials, restraint, dense, values, cooling)
 
-    def displaced(by_cooling: np.ndarray | None) -> np.ndarray:
-        loads = model.element_loads(wedges, at, fields, materials, by_cooling)
-        return solve(dense, restraint, gather(wedges, restraint, loads))
 
-    total = displaced(cooling)
-    in_mold = displaced(None) if fields.stress_valid else np.zeros_like(total)
+def compute(folder: Path) -> Answer:
+    job = prepare(folder)
+    mesh, wedges, valid = job.mesh, job.wedges, job.fields.stress_valid
+    total = solve(job.dense, job.restraint, job.load(job.cooling))
+    in_mold = solve(job.dense, job.restraint, job.load(None)) if valid else np.zeros_like(total)
     count = len(mesh.points) - 1
-    mark = sink_mark(wedges, values.volume, total + in_mold)
+    mark = sink_mark(wedges, job.values.volume, total + in_mold)
     rows, marks = node_rows(wedges, count, total), node_rows(wedges, count, np.tile(mark, 2))
     return Answer(
-        boundary=list(boundary),
-        free=int(restraint.free.sum()),
-        entries=stored_entries(wedges, restraint),
-        valid=int(fields.stress_valid),
-        cool=int(fields.from_cool),
-        volume=float(at.factor.sum()),
-        jacobian=float(at.determinant[:, -1].mean()),
-        stiffness=[list(kind.stiffness.ravel()) for kind in kinds],
-        expansion=[[kind.along, kind.across] for kind in kinds],
-        report=report_lines(mesh, process, wedges, boundary) + fields.warnings,
+        boundary=list(job.boundary),
+        free=int(job.restraint.free.sum()),
+        entries=stored_entries(wedges, job.restraint),
+        valid=int(valid),
+        cool=int(job.fields.from_cool),
+        volume=float(job.at.factor.sum()),
+        jacobian=float(job.at.determinant[:, -1].mean()),
+        stiffness=[list(kind.stiffness.ravel()) for kind in job.kinds],
+        expansion=[[kind.along, kind.across] for kind in job.kinds],
+        report=report_lines(mesh, job.process, job.boundary) + job.fields.warnings,
         summary=summary_of(rows, marks),
         node=np.hstack([rows, node_rows(wedges, count, in_mold), marks[:, None]]),
     )

@@ -23,7 +23,7 @@ class Process:
     by_weight: bool
     filler_fraction: float  # by weight or by volume
     two_kinds: bool
-    boundary: tuple[int, int, int]  # geometry nodes, all 0 where the analysis chooses
+    boundary: tuple[int, ...]  # three geometry nodes, all 0 where the analysis chooses
     boundary_given: bool = False  # by the boundary file
 
 

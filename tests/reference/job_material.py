@@ -7,6 +7,7 @@ from __future__ import annotations
 
 from dataclasses import dataclass
 from math import exp, log
+from statistics import fmean
 
 import numpy as np
 
@@ -63,7 +64,7 @@ def stiffness_of(e11: float, e22: float, nu12: float, nu23: float, g12: float, g
 
 def filled_constants(polymer: Polymer, filler: Filler, v: float) -> Constants:
     """Halpin-Tsai moduli of an isotropic polymer with a volume fraction v of filler, aspect ratio 25."""
-    em, num, alm = np.mean(polymer.modulus), np.mean(polymer.poisson), np.mean(polymer.expansion)
+    em, num, alm = (fmean(values) for values in (polymer.modulus, polymer.poisson, polymer.expansion))
     ef, nuf, alf = filler.modulus, filler.poisson, filler.expansion
     gm, gf = em / (2.0 * (1.0 + num)), ef / (2.0 * (1.0 + nuf))
     widening = 3.0 * (1.0 - 2.0 * num)
@@ -78,7 +79,8 @@ def filled_constants(polymer: Polymer, filler: Filler, v: float) -> Constants:
     nu12 = (1.0 - v) * num + v * nuf
     soft = (km + 7.0 / 3.0 * gm) / (2.0 * km + 8.0 / 3.0 * gm)
     g23 = gm * (1.0 + v / (soft + gm / (gf - gm)))
-    constants = Constants(stiffness_of(e11, e22, nu12, e22 / (2.0 * g23) - 1.0, g12, g23), *polymer.expansion[:2])
+    stiffness = stiffness_of(e11, e22, nu12, e22 / (2.0 * g23) - 1.0, g12, g23)
+    constants = Constants(stiffness, polymer.expansion[0], polymer.expansion[1])
     if abs(polymer.expansion[0] - polymer.expansion[1]) <= 1e-15:
         mean = alm * (1.0 - v) + alf * v
         softest = (1.0 - v) / em + v / ef
@@ -97,7 +99,8 @@ def constants_of(polymer: Polymer, process: Process, filler: Filler, volume: flo
         raise ValueError("lists of other lengths than two are no job of the reference")
     nu12, nu23 = polymer.poisson[:2]
     g23 = e2 / (2.0 * (1.0 + nu23))
-    return Constants(stiffness_of(e1, e2, nu12, nu23, polymer.shear[0], g23), *polymer.expansion)
+    stiffness = stiffness_of(e1, e2, nu12, nu23, polymer.shear[0], g23)
+    return Constants(stiffness, polymer.expansion[0], polymer.expansion[1])
 
 
 def material(process: Process, polymers: list[Polymer], filler: Filler) -> list[Constants]:

@@ -154,7 +154,7 @@ def element_loads(
     return loads.reshape(len(loads), 18)
 
 
-def boundary_nodes(mesh: Mesh, process: Process) -> tuple[int, int, int]:
+def boundary_nodes(mesh: Mesh, process: Process) -> tuple[int, ...]:
     """Geometry nodes: nearest to the middle, farthest from that one, largest triangle with both.
 
     Symmetric parts have ties. They are decided by comparing what the formulas give to the last bit: the earliest

@@ -1,0 +1,31 @@
+// The facet as a wall model: flat triangles of a shell with membrane and bending stiffness in plane stress.
+// Made by the choice of the wall model.
+#pragma once
+
+#include <vector>
+
+#include "model/walls/facet/facet_element.h"
+#include "model/walls/wall_model.h"
+
+namespace keld {
+
+/// A mesh node's first triple is the displacement of the mid surface, its second the rotation vector times
+/// rotationLength.
+class FacetWall final : public WallModel {
+ public:
+  const char* name() const override { return "facet"; }
+  void prepare() override;
+  void form(const WallElement& element, ElementMatrix* k, ElementLoad& f) const override;
+  std::string faultOf(const WallElement& element) const override;
+  double midSurface(double displacement, double) const override { return displacement; }
+  double deformedThickness(int element) const override;
+
+ private:
+  Facet facetOf(const WallElement& element, FacetLoading& loading) const;
+  double strainAcrossOf(int element, bool thermal, const std::vector<double>& displacement) const;
+
+  double rotationLength_ = 1.0;               // cm, mean wall weighted by area
+  std::vector<std::array<Vector3, 3>> turn_;  // [1..partElementCount] rad, see foldTurns
+};
+
+}  // namespace keld

@@ -8,6 +8,9 @@ namespace keld {
 
 inline constexpr double kelvinOfZeroCelsius = 273.15;  // files give degrees Celsius, tables hold kelvin
 
+/// Codes of the wall model.
+inline constexpr int wedge_walls = 1, facet_walls = 2;
+
 struct ProcessRecord {
   std::array<double, 3> meltTemperature{};  // [1..2] K, of polymer kind 1 and 2; entry 0 unused
   double ambientTemperature = 0.0;          // K
@@ -19,6 +22,8 @@ struct ProcessRecord {
   int solverChoice = 0;               // 2: direct sparse path, any other value: TIER
   std::array<int, 4> bcNode{};  // [1..3] boundary nodes in geometry numbers; any 0: chosen by the system
   int cycleLimit = 3000;        // cycle limit of TIER
+  bool extensionGiven = false;  // ".CPU" has the section of KELD's own choices, which follow
+  int wallModel = wedge_walls;  // wedge_walls or facet_walls
 };
 
 extern ProcessRecord processRecord;

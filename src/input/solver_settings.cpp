@@ -1,7 +1,8 @@
-// Reading of ".CPU": ten value lines behind "[Keld_ComputeData]".
+// Reading of ".CPU": ten value lines behind "[Keld_ComputeData]", then KELD's own section.
 // Called by the input stage.
 #include "input/solver_settings.h"
 
+#include "input/extension_settings.h"
 #include "input/input_echo.h"
 #include "input/process_record.h"
 #include "run/base/failure.h"
@@ -42,6 +43,7 @@ void readSettingLines(TextReader& file) {
   settingLine(file, ValueUse::echoed);  // 9
   const bool known = settingLine(file, ValueUse::used) == 1;
   processRecord.cycleLimit = known ? lastValueAsInt(file, "cycle limit") : defaultCycleLimit;
+  readExtensionSettings(file);
 }
 
 std::string readSolverSettings() {

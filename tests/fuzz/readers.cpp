@@ -51,6 +51,8 @@ void settings(std::string text) {
   TextReader file = textOf(std::move(text));
   const ReportSection section;
   readSettingLines(file);
+  require(processRecord.wallModel == wedge_walls || processRecord.wallModel == facet_walls,
+          "a known wall model");
 }
 
 void boundary(std::string text) {
@@ -168,7 +170,7 @@ std::string utf16(const std::string& text) {
 void setTestLabels() {
   std::string table = "[Language= ENGLISH]\n60001 1\n/* Block title\nsecond line */\n";
   for (int i = 1; i <= 15; ++i) table += std::to_string(20000 + i) + " 2  Value " + std::to_string(i) + "\n";
-  table += "21001 2  Ambient temperature\n30500 1  Cycle limit\n";
+  table += "21001 2  Ambient temperature\n30500 1  Cycle limit\n31001 1  Wall model\n";
   for (int i = 1; i <= 9; ++i) table += std::to_string(22000 + i) + " 1  Setting " + std::to_string(i) + "\n";
   setLabelTables({StringTable::parse(utf16(table), "strings"),
                   UnitTable::parse("[Unit= Metrics]\n1\n2       oC\n", "units")});

@@ -1,6 +1,7 @@
 // Reading of the pairing table and the start of the program that makes it.
 #include "model/skin/pairing_table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <system_error>
@@ -8,7 +9,9 @@
 
 #include "input/mesh_tables.h"
 #include "model/skin/shell_tables.h"
+#include "run/base/failure.h"
 #include "run/base/platform.h"
+#include "run/base/streams.h"
 #include "run/base/working_files.h"
 
 namespace keld {
@@ -37,10 +40,18 @@ bool readPairingTable(TextReader file) {
     const auto partner = file.readInt();
     const auto thickness = file.readDouble();
     if (!partner || !thickness || !std::isfinite(*thickness)) break;
-    if (*partner < 0 || *partner > count || static_cast<int>(rows.size()) == count) return false;
-    rows.push_back({*partner, *thickness});
+    if (static_cast<int>(rows.size()) == count) return false;
+    rows.push_back({std::max(*partner, 0), *thickness});
   }
   if (static_cast<int>(rows.size()) != count) return false;
+  for (int e = 1; e <= count; ++e) {
+    if (rows[e - 1].partner <= count) continue;
+    vFail(
+        "\n !! Error !!  %s, row %d: the partner is element %d, and the part has %d. Expected an element "
+        "from 1 on, "
+        "or a number below 1 where there is none.\n",
+        file.name().c_str(), e, rows[e - 1].partner, count);
+  }
   for (int e = 1; e <= count; ++e) {
     shell.elementPartner[e] = rows[e - 1].partner;
     elementTable.thickness[e] = rows[e - 1].thickness;
@@ -50,9 +61,15 @@ bool readPairingTable(TextReader file) {
 
 void obtainPairingTable() {
   if (readFromFile()) return;
-  runExternalProgram(workingFiles.toolFolder + "/Movrex.exe",
-                     {workingFiles.baseName, "1@", workingFiles.toolFolder, "2@"});
-  readFromFile();
+  const std::string tool = workingFiles.toolFolder + "/Movrex.exe";
+  const int status = runExternalProgram(tool, {workingFiles.baseName, "1@", workingFiles.toolFolder, "2@"});
+  if (readFromFile()) return;
+  vPrintMessage(
+      1,
+      "\n !! Warning !!  The faces of the skin weren't paired: %s (%s), and \"%s\" holds no table with a row "
+      "for each of %d elements. Thicknesses are those of the geometry file.\n",
+      status < 0 ? "the pairing program can't be started" : "the pairing program has ended", tool.c_str(),
+      workingFiles.baseName.c_str(), elementTable.elementCount);
 }
 
 }  // namespace keld

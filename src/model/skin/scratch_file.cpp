@@ -4,14 +4,15 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <filesystem>
+#include <system_error>
 
 #include "input/mesh_tables.h"
 #include "model/skin/shell_tables.h"
+#include "run/base/pending_file.h"
+#include "run/base/text_reader.h"
 #include "run/base/vector3.h"
 #include "run/base/working_files.h"
 
@@ -165,17 +166,15 @@ bool acceptScratchFile(std::string_view bytes) {
 }
 
 void writeScratchFile() {
-  std::ofstream file(workingFiles.baseName, std::ios::binary | std::ios::trunc);
-  const std::string bytes = scratchFileBytes();
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  PendingFile file(workingFiles.baseName);
+  if (file.isOpen() && file.write(scratchFileBytes())) file.finish();
 }
 
 bool readScratchFile() {
-  std::ifstream file(workingFiles.baseName, std::ios::binary);
-  if (!file) return false;
-  std::ostringstream bytes;
-  bytes << file.rdbuf();  // nothing where a folder has the name
-  return acceptScratchFile(bytes.view());
+  std::error_code none;
+  if (!std::filesystem::is_regular_file(workingFiles.baseName, none)) return false;  // a folder, perhaps
+  return fileReadable(workingFiles.baseName) &&
+         acceptScratchFile(TextReader::readWhole(workingFiles.baseName));
 }
 
 }  // namespace keld

@@ -2,6 +2,7 @@
 #include "model/skin/shell_processing.h"
 
 #include <array>
+#include <cmath>
 #include <vector>
 
 #include "input/mesh_access.h"
@@ -10,7 +11,9 @@
 #include "model/skin/shell_connectors.h"
 #include "model/skin/shell_neighbours.h"
 #include "model/skin/shell_thickness.h"
+#include "run/base/failure.h"
 #include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 
@@ -68,7 +71,15 @@ void correctThickness() {
   for (int e = 1; e <= elementTable.elementCount; ++e) {
     const double base =
         geometry.thicknessCorrection == 1 ? elementTable.correctedThickness[e] : elementTable.thickness[e];
-    elementTable.thickness[e] = base * elementTable.thicknessScale[e];
+    const double scale = elementTable.thicknessScale[e];
+    if (!std::isfinite(scale)) {
+      vFail(
+          "\n !! Error !!  The ninth field of element %d in \"%s\", the divisor of the thickness correction, "
+          "is 0: "
+          "a number other than 0 was expected, or no ninth field.\n",
+          e, workingFiles.pg1.c_str());
+    }
+    elementTable.thickness[e] = base * scale;
   }
 }
 
@@ -105,6 +116,11 @@ void shellProcessing() {
   clearTables();
   if (readScratchFile()) {
     vPrintMessage(1, "\n # Shell model processing has been done ......\n\n");
+    vPrintMessage(
+        1,
+        "\n !! Warning !!  The processed model of a former run was taken over from \"%s\", and its "
+        "thicknesses are corrected a second time: remove the file to have the model processed anew.\n",
+        workingFiles.baseName.c_str());
     correctThickness();
   } else {
     fullProcessing();

@@ -39,13 +39,14 @@ double sinkOf(const NodeState& state) {
 
 void addTriangles(std::vector<NodeState>& states) {
   const ElementTemperatureField& side = elementTemperatureField;
+  const bool twoKinds = processRecord.secondKind == 1;
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const auto corner = cornersOf(e);
     const double area = 0.5 * norm(cross(corner[1] - corner[0], corner[2] - corner[0]));
     const double share = area * elementTable.thickness[e] / 3.0;
     const double temperature = (side.sideTemperature1[e] + side.sideTemperature2[e]) / 2.0;
     for (const int n : {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]})
-      states[n].add(share, temperature, residualStressField.kindFraction[e]);
+      states[n].add(share, temperature, twoKinds ? residualStressField.kindFraction[e] : 1.0);
   }
 }
 

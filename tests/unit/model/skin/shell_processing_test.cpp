@@ -16,6 +16,7 @@
 #include "results/results_stage.h"
 #include "run/base/streams.h"
 #include "run/base/working_files.h"
+#include "support/faults.h"
 #include "support/job.h"
 #include "support/skin_scenes.h"
 
@@ -41,9 +42,18 @@ TEST_F(ShellProcessing, ASecondRunTakesTheScratchFileAndAppliesTheScaleAgain) {
   const int rows = shell.runningCount;
 
   restore();
+  testing::internal::CaptureStdout();
   shellProcessing();
+  EXPECT_NE(testing::internal::GetCapturedStdout().find("was taken over from \"" + workingFiles.baseName),
+            std::string::npos);
   EXPECT_EQ(shell.runningCount, rows);
   EXPECT_NEAR(elementTable.thickness[1], 0.162, 1e-12);
+}
+
+TEST_F(ShellProcessing, ADivisorOfZeroIsNamedWithItsElement) {
+  plateSkin();
+  elementTable.thicknessScale[5] = 1.0 / 0.0;
+  EXPECT_NE(testing_support::faultOf(shellProcessing).find("ninth field of element 5 in"), std::string::npos);
 }
 
 std::string geometryText() {
@@ -66,7 +76,7 @@ TEST(ShellRun, GoesFromThePairingTableToTheResultsFile) {
   job.write(".PG1", geometryText());
   std::string stress = "/* skin */\n", cool = stress, pairs;
   for (int e = 1; e <= elements; ++e) {
-    stress += std::to_string(e) + " 1e7 2e6 1 1.0 1.0 1 0 0 0 1 0 0 0 1\n";
+    stress += std::to_string(e) + " 1e7 2e6 1 0.0 1.0 1 0 0 0 1 0 0 0 1\n";  // kind fraction 0
     cool += std::to_string(e) + " 90\n";
     pairs += std::to_string(e) + " " + std::to_string(skin.partner[e]) + " 0.2\n";
   }

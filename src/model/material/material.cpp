@@ -92,17 +92,29 @@ void applyFillerDefaults() {
   complete(fillerValues.fillerDensity, 2.5);
 }
 
+/// The kind whose density turns fractions into each other.
+int lastKind() { return processRecord.secondKind == 1 ? 2 : 1; }
+
+double blendedDensity(double polymer, double weightFraction) {
+  return 1.0 / ((1.0 - weightFraction) / polymer + weightFraction / fillerValues.fillerDensity);
+}
+
+double volumeFractionOf(double weight, double rho) {
+  const double filler = fillerValues.fillerDensity;
+  return (weight / filler) / ((1.0 / filler - 1.0 / rho) * weight + 1.0 / rho);
+}
+
 /// Derives the fraction that wasn't given, with the density of the last kind at its melt temperature. Where
 /// that gives no number the fraction isn't finite, which is a fault only of kinds that follow the filler
 /// rule.
 void completeFillerFractions() {
-  const int kind = processRecord.secondKind == 1 ? 2 : 1;
+  const int kind = lastKind();
   const double rho = density(kind, 1e7, processRecord.meltTemperature[static_cast<std::size_t>(kind)]);
   const double filler = fillerValues.fillerDensity;
   double& weight = processRecord.fillerWeightFraction;
   double& volume = processRecord.fillerVolumeFraction;
   if (processRecord.fractionKind == 1) {
-    volume = (weight / filler) / ((1.0 / filler - 1.0 / rho) * weight + 1.0 / rho);
+    volume = volumeFractionOf(weight, rho);
   } else if (processRecord.fractionKind == 2) {
     weight = filler * volume / ((filler - rho) * volume + rho);
   }
@@ -135,6 +147,42 @@ bool usable(const MaterialConstants& constants) {
   return std::isfinite(constants.expansionLongitudinal) && std::isfinite(constants.expansionTransverse);
 }
 
+MaterialConstants filledConstants(const PolymerRecord& polymer, double v) {
+  const ElasticConstants elastic = filledElastic(matrixPhase(polymer), fillerPhase(), v);
+  MaterialConstants constants;
+  constants.stiffness = stiffnessOf(elastic);
+  filledExpansion(matrixPhase(polymer), fillerPhase(), v, elastic, constants);
+  return constants;
+}
+
+/// Volume fraction that the run would make of a given fraction, by weight or by volume as the job gives it.
+double volumeOfGiven(double fraction) {
+  if (processRecord.fractionKind != 1) return fraction;
+  const int kind = lastKind();
+  const double rho = polymerDensity(polymerRecord[static_cast<std::size_t>(kind)].pvt, 1e7,
+                                    processRecord.meltTemperature[static_cast<std::size_t>(kind)]);
+  return volumeFractionOf(fraction, blendedDensity(rho, fraction));
+}
+
+/// Ends the run with the greatest fraction below the given one that works, to a tenth of a per cent; returns
+/// where none does, so that the filler isn't what is wrong.
+void failOnFiller(int kind, const PolymerRecord& polymer) {
+  const bool byWeight = processRecord.fractionKind == 1;
+  const double given = byWeight ? processRecord.fillerWeightFraction : processRecord.fillerVolumeFraction;
+  double works = 0.0, fails = given;
+  if (!usable(filledConstants(polymer, 0.0)) || !(given > 0.0)) return;
+  while (fails - works > 1e-6) {
+    const double middle = 0.5 * (works + fails);
+    (usable(filledConstants(polymer, volumeOfGiven(middle))) ? works : fails) = middle;
+  }
+  vFail(
+      "\n !! Error !!  A filler fraction of %.4g %% by %s (values 12 and 13 in \"%s\") is more than the "
+      "mixing rule "
+      "can form a stiffness from with polymer kind %d in \"%s\": the greatest that works is %.1f %%.\n",
+      100.0 * given, byWeight ? "weight" : "volume", workingFiles.prc.c_str(), kind, workingFiles.mal.c_str(),
+      std::floor(1000.0 * works) / 10.0);
+}
+
 }  // namespace
 
 double polymerDensity(const CountedList& c, double pressure, double temperature) {
@@ -152,8 +200,7 @@ double polymerDensity(const CountedList& c, double pressure, double temperature)
 double density(int kind, double pressure, double temperature) {
   const double rho = polymerDensity(polymerRecord[static_cast<std::size_t>(kind)].pvt, pressure, temperature);
   if (processRecord.fillerPresent != 1) return rho;
-  const double weight = processRecord.fillerWeightFraction;
-  return 1.0 / ((1.0 - weight) / rho + weight / fillerValues.fillerDensity);
+  return blendedDensity(rho, processRecord.fillerWeightFraction);
 }
 
 Matrix6 stiffnessOf(const ElasticConstants& elastic) {
@@ -214,6 +261,7 @@ void materialSetup() {
       haveExpansion = true;
     }
     if (!haveExpansion) failOnElasticData(kind, "two expansion coefficients were expected");
+    if (!usable(constants) && filled && isotropic) failOnFiller(kind, polymer);
     if (!usable(constants)) failOnElasticData(kind, "the result isn't finite and positive");
     materialConstants[static_cast<std::size_t>(kind)] = constants;
   }

@@ -135,6 +135,33 @@ TEST_F(MaterialSetup, ListsOfAnotherLengthTakeThePreviousKind) {
   EXPECT_EQ(materialConstants[2].stiffness, materialConstants[1].stiffness);
 }
 
+struct FillerCase {
+  int kind;  // 1 by weight, 2 by volume
+  double fraction;
+  const char* words;
+};
+
+class TooMuchFiller : public MaterialSetup, public testing::WithParamInterface<FillerCase> {};
+
+TEST_P(TooMuchFiller, IsToldWithTheGreatestFractionThatWorks) {
+  const auto& [kind, fraction, words] = GetParam();
+  const auto fillBy = [&](double part) { fill(kind, kind == 1 ? part : 0.0, kind == 2 ? part : 0.0); };
+  fillBy(fraction);
+  const std::string message = failureOf(materialSetup);
+  ASSERT_THAT(message, HasSubstr(words));
+  const std::string mark = "the greatest that works is ";
+  const double greatest = std::stod(message.substr(message.find(mark) + mark.size())) / 100.0;
+  fillBy(greatest);
+  materialSetup();
+  fillBy(greatest + 1e-3);
+  EXPECT_THAT(failureOf(materialSetup), HasSubstr("filler fraction"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fractions, TooMuchFiller,
+                         testing::Values(FillerCase{2, 0.6, "A filler fraction of 60 % by volume"},
+                                         FillerCase{1, 0.9, "A filler fraction of 90 % by weight"},
+                                         FillerCase{2, 1.2, "A filler fraction of 120 % by volume"}));
+
 TEST_F(MaterialSetup, DataWithoutAStiffnessEndTheRun) {
   const PolymerRecord good = polymerRecord[1];
   polymerRecord[1].modulus = listOf({3e10, 2e10, 1e10});

@@ -3,9 +3,16 @@
 #include "run/blas_workspace.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "run/base/failure.h"
@@ -17,23 +24,59 @@ extern "C" void dgemm_(const char* transA, const char* transB, const int* m, con
 namespace keld {
 namespace {
 
-// Work space of the calling thread and of one that has yet to begin, and room for the call itself.
-constexpr std::size_t megabytes_needed = 2 * 128 + 8;
+constexpr std::size_t workspace_megabytes = 128, call_megabytes = 8;
 
-bool canBeMapped(std::size_t bytes) {
-  void* const place = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+bool canBeMapped(std::size_t megabytes) {
+  void* const place =
+      ::mmap(nullptr, megabytes << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (place == MAP_FAILED) return false;
-  ::munmap(place, bytes);
+  ::munmap(place, megabytes << 20);
   return true;
+}
+
+struct OtherThreads {
+  std::size_t count = 0, asleep = 0;
+};
+
+/// The threads beside this one; at this point of a run they are those of the BLAS.
+OtherThreads otherThreads() {
+  OtherThreads others;
+  std::error_code none;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", none)) {
+    if (task.path().filename() == std::to_string(::getpid())) continue;  // the first thread
+    std::ifstream file(task.path() / "stat");
+    const std::string line{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t nameEnd = line.rfind(')');  // the state stands behind the name and a blank
+    ++others.count;
+    others.asleep += nameEnd != std::string::npos && line.compare(nameEnd, 3, ") S") == 0;
+  }
+  return others;
+}
+
+/// Whether the BLAS can have the work spaces that it lacks. Each of its threads takes one as it begins and
+/// then waits for work; where there is room for all of them nobody needs to know how far they are.
+bool enoughForBlas() {
+  constexpr std::size_t one = workspace_megabytes + call_megabytes;
+  constexpr int attempts = 200;
+  if (canBeMapped(otherThreads().count * workspace_megabytes + one)) return true;
+  for (int i = 0; i < attempts; ++i) {
+    const OtherThreads others = otherThreads();
+    if (others.asleep == others.count) return canBeMapped(one);
+    if (!canBeMapped(one)) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
 }
 
 /// The ordinary way out would wait for the threads of the BLAS, which may be trying for memory.
 [[noreturn]] void endWithoutThreads() {
   try {
     vFail(
-        "\n !! Error !!  Not enough memory: the linear algebra library needs %zu MB of address space. Raise "
-        "the limit (ulimit -v) or end other programs.\n",
-        megabytes_needed);
+        "\n !! Error !!  Not enough memory: the linear algebra library needs %zu MB of address space for "
+        "each of "
+        "its threads. Raise the limit (ulimit -v), end other programs or take fewer threads "
+        "(OPENBLAS_NUM_THREADS).\n",
+        workspace_megabytes);
   } catch (const RunEnded& end) {
     std::_Exit(end.status);
   }
@@ -42,7 +85,7 @@ bool canBeMapped(std::size_t bytes) {
 }  // namespace
 
 void takeBlasWorkspace() {
-  if (!canBeMapped(megabytes_needed << 20)) endWithoutThreads();
+  if (!enoughForBlas()) endWithoutThreads();
   const int size = 128;  // large enough for more threads than one
   const double one = 1.0, zero = 0.0;
   const std::vector<double> factor(std::size_t{size} * size);

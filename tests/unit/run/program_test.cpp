@@ -1,6 +1,9 @@
 // The program from outside: command line, working files, ends of a run.
 #include <gmock/gmock.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <fstream>
 #include <vector>
 
@@ -85,6 +88,41 @@ TEST(Program, AFailedRunWaitsForTheEndOfInputAndKeepsTheOldResults) {
   EXPECT_THAT(outcome.console, HasSubstr(job.path(".PG1") + ", line "));
   EXPECT_EQ(job.read(".WR1"), "former");
 }
+
+TEST(Program, AFileSizeLimitIsAFailedWrite) {
+  const ScratchJob job = smallJob();
+  const auto outcome = job.run("ulimit -f 4;");
+  EXPECT_EQ(outcome.status, 1) << outcome.console;
+  EXPECT_THAT(outcome.console, HasSubstr("File too large"));
+  for (const auto& entry : std::filesystem::directory_iterator(job.folder()))
+    EXPECT_THAT(entry.path().string(), testing::Not(HasSubstr(".WR1")));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(Program, RunsOnOneThreadWhereTheSystemRefusesMore) {
+  const ScratchJob job = smallJob();
+  namespace fs = std::filesystem;
+  const fs::path program = job.folder() / "keld";  // where another user reaches it
+  fs::copy_file(KELD_PROGRAM, program);
+  for (const auto& entry : fs::recursive_directory_iterator(job.folder()))
+    fs::permissions(entry, fs::perms::all);
+  fs::permissions(job.folder(), fs::perms::all);
+  const bool root = ::geteuid() == 0;  // to whom limits of processes don't apply
+  const std::string command = std::string(root ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "") +
+                              "prlimit --nproc=1 '" + program.string() + "' '" + job.base() + "' 1@ '" +
+                              job.install() + "' 2@ </dev/null >/dev/null 2>&1";
+  const int status = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by a signal";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_THAT(job.read(".WD1"), HasSubstr("treads of the run-time system=   1\n"));
+}
+
+TEST(Program, TheLibrarysWorkSpaceIsAskedForOnceForEachThread) {
+  const ScratchJob job = smallJob();
+  const auto outcome = job.run("ulimit -v 250000; OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1");
+  EXPECT_EQ(outcome.status, 0) << outcome.console;
+}
+#endif
 
 #ifndef __SANITIZE_ADDRESS__  // whose own tables need more room than the limit leaves
 TEST(Program, MemoryThatCannotBeHadIsTold) {

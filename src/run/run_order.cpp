@@ -10,6 +10,7 @@
 #include "input/mesh_tables.h"
 #include "model/model_stage.h"
 #include "results/results_stage.h"
+#include "run/base/element_warnings.h"
 #include "run/base/platform.h"
 #include "run/base/streams.h"
 #include "run/base/thread_place.h"
@@ -68,6 +69,7 @@ const char* modelTitle() { return ModelKind == 1 ? "Shell" : "Surface"; }
 
 void writeClosing(long startClock) {
   const long elapsed = processorClock() - startClock;
+  vTellCountedWarnings();
   vPrintMessage(2, "<BR>&nbsp;\n");
   vPrintMessage(1, "\n ** CPU Time     **  : %.2lf sec\n", static_cast<double>(elapsed) * 0.001);
   vPrintMessage(1, " Recorded - %s\n", workingFiles.report.c_str());

@@ -72,6 +72,15 @@ TEST_P(WithoutSolution, IsToldInReportAndLogAndOnTheConsole) {
 }
 
 // The library ends the first with code 40, the second with -852.
+TEST(SpoiledMesh, AForgottenThicknessLeavesAShortReport) {
+  part_maker::Mesh mesh = part_maker::makeMesh({.triangles = 2000});
+  std::fill(mesh.thickness.begin() + 1, mesh.thickness.end(), 0.0);
+  const Ended end = runOf(mesh, 2);
+  EXPECT_LT(end.report.size(), 50000u) << "some 10 MB if every message were written";
+  EXPECT_THAT(end.report, HasSubstr(" further messages D5016 were counted"));
+  EXPECT_THAT(end.report, HasSubstr(" further messages D4016 were counted"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Meshes, WithoutSolution,
                          testing::Values(Spoiled{"EmptyTriangle", addEmptyTriangle},
                                          Spoiled{"Needle", [](auto& mesh) { flatten(mesh, 1e-7); }}),

@@ -9,9 +9,9 @@
 #include "input/prior_fields.h"
 #include "model/model_tables.h"
 #include "model/walls/wedge/wedge_shape.h"
+#include "run/base/element_warnings.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
-#include "run/base/streams.h"
 #include "run/base/working_files.h"
 
 namespace keld {
@@ -107,8 +107,8 @@ void reportBadElements() {
   for (const BadElement& bad : badElements) {
     const long number = bad.element;
     for (int point = 0; point < integrationPointCount; ++point) {
-      if (bad.degenerate) vPrintMessage(1, message::D5015, number);
-      vPrintMessage(1, message::D5016, number, bad.determinant);
+      if (bad.degenerate) vWarnOfElement(ElementWarning::D5015, message::D5015, number);
+      vWarnOfElement(ElementWarning::D5016, message::D5016, number, bad.determinant);
     }
   }
 }

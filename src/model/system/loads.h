@@ -8,7 +8,8 @@ namespace keld {
 /// run.
 void volumePass();
 
-/// Reports D5015 and D5016 of every element that earns them, once per integration point, in element order.
+/// Reports D5015 and D5016 of every element that earns them, once per integration point, in element order;
+/// after the first of each kind they are counted alone (element_warnings.h).
 /// Each pass over the elements does so; the volume pass notes the elements.
 void reportBadElements();
 

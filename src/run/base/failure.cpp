@@ -6,11 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "run/base/element_warnings.h"
 #include "run/base/streams.h"
 
 namespace keld {
 
 void vEndRun() {
+  vTellCountedWarnings();
   vCloseMessageFile();
   vCloseLogMessageFile();
   std::fflush(stdout);

@@ -5,8 +5,8 @@
 
 #include "input/mesh_access.h"
 #include "input/mesh_tables.h"
+#include "run/base/element_warnings.h"
 #include "run/base/messages.h"
-#include "run/base/streams.h"
 
 namespace keld {
 
@@ -54,7 +54,7 @@ Vector3 offsetVector(int element) {
   const WedgeOffset offset =
       wedgeOffset(cornersOf(element), elementTable.thickness[static_cast<std::size_t>(element)]);
   if (offset.degenerate) {
-    vPrintMessage(1, message::D5015, static_cast<long>(element));
+    vWarnOfElement(ElementWarning::D5015, message::D5015, static_cast<long>(element));
   }
   return offset.d;
 }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
 #include <initializer_list>
 #include <vector>
@@ -13,6 +13,7 @@
 #include "input/prior_fields.h"
 #include "model/model_tables.h"
 #include "run/base/failure.h"
+#include "run/base/pending_file.h"
 #include "run/base/platform.h"
 #include "run/base/working_files.h"
 
@@ -20,44 +21,16 @@ namespace keld {
 
 namespace {
 
-/// A file that takes its name only when it is whole.
-class PendingFile {
- public:
-  explicit PendingFile(const std::string& path) : path_(path), pendingPath_(path + ".part") {
-    file_ = std::fopen(pendingPath_.c_str(), "wb");
-    if (file_ == nullptr) fail();
-  }
-  ~PendingFile() {
-    if (file_ != nullptr) std::fclose(file_);
-    if (!whole_) std::remove(pendingPath_.c_str());
-  }
-  PendingFile(const PendingFile&) = delete;
-  PendingFile& operator=(const PendingFile&) = delete;
+constexpr double mm_per_cm = 10.0;
 
-  void write(const std::string& text) {
-    if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail();
-  }
-  void finish() {
-    if (std::fflush(file_) != 0) fail();
-    std::FILE* const file = file_;
-    file_ = nullptr;
-    if (std::fclose(file) != 0) fail();
-    if (std::rename(pendingPath_.c_str(), path_.c_str()) != 0) fail();
-    whole_ = true;
-  }
-
- private:
-  [[noreturn]] void fail() const {
-    vFail(
-        "\n !! Error !!  The results file '%s' can't be written: %s. It needs a folder with room where files "
-        "can be made.\n",
-        path_.c_str(), std::strerror(errno));
-  }
-
-  std::string path_, pendingPath_;
-  std::FILE* file_ = nullptr;
-  bool whole_ = false;
-};
+/// Ends the run unless a step of the writing was good.
+void require(bool good) {
+  if (good) return;
+  vFail(
+      "\n !! Error !!  The results file '%s' can't be written: %s. It needs a folder with room where files "
+      "can be made.\n",
+      workingFiles.results.c_str(), std::strerror(errno));
+}
 
 /// The first character of a text in UTF-8, with all of its bytes.
 std::string firstCharacter(const std::string& text) {
@@ -101,9 +74,9 @@ void writeRows(PendingFile& file, ResultBlock block) {
       const int first = bandStart + part * rows_of_part, end = std::min(first + rows_of_part, count + 1);
       for (int node = first; node < end; ++node) appendRow(text[part], block, node, resultRow(block, node));
     }
-    for (const std::string& part : text) file.write(part);
+    for (const std::string& part : text) require(file.write(part));
   }
-  file.write("[EOF]\n");
+  require(file.write("[EOF]\n"));
 }
 
 }  // namespace
@@ -119,26 +92,43 @@ void appendRow(std::string& text, ResultBlock block, int number, const ResultRow
   text.append(digits, static_cast<std::size_t>(end - digits));
   for (int i = 0; i < (isMain ? 5 : 4); ++i) {
     text += isMain ? main_gaps[i] : further_gaps[i];
-    end = std::to_chars(digits, digits + sizeof digits, row[i] * 10.0, std::chars_format::scientific, 3).ptr;
+    end = std::to_chars(digits, digits + sizeof digits, row[i] * mm_per_cm, std::chars_format::scientific, 3)
+              .ptr;
     text.append(digits, static_cast<std::size_t>(end - digits));
   }
   text += '\n';
 }
 
+void requireFiniteRows() {
+  for (const ResultBlock block : {ResultBlock::main, ResultBlock::residual, ResultBlock::thermal}) {
+    for (int node = 1; node <= wedgeNumbering.geometryNodeCount; ++node) {
+      const ResultRow row = resultRow(block, node);
+      if (std::all_of(row.begin(), row.end(), [](double v) { return std::isfinite(v * mm_per_cm); }))
+        continue;
+      vFail(
+          "\n !! Error !!  The results of node %d aren't finite (displacement %g, %g, %g, length %g, sink "
+          "mark %g "
+          "cm): the system has no usable solution. Check thickness, moduli, stress and temperatures.\n",
+          node, row[0], row[1], row[2], row[3], row[4]);
+    }
+  }
+}
+
 void writeResultsFile() {
   PendingFile file(workingFiles.results);
-  file.write(fileHead());
-  file.write(
-      blockHead("Keld_ResultsStr", "   |   Npen= 1   |   Item= ", {24001, 24002, 24003, 24005, 24004}));
+  require(file.isOpen());
+  require(file.write(fileHead()));
+  require(file.write(
+      blockHead("Keld_ResultsStr", "   |   Npen= 1   |   Item= ", {24001, 24002, 24003, 24005, 24004})));
   writeRows(file, ResultBlock::main);
   const char* const gap = "    |   Npen= 1   |  Item= ";
   if (residualStressValid == 1) {
-    file.write(blockHead("Keld_Residual_ResultsStr", gap, {24301, 24302, 24303, 24305}));
+    require(file.write(blockHead("Keld_Residual_ResultsStr", gap, {24301, 24302, 24303, 24305})));
     writeRows(file, ResultBlock::residual);
   }
-  file.write(blockHead("Keld_Thermal_ResultsStr", gap, {24601, 24602, 24603, 24605}));
+  require(file.write(blockHead("Keld_Thermal_ResultsStr", gap, {24601, 24602, 24603, 24605})));
   writeRows(file, ResultBlock::thermal);
-  file.finish();
+  require(file.finish());
 }
 
 }  // namespace keld

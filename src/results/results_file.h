@@ -12,6 +12,9 @@ namespace keld {
 /// five values in a row of the main block, four in the others.
 void appendRow(std::string& text, ResultBlock block, int number, const ResultRow& row);
 
+/// Ends the run where a value of a row isn't finite in mm, or its length isn't.
+void requireFiniteRows();
+
 /// Writes the file beside its place and renames it when it is whole. A fault ends the run and leaves none of
 /// it; a file of an earlier run then stands unchanged.
 void writeResultsFile();

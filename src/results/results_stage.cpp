@@ -14,6 +14,7 @@ void writeResults() {
     shellSinkMark();
   else
     sinkMark();
+  requireFiniteRows();
   writeResultsFile();
   writeSummary(resultExtremes());
 }

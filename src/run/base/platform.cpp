@@ -112,6 +112,7 @@ void secureStandardStreams() {
   while (fd >= 0 && fd <= STDERR_FILENO) fd = ::dup(fd);
   if (fd >= 0) ::close(fd);
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 }  // namespace keld

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <csignal>
@@ -91,13 +92,29 @@ TEST(ResultsFile, StandsWholeOrNotAtAll) {
 
   EXPECT_THAT(console, testing::HasSubstr("The results file '" + job.path(".WR1") + "' can't be written"));
   EXPECT_EQ(job.read(".WR1"), "of an earlier run");
-  EXPECT_FALSE(job.has(".WR1.part"));
+  EXPECT_FALSE(job.has(".WR1." + std::to_string(::getpid())));
 
   writeResultsFile();
 
   EXPECT_EQ(testing_support::resultBlock(job.read(".WR1"), "Keld_ResultsStr")[4],
             (std::vector<double>{20, 30, 60, 70, 2.5}));
-  EXPECT_FALSE(job.has(".WR1.part"));
+  EXPECT_FALSE(job.has(".WR1." + std::to_string(::getpid())));
+}
+
+TEST(ResultsFile, ValuesBeyondWhatCanBeToldEndTheRun) {
+  const ScratchJob job;
+  testing_support::startRun(job);
+  loadResults();
+  requireFiniteRows();
+  for (const double value : {1e160, 1e308, std::nan("")}) {  // the first two overflow in length and in mm
+    loadResults();
+    solution.displacementTotal[4] = value;
+    EXPECT_THAT(testing_support::faultOf(requireFiniteRows),
+                testing::HasSubstr("The results of node 1 aren't finite"));
+  }
+  loadResults();
+  solution.rowSolution[1] = std::nan("");
+  EXPECT_THAT(testing_support::faultOf(requireFiniteRows), testing::HasSubstr("The results of node 4"));
 }
 
 TEST(ResultsFile, NeedsItsFolder) {

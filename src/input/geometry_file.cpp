@@ -9,6 +9,7 @@
 
 #include "input/input_echo.h"
 #include "input/mesh_tables.h"
+#include "run/base/element_warnings.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
 #include "run/base/reading.h"
@@ -53,6 +54,16 @@ void droppedNumber(TextReader& file, const char* what, long record) {
 /// Whether more than a line end stands right behind the field read last.
 bool lineGoesOn(const TextReader& file) { return file.peek() != '\n' && !file.atEnd(); }
 
+/// A blank behind the last field counts as a further field, which then comes from the next line and shifts
+/// all that follows. The fault shows later: it names this record too.
+void noteBlankEnd(TextReader& file, const char* kind, long record) {
+  if (file.hasNote() || !file.onlyBlanksBeforeLineEnd()) return;
+  file.noteForFaults("before it, " + std::string(kind) + " record " + std::to_string(record) + " on line " +
+                     std::to_string(file.lineNumber()) +
+                     " ends in a blank, which counts as a further field and takes the number that begins the "
+                     "next line: take the blank away");
+}
+
 ElementRecord readElementRecord(TextReader& file, long record, const GeometryHeader& header) {
   ElementRecord e;
   const auto node = [&](int least, const char* what) {
@@ -68,6 +79,7 @@ ElementRecord readElementRecord(TextReader& file, long record, const GeometryHea
   droppedNumber(file, "seventh field of element", record);
   droppedNumber(file, "eighth field of element", record);
   e.hasDivisor = lineGoesOn(file);
+  if (e.hasDivisor) noteBlankEnd(file, "element", record);
   if (e.hasDivisor) e.divisor = file.needDouble("ninth field of element", record);
   return e;
 }
@@ -75,7 +87,7 @@ ElementRecord readElementRecord(TextReader& file, long record, const GeometryHea
 /// The running field of D4016 shows the element reported before, and elementCount + 1 at first.
 void checkThickness(const ElementRecord& e, double thickness, int& runningField) {
   if (ModelKind != 0 || e.flag == exemptFlag || thickness > leastThickness) return;
-  vPrintMessage(1, message::D4016, runningField);
+  vWarnOfElement(ElementWarning::D4016, message::D4016, runningField);
   runningField = e.number;
 }
 
@@ -127,8 +139,10 @@ NodeRecord readNodeRecord(TextReader& file, long record, const GeometryHeader& h
   n.y = file.needDouble("y of node", record);
   n.z = file.needDouble("z of node", record);
   n.gate = file.needInt("gate flag of node", record) > 0;
-  if (n.gate && lineGoesOn(file))
+  if (n.gate && lineGoesOn(file)) {
+    noteBlankEnd(file, "node", record);
     for (int i = 6; i <= 10; ++i) droppedNumber(file, "field behind the gate flag of node", record);
+  }
   return n;
 }
 

@@ -9,6 +9,7 @@
 #include "run/base/failure.h"
 #include "run/base/labels.h"
 #include "run/base/streams.h"
+#include "run/base/working_files.h"
 
 namespace keld {
 
@@ -31,9 +32,11 @@ struct TitleMarks {
   }
 };
 
-[[noreturn]] void titleFormatError() {
-  std::fputs("\n\n#####( !! Error !! in title format  )#####\n\n", stdout);  // the console alone shows it
-  vEndRun();
+/// The line of old that the console alone shows, and one that names the place.
+[[noreturn]] void titleFormatError(const std::string& place) {
+  std::fputs("\n\n#####( !! Error !! in title format  )#####\n\n", stdout);
+  vFail("\n !! Error !!  %s: expected a title block, which begins with \"/*\" and ends with \"*/\"\n",
+        place.c_str());
 }
 
 /// Copies the title block behind the record to the report.
@@ -45,7 +48,8 @@ void echoTitleBlock(const StringTable& strings, const StringTable::Record& recor
     vWriteReport("\n");
     if (marks.takes(line)) break;
   }
-  if (!marks.opened || !marks.closed) titleFormatError();
+  if (!marks.opened || !marks.closed)
+    titleFormatError(workingFiles.stringTable + ", behind string number " + std::to_string(lastStringNumber));
   LastValue = -1.0;
 }
 
@@ -95,7 +99,8 @@ void vCheckTitleBlock(TextReader& file) {
   TitleMarks marks;
   while (const auto line = file.line())
     if (marks.takes(*line)) break;
-  if (!marks.opened || !marks.closed) titleFormatError();
+  if (!marks.opened || !marks.closed)
+    titleFormatError(file.name() + ", line " + std::to_string(file.lineNumber()));
 }
 
 int vReadValueLine(TextReader& file, ValueUse use) {

@@ -59,6 +59,7 @@ void MessageFile::open(OpenMode mode) {
 }
 
 void MessageFile::write(std::string_view text) {
+  if (text.empty()) return;  // perhaps no text at all, which fwrite wouldn't take
   if (handle && std::fwrite(text.data(), 1, text.size(), handle.get()) != text.size()) reportLoss();
 }
 

@@ -114,6 +114,12 @@ void TextReader::needLineStartingWith(std::string_view tag) {
   fault("a line that starts with " + std::string(tag));
 }
 
+bool TextReader::onlyBlanksBeforeLineEnd() const {
+  const std::size_t end = std::min(text_.find('\n', position_), text_.size());
+  return std::all_of(text_.begin() + static_cast<std::ptrdiff_t>(position_),
+                     text_.begin() + static_cast<std::ptrdiff_t>(end), isBlank);
+}
+
 bool TextReader::integerAhead() {
   skipBlanks();
   const std::size_t digit = position_ + (peek() == '-' || peek() == '+' ? 1 : 0);
@@ -231,7 +237,8 @@ void TextReader::fault(const std::string& expected) const {
 }
 
 void TextReader::refuse(const std::string& words) const {
-  vFail("\n !! Error !!  %s, line %ld: %s\n", name_.c_str(), lineNumber(), words.c_str());
+  vFail("\n !! Error !!  %s, line %ld: %s%s%s\n", name_.c_str(), lineNumber(), words.c_str(),
+        hasNote() ? "; " : "", note_.c_str());
 }
 
 }  // namespace keld

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace keld {
 
@@ -61,6 +62,13 @@ class TextReader {
   /// needInt within first..last.
   int needIntInRange(int first, int last, const char* what, long record = 0);
 
+  /// Whether blanks alone stand between the cursor and the end of its line.
+  bool onlyBlanksBeforeLineEnd() const;
+
+  /// Words that every later fault ends with: what has gone wrong before, and shows later.
+  void noteForFaults(std::string words) { note_ = std::move(words); }
+  bool hasNote() const { return !note_.empty(); }
+
   /// Ends the run: "<name>, line <n>: expected <expected>, found <text at the cursor>".
   [[noreturn]] void fault(const std::string& expected) const;
   /// Ends the run: "<name>, line <n>: <words>".
@@ -72,7 +80,7 @@ class TextReader {
   bool numberGoesOn() const;
   [[noreturn]] void faultAt(std::size_t position, const char* kind, const char* what, long record);
 
-  std::string text_, name_;
+  std::string text_, name_, note_;
   std::size_t position_ = 0;
 };
 

@@ -3,10 +3,13 @@
 #include "run/base/working_files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <thread>
+
+#include "run/base/failure.h"
 
 namespace keld {
 
@@ -43,7 +46,25 @@ WorkingFileSet composeWorkingFiles(const std::string& baseName, const std::strin
   return set;
 }
 
+namespace {
+
+const char* kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "folder";
+  if (S_ISFIFO(mode)) return "pipe";
+  if (S_ISSOCK(mode)) return "socket";
+  return "device";
+}
+
+}  // namespace
+
 bool fileReadable(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    vFail(
+        "\n !! Error !!  %s is a %s, which would be read for ever or not at all: a regular file was "
+        "expected.\n",
+        path.c_str(), kindOf(status.st_mode));
+  }
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
   ::close(fd);

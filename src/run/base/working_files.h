@@ -29,7 +29,7 @@ extern WorkingFileSet workingFiles;
 /// Composes the whole set.
 WorkingFileSet composeWorkingFiles(const std::string& baseName, const std::string& installRoot);
 
-/// Whether the file can be opened for reading now.
+/// Whether the file can be opened for reading now. A pipe, device or folder in its place ends the run.
 bool fileReadable(const std::string& path);
 
 constexpr int openAttempts = 10;

@@ -57,6 +57,23 @@ TEST_F(GeometryFile, ThinElementsAreReportedUnderTheNumberOfTheOneBefore) {
   EXPECT_THAT(report(), testing::Not(HasSubstr("#     2 has")));
 }
 
+struct BlankCase {
+  const char *record, *named;
+};
+
+class BlankEnd : public GeometryFile, public testing::WithParamInterface<BlankCase> {};
+
+TEST_P(BlankEnd, IsNamedWithTheRecordThatItSpoils) {
+  const auto& [record, named] = GetParam();
+  const std::string text = replaced(seedOf("geometry"), record, std::string(record) + " \t");
+  EXPECT_THAT(refusalOf([&] { read(text); }),
+              testing::AllOf(HasSubstr("found "), HasSubstr(named), HasSubstr("take the blank away")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, BlankEnd,
+                         testing::Values(BlankCase{" 3 3 5 4 20 0 1.0 0.0", "element record 3 on line 6"},
+                                         BlankCase{" 2 0 0 0 1", "node record 2 on line 10"}));
+
 struct AttemptsCase {
   int arrival;   // the first attempt that can succeed
   int attempts;  // that are made

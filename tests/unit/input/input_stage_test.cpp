@@ -1,11 +1,14 @@
 // The input stage on a whole job: files that are missing, late or in their second place.
 #include "input/input_stage.h"
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <thread>
 
 #include "input/geometry_file.h"
 #include "input/mesh_tables.h"
+#include "model/prior_stage.h"
 #include "run/base/labels.h"
 #include "support/input_test.h"
 
@@ -59,6 +62,37 @@ INSTANTIATE_TEST_SUITE_P(
         MissingCase{{".CPU"}, {"File.CPU"}, "Cannot open the solver settings"},
         MissingCase{{}, {"String.STD"}, "Cannot open the string table"},
         MissingCase{{}, {"Unit.STD"}, "Cannot open the unit table"}));
+
+struct OddFileCase {
+  const char* suffix;
+  void (*make)(const char* path);
+  const char* words;
+};
+
+class OddFile : public InputStage, public testing::WithParamInterface<OddFileCase> {};
+
+TEST_P(OddFile, EndsTheRunAtOnce) {
+  const std::string path = job_.path(GetParam().suffix);
+  std::filesystem::remove(path);
+  GetParam().make(path.c_str());
+  EXPECT_THAT(testing_support::faultOf([] {
+                inputStage();
+                readPriorResults();
+              }),
+              HasSubstr(path + GetParam().words));
+}
+
+void makePipe(const char* path) { ASSERT_EQ(::mkfifo(path, 0600), 0); }
+void makeDevice(const char* path) { std::filesystem::create_symlink("/dev/zero", path); }
+void makeFolder(const char* path) { std::filesystem::create_directory(path); }
+
+INSTANTIATE_TEST_SUITE_P(Kinds, OddFile,
+                         testing::Values(OddFileCase{".PG1", makePipe, " is a pipe"},
+                                         OddFileCase{".PRC", makePipe, " is a pipe"},
+                                         OddFileCase{".BC1", makePipe, " is a pipe"},
+                                         OddFileCase{".RS1", makePipe, " is a pipe"},
+                                         OddFileCase{".MAL", makeDevice, " is a device"},
+                                         OddFileCase{".CPU", makeFolder, " is a folder"}));
 
 TEST_F(InputStage, TakesTheSettingsOfTheInstallationAndNoFixedNodes) {
   for (const char* suffix : {".CPU", ".BC1", ".PT1"}) job_.remove(suffix);

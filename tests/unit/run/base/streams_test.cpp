@@ -50,6 +50,10 @@ TEST_F(InputTest, FatalFaultsAbortWithTheirWords) {
               testing::KilledBySignal(SIGABRT), "vMakeFileName\\(\\)\nQuality file name too long");
 }
 
+TEST_F(InputTest, NoTextAtAllIsWritten) {
+  EXPECT_EQ(echoOf([] { vWriteReport({}); }), "");  // a unit that the table lacks; a sanitizer watches
+}
+
 TEST_F(InputTest, AFullDiskEndsTheRunOnce) {
   workingFiles.report = "/dev/full";
   const std::string console = testing_support::faultOf([] { vPrintMessage(1, "text"); });

@@ -142,7 +142,7 @@ def check_slender(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Fi
         findings.warn(
             place,
             f"{count_of(np.unique(mesh.numbers[index[~fails]]), 'triangle')} with a height below "
-            f"{SLENDER:g} of the longest side: they spoil the accuracy of the solution",
+            f"{SLENDER:g} of the longest side: they spoil the accuracy of the solution; --repair MM collapses short edges",
         )
 
 

@@ -7,7 +7,7 @@ from dataclasses import dataclass, field
 import numpy as np
 
 from ..base.findings import Findings, count_of
-from . import surface
+from . import repair, surface
 from .raw_mesh import RawMesh
 
 FARTHEST = 1e6  # mm; beyond it a coordinate is damaged or in a wrong unit
@@ -64,6 +64,13 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
             f"{count_of(raw.shell_numbers[source[~whole]], 'triangle')} with a corner " "twice left out",
         )
         triangles, source = triangles[whole], source[whole]
+    if request.repair is not None and len(triangles):
+        repaired = repair.collapse_short_edges(points, triangles, request.repair)
+        notes.append(repaired.words(request.repair))
+        triangles, source = repaired.node[triangles][repaired.kept], source[repaired.kept]
+        lines = repaired.node[lines]
+        ends = lines[:, 0] != lines[:, 1]
+        lines, line_numbers, diameter = lines[ends], line_numbers[ends], diameter[ends]
     runner = runner_mask(triangles, lines, request.runners)
     if request.runners and len(lines) > runner.sum():
         notes.append(f"{len(lines) - runner.sum()} two-node elements along edges of triangles left out")

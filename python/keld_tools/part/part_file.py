@@ -30,6 +30,7 @@ class MeshRequest:
     runner_diameter: float | None = None  # mm
     gate_nodes: list = field(default_factory=list)  # numbers, or points in mm
     orient: bool = False
+    repair: float | None = None  # mm; edges below it collapse
     leave_out: bool = False  # elements that can be no wall are left out, not a fault
 
 
@@ -158,6 +159,7 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     mesh.runners = section.take("runners", bool, "true or false", True)
     mesh.runner_diameter = section.quantity("runner_diameter", "length", above=0.0)
     mesh.orient = section.take("orient_triangles", bool, "true or false", False)
+    mesh.repair = section.quantity("repair_edges_below", "length", above=0.0)
     mesh.leave_out = section.take("leave_out", bool, "true or false", False)
     mesh.gate_nodes = section.nodes("gate")
     section.finish()

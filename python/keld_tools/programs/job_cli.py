@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 from .. import __version__
-from ..base import atomic, ownership
+from ..base import atomic, keld_program, ownership
 from ..base.findings import BadFile, Findings
 from ..base.program import run_program, whole_output
 from ..base.progress import Progress
@@ -30,8 +30,13 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("--thickness", type=float, metavar="MM", help="wall thickness for elements without their own")
     parser.add_argument("--polymer", metavar="NAME", help="polymer of the library for a first try (default PP)")
     parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default mm)")
+    parser.add_argument(
+        "--repair", type=float, metavar="MM", help="collapse edges shorter than this, drop what is empty"
+    )
     parser.add_argument("--leave-out", action="store_true", help="pass over elements that can be no wall, as solids")
     parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
+    parser.add_argument("--run", action="store_true", help="run keld on the job too; no solution is a fault")
+    parser.add_argument("--keld", metavar="PROGRAM", help="the keld that --run takes")
     parser.add_argument("--polymers", action="store_true", help="list the library, with the source of each number")
     parser.add_argument("--version", action="version", version=f"keld-job {__version__}")
     return parser.parse_args(argv)
@@ -39,7 +44,7 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
 
 @whole_output
 def main(argv: list[str] | None = None) -> int:
-    """Exit status: 0 for a job that is written, 1 for any fault."""
+    """Exit status: 0 for a job that is written (with --run: solved), 1 for any fault."""
     options = arguments(argv)
     if options.polymers:
         print(polymers.listing())
@@ -47,7 +52,10 @@ def main(argv: list[str] | None = None) -> int:
     if not options.input:
         print("keld-job: give a part file or a mesh; keld-job --help tells more", file=sys.stderr)
         return 1
-    return run_program("keld-job", options, run, options.output or options.input, "nothing is written")
+    status = run_program("keld-job", options, run, options.output or options.input, "nothing is written")
+    if status == 0 and options.run:
+        status = run_program("keld-job", options, run_job, str(options.base), "the job is written, but not solved")
+    return status
 
 
 def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> str:
@@ -78,7 +86,18 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
         tuple(s for s in working_files.SUFFIXES if s not in files.contents),
         last=".PG1",
     )
+    options.base = part.base
     return summary_of(part, mesh, files)
+
+
+def run_job(options: argparse.Namespace, findings: Findings, progress: Progress) -> str:
+    """keld on the job that was written; a run without a solution is a fault, whatever its exit status."""
+    program = keld_program.find_keld(options.keld)
+    progress("keld runs")
+    outcome = keld_program.run_keld(program, options.base)
+    if fault := outcome.fault():
+        findings.fault(str(options.base), fault)
+    return outcome.summary()
 
 
 def read_request(options: argparse.Namespace, findings: Findings) -> Part:
@@ -102,6 +121,10 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
         if not 0 < options.thickness < float("inf"):
             findings.fault("command line", f"--thickness {options.thickness:g} isn't above 0")
         part.mesh.thickness = part_file.FieldRequest(options.thickness, kind="length", unit="mm", place="--thickness")
+    if options.repair is not None:
+        if not 0 < options.repair < float("inf"):
+            findings.fault("command line", f"--repair {options.repair:g} isn't above 0")
+        part.mesh.repair = options.repair
     part.mesh.leave_out |= options.leave_out
     if options.output:
         part.base = Path(options.output)

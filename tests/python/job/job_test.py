@@ -374,6 +374,7 @@ def test_a_write_that_fails_leaves_the_old_family(tmp_path, blocked, monkeypatch
     [
         ([], "--thickness"),
         (["--thickness", "-1"], "above 0"),
+        (["--thickness", "2", "--repair", "0"], "--repair 0 isn't above 0"),
         (["--thickness", "2", "--polymer", "X"], "not in the library"),
     ],
 )

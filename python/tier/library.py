@@ -59,8 +59,9 @@ def set_parameter(name: str, value: float) -> None:
     if kind.value != _REAL and int(value) != value:
         raise TypeError(f"TIER's parameter {name} takes a whole number, not {value!r}")
     whole = int(value) if kind.value != _REAL else 0
-    library().TIER_SETANY(key, integer(len(key)), ctypes.byref(kind), integer(whole), real(float(value)),
-                          integer(whole), b"", integer(0))
+    library().TIER_SETANY(
+        key, integer(len(key)), ctypes.byref(kind), integer(whole), real(float(value)), integer(whole), b"", integer(0)
+    )
 
 
 def parameter(name: str) -> float:
@@ -68,8 +69,16 @@ def parameter(name: str) -> float:
     key = name.encode()
     kind, whole, truth = ctypes.c_int(), ctypes.c_int(), ctypes.c_int()
     value = ctypes.c_double()
-    library().TIER_GETANY(key, integer(len(key)), ctypes.byref(kind), ctypes.byref(whole), ctypes.byref(value),
-                          ctypes.byref(truth), b"", integer(0))
+    library().TIER_GETANY(
+        key,
+        integer(len(key)),
+        ctypes.byref(kind),
+        ctypes.byref(whole),
+        ctypes.byref(value),
+        ctypes.byref(truth),
+        b"",
+        integer(0),
+    )
     return {_INTEGER: whole.value, _REAL: value.value}.get(kind.value, truth.value)
 
 

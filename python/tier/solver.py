@@ -51,8 +51,19 @@ class Solver:
     Raises Fault where TIER ends the set-up, ValueError for arrays that don't fit.
     """
 
-    def __init__(self, matrix, *, symmetric: bool | None = None, accelerator: str | None = None, cycle: str = "V",
-                 approach: int = 0, strategy: int = 40, functions=None, points=None, **parameters: float) -> None:
+    def __init__(
+        self,
+        matrix,
+        *,
+        symmetric: bool | None = None,
+        accelerator: str | None = None,
+        cycle: str = "V",
+        approach: int = 0,
+        strategy: int = 40,
+        functions=None,
+        points=None,
+        **parameters: float,
+    ) -> None:
         rows = _diagonal_first(matrix)
         self.n = rows.n
         self._rows = rows
@@ -85,6 +96,7 @@ class Solver:
 
     def aspreconditioner(self) -> LinearOperator:
         """One cycle from zero as an operator for scipy's Krylov methods; symmetric where the matrix is."""
+
         def apply(f: np.ndarray) -> np.ndarray:
             residual = _vector(f, self.n)
             u = np.zeros(self.n)
@@ -96,8 +108,9 @@ class Solver:
 
         return LinearOperator((self.n, self.n), matvec=apply, dtype=float)
 
-    def _call(self, run: int, method: int, steps: int, tolerance: float, guess: int, f: np.ndarray,
-              u: np.ndarray) -> None:
+    def _call(
+        self, run: int, method: int, steps: int, tolerance: float, guess: int, f: np.ndarray, u: np.ndarray
+    ) -> None:
         rows, integer, real = self._rows, tier_library.integer, tier_library.real
         functions = int(self._functions.max()) if self._functions.size > 1 else 1
         scale = np.zeros(functions, dtype=np.int32)
@@ -105,13 +118,37 @@ class Solver:
         first, last = ctypes.c_double(), ctypes.c_double()
         with self._context:
             tier_library.library().TIER(
-                integer(self.n), integer(rows.columns.size), integer(functions), _address(rows.starts),
-                _address(rows.columns), _address(rows.values), _address(f), _address(u), _address(self._functions),
-                integer(self._functions.size), _address(self._points), integer(self._points.size),
-                integer(12 if self.symmetric else 22), _address(scale), ctypes.byref(first), ctypes.byref(last),
-                ctypes.byref(done), ctypes.byref(ierr), integer(self._approach), integer(guess), real(tolerance),
-                integer(self._cycle_code + method + steps), integer(1000 * run + 100 + self._strategy), real(0.0),
-                real(0.0), real(0.0), real(0.0), real(-1.0 if run == _REUSE else 0.0), integer(-1), integer(-1))
+                integer(self.n),
+                integer(rows.columns.size),
+                integer(functions),
+                _address(rows.starts),
+                _address(rows.columns),
+                _address(rows.values),
+                _address(f),
+                _address(u),
+                _address(self._functions),
+                integer(self._functions.size),
+                _address(self._points),
+                integer(self._points.size),
+                integer(12 if self.symmetric else 22),
+                _address(scale),
+                ctypes.byref(first),
+                ctypes.byref(last),
+                ctypes.byref(done),
+                ctypes.byref(ierr),
+                integer(self._approach),
+                integer(guess),
+                real(tolerance),
+                integer(self._cycle_code + method + steps),
+                integer(1000 * run + 100 + self._strategy),
+                real(0.0),
+                real(0.0),
+                real(0.0),
+                real(0.0),
+                real(-1.0 if run == _REUSE else 0.0),
+                integer(-1),
+                integer(-1),
+            )
             if ierr.value > 0:
                 raise Fault(ierr.value, tier_library.fault_text())
         self.outcome = Outcome(done.value, first.value, last.value, ierr.value)
@@ -147,8 +184,13 @@ def _diagonal_first(matrix) -> _Rows:
         missing = np.setdiff1d(np.arange(n), row[~off])[0]
         raise ValueError(f"TIER needs a diagonal in every row; row {missing} (from 0) has none")
     order = np.lexsort((a.indices, off, row))
-    return _Rows(n, (a.indptr + 1).astype(np.int32), (a.indices[order] + 1).astype(np.int32),
-                 np.ascontiguousarray(a.data[order]), bool(symmetric))
+    return _Rows(
+        n,
+        (a.indptr + 1).astype(np.int32),
+        (a.indices[order] + 1).astype(np.int32),
+        np.ascontiguousarray(a.data[order]),
+        bool(symmetric),
+    )
 
 
 def _numbers(given, n: int) -> np.ndarray:

@@ -19,12 +19,16 @@ def right_side(n: int) -> np.ndarray:
     return np.sin(np.arange(n))
 
 
-@pytest.mark.parametrize("matrix, options", [
-    (poisson(40), {}),
-    (poisson(40).tocoo(), {"accelerator": "fcg", "cycle": "F"}),
-    (poisson(40, wind=0.5), {}),
-    (poisson(40), {"accelerator": "none", "nptmn": 20}),
-], ids=["symmetric", "coordinates", "wind", "cycles alone"])
+@pytest.mark.parametrize(
+    "matrix, options",
+    [
+        (poisson(40), {}),
+        (poisson(40).tocoo(), {"accelerator": "fcg", "cycle": "F"}),
+        (poisson(40, wind=0.5), {}),
+        (poisson(40), {"accelerator": "none", "nptmn": 20}),
+    ],
+    ids=["symmetric", "coordinates", "wind", "cycles alone"],
+)
 def test_solution_is_that_of_scipy(matrix, options):
     f = right_side(matrix.shape[0])
     s = tier.Solver(matrix, omp_num_threads_external=1000, **options)
@@ -45,6 +49,7 @@ def test_preconditioner_saves_steps(method, wind):
     def counted(which):
         def count(_):
             steps[which] += 1
+
         return count
 
     kind = {} if method is cg else {"callback_type": "pr_norm"}

@@ -7,7 +7,9 @@ file. Cells are parted by commas, semicolons (then a comma may be the decimal si
 from __future__ import annotations
 
 import csv
+import io
 import math
+import warnings
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -81,31 +83,54 @@ def _wide(mask: np.ndarray, values: np.ndarray) -> np.ndarray:
 
 def read_table(path: Path, findings: Findings) -> Table | None:
     try:
-        with open(path, newline="", encoding="utf-8-sig") as file:
-            head = file.readline()
-            delimiter = max(",;\t", key=head.count)
-            rows = [next(csv.reader([head], delimiter=delimiter), []), *csv.reader(file, delimiter=delimiter)]
-    except (OSError, UnicodeDecodeError, csv.Error) as error:
+        text = path.read_text(encoding="utf-8-sig")
+    except (OSError, UnicodeDecodeError) as error:
         raise BadFile(path, f"can't be read: {error}") from None
+    head, _, body = text.partition("\n")
     if not head.strip():
         raise BadFile(path, "is empty; expected a first row with the names of the columns")
-    columns = named_columns(rows[0], path, findings)
-    filled = [(number, row) for number, row in enumerate(rows[1:], 2) if any(cell.strip() for cell in row)]
-    if not filled:
-        findings.fault(str(path), "has no row of values behind the names of the columns")
-        return None
-    short = [number for number, row in filled if len(row) != len(rows[0])]
-    if short:
-        findings.fault(f"{path}:{short[0]}", f"{count_of(short, 'row')} without the {len(rows[0])} cells of the head")
-        return None
-    values = numbers_of(path, filled, len(rows[0]), delimiter == ";", findings)
+    delimiter = max(",;\t", key=head.count)
+    titles = next(csv.reader([head], delimiter=delimiter))
+    columns = named_columns(titles, path, findings)
+    values = plain_numbers(body, delimiter, len(titles))
+    if values is not None:
+        lines = list(range(2, 2 + len(values)))
+    else:
+        cells = filled_rows(path, body, delimiter, len(titles), findings)
+        values = numbers_of(path, cells, len(titles), delimiter == ";", findings) if cells else None
+        lines = [number for number, _ in cells]
     if values is None:
         return None
     for name, (column, unit) in columns.items():
         values[:, column] = units.to_inside(values[:, column], KNOWN[name], unit)
-    return Table(
-        path, values, [number for number, _ in filled], {name: column for name, (column, _) in columns.items()}
-    )
+    return Table(path, values, lines, {name: column for name, (column, _) in columns.items()})
+
+
+def plain_numbers(body: str, delimiter: str, width: int) -> np.ndarray | None:
+    """(rows, width) of a table without a blank line or cell, quotes or decimal commas; None of any other."""
+    try:
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            values = np.loadtxt(io.StringIO(body), delimiter=delimiter, comments=None, ndmin=2)
+    except (ValueError, UserWarning):
+        return None
+    whole = values.shape == (body.count("\n") + (not body.endswith("\n")), width)
+    return values if whole and np.isfinite(values).all() else None
+
+
+def filled_rows(path: Path, body: str, delimiter: str, width: int, findings: Findings) -> list[tuple[int, list[str]]]:
+    """Line and cells of every row that isn't blank; none after a fault."""
+    try:
+        rows = list(enumerate(csv.reader(io.StringIO(body, newline=""), delimiter=delimiter), 2))
+    except csv.Error as error:
+        raise BadFile(path, f"can't be read: {error}") from None
+    filled = [(number, row) for number, row in rows if any(cell.strip() for cell in row)]
+    short = [number for number, row in filled if len(row) != width]
+    if not filled:
+        findings.fault(str(path), "has no row of values behind the names of the columns")
+    if short:
+        findings.fault(f"{path}:{short[0]}", f"{count_of(short, 'row')} without the {width} cells of the head")
+    return [] if short else filled
 
 
 def named_columns(head: list[str], path: Path, findings: Findings) -> dict[str, tuple[int, str]]:
@@ -226,19 +251,17 @@ def by_place(
         findings.fault(f"{table.path}:{line}", "has a point without its x, y or z")
         return {}
     centres = mesh.points[mesh.triangles].mean(axis=1)
-    result, farthest = {}, 0.0
+    result, farthest, near = {}, 0.0, {}
     for name, values in quantities.items():
         known = ~(np.isnan(values) if values.ndim == 1 else np.isnan(values).any(axis=1))
         if not known.any() or not len(centres):
             result[name] = np.full((len(centres), *values.shape[1:]), np.nan)
             continue
-        count = min(NEIGHBOURS, int(known.sum())) if mapping == "inverse_distance" else 1
-        distance, index = cKDTree(points[known]).query(centres, count)
-        distance, index = distance.reshape(-1, count), index.reshape(-1, count)
-        weight = 1.0 / np.maximum(distance, 1e-9 * mesh.extent)
-        weight /= weight.sum(axis=1, keepdims=True)
+        if known.tobytes() not in near:  # quantities are mostly known at the same points
+            near[known.tobytes()] = nearest(points[known], centres, mapping, mesh.extent)
+        distance, index, weight = near[known.tobytes()]
         result[name] = np.einsum("ij,ij...->i...", weight, values[known][index])
-        farthest = max(farthest, float(distance[:, 0].max()))
+        farthest = max(farthest, float(distance.max()))
     notes.append(
         f"{len(points)} points of {table.path.name} mapped by "
         f"{'the nearest point' if mapping == 'nearest' else 'inverse distance of four'}; the greatest distance of an "
@@ -251,6 +274,17 @@ def by_place(
             "length unit those of the mesh?",
         )
     return result
+
+
+def nearest(
+    points: np.ndarray, centres: np.ndarray, mapping: str, extent: float
+) -> tuple[np.ndarray, np.ndarray, np.ndarray]:
+    """Per centre: distance of the nearest point (T,), the points taken (T, k), and their weights (T, k)."""
+    count = min(NEIGHBOURS, len(points)) if mapping == "inverse_distance" else 1
+    distance, index = cKDTree(points).query(centres, count)
+    distance, index = distance.reshape(-1, count), index.reshape(-1, count)
+    weight = 1.0 / np.maximum(distance, 1e-9 * extent)
+    return distance[:, 0], index, weight / weight.sum(axis=1, keepdims=True)
 
 
 def laid_into_walls(

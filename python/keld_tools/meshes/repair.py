@@ -11,6 +11,8 @@ import numpy as np
 
 from . import surface
 
+FOLD = 0.87  # cosine of the angle between two triangles below which their edge is a fold
+
 
 @dataclass
 class Repaired:
@@ -57,9 +59,15 @@ def whole(triangles: np.ndarray) -> np.ndarray:
 
 
 def shape_rank(points: np.ndarray, triangles: np.ndarray) -> np.ndarray:
-    """(N,) 1 for nodes on borders, junctions and folds, 0 for others."""
+    """(N,) 2 for nodes on borders and junctions, 1 for those on folds, 0 for others; an empty triangle makes a fold."""
+    edges = surface.edges_of(triangles)
+    a, b, same = edges.pairs()
+    normals = surface.unit_normals(points, triangles)
+    cosine = np.einsum("ij,ij->i", normals[edges.triangle[a]], normals[edges.triangle[b]])
+    folds = edges.of_side[a[np.where(same, -cosine, cosine) < FOLD]]
     rank = np.zeros(len(points), np.int64)
-    rank[surface.feature_edges(points, triangles, surface.edges_of(triangles)).ravel()] = 1
+    rank[edges.nodes[folds].ravel()] = 1
+    rank[edges.nodes[edges.count != 2].ravel()] = 2
     return rank
 
 

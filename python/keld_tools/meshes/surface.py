@@ -8,6 +8,9 @@ from __future__ import annotations
 from dataclasses import dataclass
 
 import numpy as np
+from scipy.sparse import coo_matrix
+from scipy.sparse.csgraph import connected_components
+from scipy.spatial import cKDTree
 
 
 @dataclass
@@ -46,17 +49,11 @@ def edges_of(triangles: np.ndarray) -> Edges:
 
 def components(n: int, a: np.ndarray, b: np.ndarray) -> np.ndarray:
     """Label per node of the graph with edges a-b: the least node of its component."""
-    label = np.arange(n)
-    while len(a):
-        la, lb = label[a], label[b]
-        apart = la != lb
-        if not apart.any():
-            break
-        a, b, la, lb = a[apart], b[apart], la[apart], lb[apart]
-        np.minimum.at(label, np.maximum(la, lb), np.minimum(la, lb))
-        while not np.array_equal(shorter := label[label], label):
-            label = shorter
-    return label
+    graph = coo_matrix((np.ones(len(a), np.int8), (a, b)), shape=(n, n))
+    count, label = connected_components(graph, directed=False)
+    least = np.full(count, n)
+    np.minimum.at(least, label, np.arange(n))
+    return least[label]
 
 
 def crosses(points: np.ndarray, triangles: np.ndarray) -> np.ndarray:
@@ -104,17 +101,15 @@ def turned_alike(triangles: np.ndarray, edges: Edges) -> np.ndarray:
 
 
 def merged_nodes(points: np.ndarray, tolerance: float) -> np.ndarray:
-    """For each node the least node of those that lie at its place, to about `tolerance` (0: the same numbers).
+    """For each node the least node of those that lie within `tolerance` of it, or of each other in a row.
 
-    Nodes of one cell of a grid of twice the tolerance fall together; eight shifted grids see every pair.
+    Nodes of exactly one place fall together first, which leaves few for the search.
     """
-    a, b = [], []
-    shifts = np.array([[i, j, k] for i in (0.0, 0.5) for j in (0.0, 0.5) for k in (0.0, 0.5)])
-    origin = points.min(axis=0) if len(points) else np.zeros(3)
-    for shift in shifts if tolerance > 0 else shifts[:1]:
-        cells = np.floor((points - origin) / (2 * tolerance) + shift) if tolerance > 0 else points
-        order = np.lexsort(cells.T)
-        alike = (cells[order][1:] == cells[order][:-1]).all(axis=1)
-        a.append(order[:-1][alike])
-        b.append(order[1:][alike])
-    return components(len(points), np.concatenate(a), np.concatenate(b))
+    _, first, place = np.unique(points, axis=0, return_index=True, return_inverse=True)
+    pairs = (
+        cKDTree(points[first]).query_pairs(tolerance, output_type="ndarray") if tolerance > 0 else np.zeros((0, 2), int)
+    )
+    group = components(len(first), pairs[:, 0], pairs[:, 1])[place.ravel()]
+    least = np.full(len(first), len(points))
+    np.minimum.at(least, group, np.arange(len(points)))
+    return least[group]

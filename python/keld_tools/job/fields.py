@@ -54,7 +54,7 @@ class Fields:
             result = np.where(np.isnan(rows), result, rows)
         bad = np.isnan(result) if width == 1 else np.isnan(result).any(axis=1)
         if bad.any() and self.given(name):
-            place = str(self.part.csv) if name in self.csv else request.place
+            place = str(self.part.csv) if name in self.csv or request is None else request.place
             self.findings.fault(place, f"{name}: no value for {count_of(self.numbers(bad), 'element')}")
         return np.where(np.isnan(result), 0.0, result)
 
@@ -63,12 +63,12 @@ class Fields:
         shape = (count, 3) if width == 3 else (count,)
         if request.value is not None:
             return np.broadcast_to(np.asarray(request.value, float), shape).copy()
-        data = self.mesh.cell_data.get(request.cell_data)
-        if data is None:
+        raw = self.mesh.cell_data.get(request.cell_data or "")
+        if raw is None:
             has = ", ".join(name for name in self.mesh.cell_data if ":" not in name) or "none"
             self.findings.fault(request.place, f"the mesh has no cell data {request.cell_data!r}; it has {has}")
             return np.zeros(shape)
-        data = np.asarray(data, float).reshape(len(data), -1)[self.mesh.source]
+        data = np.asarray(raw, float).reshape(len(raw), -1)[self.mesh.source]
         if data.shape[1] != width:
             self.findings.fault(
                 request.place, f"cell data {request.cell_data!r} has {data.shape[1]} components, " f"expected {width}"

@@ -140,4 +140,4 @@ def stress_text(
     directed = part.filler or part.polymer.anisotropic or part.second
     if not (given or directed) or findings.faults:
         return ""
-    return working_files.stress(heading, *stress, fraction, orientation, axes, len(mesh.runners))
+    return working_files.stress(heading, stress[0], stress[1], fraction, orientation, axes, len(mesh.runners))

@@ -28,7 +28,7 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
     ]
     melt = part.conditions.melt if part.conditions.second_melt is None else part.conditions.second_melt
     fraction = free_shrinkage.volume_fraction(part.second or part.polymer, part.filler, melt)
-    for polymer in [part.polymer] + [part.second] * bool(part.second):
+    for polymer in [part.polymer] + ([part.second] if part.second else []):
         lines.append(f"polymer: {polymer.title}")
         lines.append(free_shrinkage.words_on(polymer, part.filler, fraction, *files.shrinking))
     lines += [f"note: {note}" for note in mesh.notes]

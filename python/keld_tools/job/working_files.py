@@ -26,8 +26,8 @@ def title(lines: list[str]) -> str:
 
 def rows(form: str, *columns: np.ndarray) -> str:
     """One formatted line per entry of the columns; all lines by one formatting call."""
-    parts = [part for column in columns for part in ([column] if column.ndim == 1 else column.T)]
-    flat = [None] * (len(parts) * len(parts[0]))
+    parts = [part for column in columns for part in ([column] if column.ndim == 1 else list(column.T))]
+    flat: list[float] = [0.0] * (len(parts) * len(parts[0]))
     for at, part in enumerate(parts):
         flat[at :: len(parts)] = part.tolist()
     return (form * len(parts[0])) % tuple(flat)
@@ -203,5 +203,7 @@ def material(part: Part) -> str:
     text = f"Polymer of {part.title or part.base.name}, {MADE_BY}".replace("\n", " ").replace("[", "(") + "\n"
     text += kind_block("[First_Kind]", part.polymer, part.filler, [c.melt, c.mould])
     if part.second:
-        text += kind_block("[Second_Kind]", part.second, part.filler, [c.second_melt, c.mould])
+        text += kind_block(
+            "[Second_Kind]", part.second, part.filler, [c.melt if c.second_melt is None else c.second_melt, c.mould]
+        )
     return text

@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import math
 import re
+from collections.abc import Callable
 from pathlib import Path
 
 import numpy as np
@@ -26,9 +27,12 @@ class _Deck:
 
     def __init__(self, path: Path):
         self.path = path
-        self.nodes, self.points = [], []
-        self.shells, self.shell_ids = [], []
-        self.lines, self.line_ids = [], []
+        self.nodes: list[int] = []
+        self.points: list[list[float]] = []
+        self.shells: list[list[int]] = []
+        self.shell_ids: list[int] = []
+        self.lines: list[list[int]] = []
+        self.line_ids: list[int] = []
         self.sets: dict[str, list] = {}
         self.sections: list[tuple[str, float]] = []  # set, thickness
         self.beams: list[tuple[str, float]] = []  # set, diameter
@@ -37,7 +41,8 @@ class _Deck:
         self.others: list[int] = []  # middle nodes and nodes of elements left out
         self.instances = 0
         self.in_assembly = False  # behind *ASSEMBLY and not in an instance: nodes there are reference points
-        self.take, self.pending = None, []
+        self.take: Callable[[list[str]], None] | None = None  # what the data lines go to
+        self.pending: list[int] = []  # of an element over several lines
 
     def keyword(self, line: str, file: Path, depth: int) -> None:
         self.pending, self.take = [], None

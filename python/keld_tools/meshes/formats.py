@@ -21,11 +21,29 @@ READERS: dict[str, ModuleType] = {
     ".vtp": vtp_file,
     ".unv": unv_file,
 }
-BY_MESHIO = (".vtu", ".vtk", ".ply", ".off", ".med", ".mesh", ".xdmf", ".mdpa", ".su2", ".e", ".exo", ".cgns")
+BY_MESHIO = (
+    *(
+        ".vtu",
+        ".vtk",
+        ".ply",
+        ".off",
+        ".med",
+        ".mesh",
+        ".meshb",
+        ".xdmf",
+        ".xmf",
+        ".mdpa",
+        ".su2",
+        ".e",
+        ".ex2",
+        ".exo",
+    ),
+    *(".cgns", ".h5m", ".ugrid", ".vol", ".tec"),
+)
 KNOWN = (
     "Gmsh (.msh), STL (.stl), NASTRAN (.bdf .nas .fem .dat), Abaqus and CalculiX (.inp), OBJ (.obj), VTK (.vtp .vtu "
-    ".vtk), universal files (.unv), PLY (.ply), OFF (.off), MED (.med), Medit (.mesh), XDMF (.xdmf), Kratos (.mdpa), "
-    "SU2 (.su2), Exodus (.e .exo), CGNS (.cgns)"
+    ".vtk), universal files (.unv), PLY (.ply), OFF (.off), MED (.med), Medit (.mesh .meshb), XDMF (.xdmf .xmf), Kratos (.mdpa), "
+    "SU2 (.su2), Exodus (.e .ex2 .exo), CGNS (.cgns), MOAB (.h5m), AFLR (.ugrid), Netgen (.vol), Tecplot (.tec)"
 )
 
 

@@ -9,6 +9,7 @@ from __future__ import annotations
 import re
 import warnings
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 
@@ -42,7 +43,7 @@ class _Numbers:
 
     def __init__(self, data: bytes, binary: bool):
         self.binary, self.at = binary, 0
-        self.data = data if binary else text_numbers(data)
+        self.data: Any = data if binary else text_numbers(data)  # bytes, or numbers
 
     def take(self, count: int, kind: str = "<u8") -> np.ndarray:
         size = np.dtype(kind).itemsize if self.binary else 1

@@ -182,11 +182,11 @@ def find_nodes(mesh: JobMesh, wanted: list, what: str, place: str, findings: Fin
     found = []
     for entry in wanted:
         if isinstance(entry, int):
-            index = np.flatnonzero(mesh.node_numbers == entry)
-            if not len(index):
+            places = np.flatnonzero(mesh.node_numbers == entry)
+            if not len(places):
                 findings.fault(place, f"{what} {entry} is no node of the mesh that an element uses")
                 continue
-            index = int(index[0])
+            index = int(places[0])
             if what == "boundary node" and index not in on_part:
                 findings.fault(place, f"boundary node {entry} belongs to no triangle")
         else:

@@ -92,7 +92,10 @@ def read_pieces(path: Path) -> RawMesh:
     root = ElementTree.fromstring(data[: found.end(1)] + data[found.start(3) :] if found else data)
     if root.get("type") != "PolyData":
         raise ValueError(f"it holds {root.get('type')}, expected PolyData")
-    arrays, points, cells, values = _Arrays(root, appended), [], [], []
+    arrays = _Arrays(root, appended)
+    points: list[np.ndarray] = []
+    cells: list[tuple[str, np.ndarray]] = []
+    values: list[dict[str, np.ndarray]] = []
     for piece in root.iter("Piece"):
         block = piece.find("Points/DataArray")
         start = sum(map(len, points))

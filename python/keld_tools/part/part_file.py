@@ -148,14 +148,14 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     mesh.to_mm = units.LENGTH_TO_MM.get(unit, 1.0)
     mesh.merge_tolerance = section.quantity("merge_tolerance", "length", least=0.0)
     mesh.thickness = section.field("thickness", "length", 1)
-    if mesh.thickness and mesh.thickness.value is not None and mesh.thickness.value <= 0.0:
+    if mesh.thickness and isinstance(mesh.thickness.value, float) and mesh.thickness.value <= 0.0:
         section.findings.fault(mesh.thickness.place, "a thickness must be above 0")
-    found = section.find("thickness_by_group", "length")
-    groups = section.table[found[0]] if found else {}
+    key, group_unit = section.find("thickness_by_group", "length") or ("", "mm")
+    groups = section.table[key] if key else {}
     if not isinstance(groups, dict) or not all(is_number(v) and v > 0 for v in groups.values()):
-        section.fault(found[0], "expected a table of group = thickness above 0")
+        section.fault(key, "expected a table of group = thickness above 0")
         groups = {}
-    mesh.thickness_by_group = {str(k): units.to_inside(float(v), "length", found[1]) for k, v in groups.items()}
+    mesh.thickness_by_group = {str(k): units.to_inside(float(v), "length", group_unit) for k, v in groups.items()}
     mesh.runners = section.take("runners", bool, "true or false", True)
     mesh.runner_diameter = section.quantity("runner_diameter", "length", above=0.0)
     mesh.orient = section.take("orient_triangles", bool, "true or false", False)
@@ -323,7 +323,7 @@ def read_fields(section: Section, part: Part, folder: Path, base: dict) -> None:
             base["ejection_temperature_C"], kind="temperature", unit="C", place="library"
         )
     for request in part.fields.values():
-        if request.kind == "temperature" and request.value is not None and request.value < -273.0:
+        if request.kind == "temperature" and isinstance(request.value, float) and request.value < -273.0:
             section.findings.fault(request.place, "is below absolute zero")
 
 

@@ -125,19 +125,19 @@ class Section:
     def nodes(self, what: str) -> list:
         """Nodes by `what`_nodes (numbers of the mesh file) or `what`_at_UNIT (points)."""
         numbers = self.take(f"{what}_nodes", list, "a list of node numbers", [])
-        found = self.find(f"{what}_at", "length")
-        points = self.table[found[0]] if found else []
+        key, unit = self.find(f"{what}_at", "length") or ("", "")
+        points = self.table[key] if key else []
         if numbers and points:
-            self.fault(found[0], f"both {what}_nodes and {found[0]} are given")
+            self.fault(key, f"both {what}_nodes and {key} are given")
         if not all(isinstance(n, int) and not isinstance(n, bool) for n in numbers):
             self.fault(f"{what}_nodes", f"expected a list of node numbers, found {numbers!r}")
             return []
         if not isinstance(points, list) or not all(
             isinstance(p, list) and len(p) == 3 and all(map(is_number, p)) for p in points
         ):
-            self.fault(found[0], f"expected a list of points [x, y, z], found {points!r}")
+            self.fault(key, f"expected a list of points [x, y, z], found {points!r}")
             return []
-        return numbers or [tuple(units.to_inside(float(c), "length", found[1]) for c in p) for p in points]
+        return numbers or [tuple(units.to_inside(float(c), "length", unit) for c in p) for p in points]
 
     def finish(self) -> None:
         for key in self.table:
@@ -148,7 +148,9 @@ class Section:
 
 def key_lines(text: str) -> dict[tuple[str, str], int]:
     """(section, key) -> line number, (section, "") -> line of its head; the second of [[measure]] is "measure 2"."""
-    lines, section, lists = {}, "", {}
+    lines: dict[tuple[str, str], int] = {}
+    lists: dict[str, int] = {}
+    section = ""
     for number, line in enumerate(text.splitlines(), 1):
         if head := re.match(r"\s*(\[\[?)\s*([^\[\]]+?)\s*\]", line):
             section = head[2].replace('"', "")

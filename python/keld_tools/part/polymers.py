@@ -84,7 +84,7 @@ def plain_values(table: dict) -> dict:
 def published_shrinkage(name: str) -> list[tuple[float, float]]:
     """Least and most percent along and across, as published for the class of a material of the library."""
     entry = library()[name]["shrinkage_percent"]
-    return [tuple(entry[way]) for way in ("along", "across")]
+    return [(entry[way][0], entry[way][1]) for way in ("along", "across")]
 
 
 def as_list(value) -> list:

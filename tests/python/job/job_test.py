@@ -303,10 +303,11 @@ def test_likely_mistakes_are_warned_of(tmp_path, job, text, mesh, words):
     assert status == 0 and words in said and (tmp_path / "j.PG1").exists()
 
 
-def test_a_plain_plate_has_no_warning(tmp_path, job):
+@pytest.mark.parametrize("mark", ["", "\ufeff"], ids=["plain", "byte order mark"])
+def test_a_plain_plate_has_no_warning(tmp_path, job, mark):
     write_plate(tmp_path / "plate.msh")
 
-    assert job(PART) == (0, "")
+    assert job(mark + PART) == (0, "")
 
 
 @pytest.mark.parametrize("wall, words", [(2, "too small"), (4, "suit best, where"), (10, "too large")])

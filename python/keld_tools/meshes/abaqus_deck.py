@@ -12,6 +12,7 @@ from collections.abc import Callable
 from pathlib import Path
 
 import numpy as np
+from scipy.spatial.transform import Rotation
 
 from ..base.findings import BadFile
 from .raw_mesh import RawMesh, filled, with_indices
@@ -40,6 +41,7 @@ class _Deck:
         self.reduced: dict[str, int] = {}
         self.others: list[int] = []  # middle nodes and nodes of elements left out
         self.instances = 0
+        self.placing: list[list[float]] = []  # of the instance: shift, then two points of an axis and degrees
         self.in_assembly = False  # behind *ASSEMBLY and not in an instance: nodes there are reference points
         self.take: Callable[[list[str]], None] | None = None  # what the data lines go to
         self.pending: list[int] = []  # of an element over several lines
@@ -67,6 +69,7 @@ class _Deck:
             self.in_assembly = False
             if self.instances > 1:
                 raise ValueError("several instances; write one flat mesh")
+            self.take = lambda words: self.placing.append([float(w) if w else 0.0 for w in words])
         if "INPUT" in options and (name == "INCLUDE" or self.take):
             read_lines(self, included(options["INPUT"].strip("\"'"), file, self.path), depth + 1)
 
@@ -142,6 +145,18 @@ class _Deck:
         return np.unique(np.concatenate([np.array([e for e in entries if isinstance(e, int)], np.int64), *nested]))
 
 
+def placed(points: list[list[float]], placing: list[list[float]]) -> np.ndarray:
+    """Points of a part where its instance stands in the assembly: shifted first, then turned about the axis."""
+    result = np.asarray(points, float).reshape(-1, 3)
+    if placing:
+        result = result + (placing[0] + [0.0] * 3)[:3]
+    if len(placing) > 1 and len(placing[1]) >= 7:
+        start, end, degrees = np.array(placing[1][:3]), np.array(placing[1][3:6]), placing[1][6]
+        axis = (end - start) / np.linalg.norm(end - start)
+        result = Rotation.from_rotvec(np.radians(degrees) * axis).apply(result - start) + start
+    return result
+
+
 def included(name: str, file: Path, deck: Path) -> Path:
     """A file that `file` names, relative to itself or to the deck. Raises ValueError where there is none."""
     for folder in (file.parent, deck.parent):
@@ -184,7 +199,7 @@ def read(path: Path) -> RawMesh:
     for name, value in deck.beams:
         diameter[np.isin(line_ids, deck.members(name))] = value
     raw = filled(
-        deck.points,
+        placed(deck.points, deck.placing),
         deck.nodes,
         deck.shells,
         shell_ids,

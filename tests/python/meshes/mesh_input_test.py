@@ -342,6 +342,18 @@ def test_an_assembly_may_have_reference_points(tmp_path):
     assert len(mesh.points) == 20 and mesh.points.max() == 40.0 and findings.faults == findings.warnings == []
 
 
+def test_the_instance_stands_where_the_assembly_puts_it(tmp_path):
+    """Shifted by (1, 2, 3), then a quarter turn about the line x = 1, y = 2 along z: (x, y, 0) -> (1 - y, 2 + x, 3)."""
+    text = abaqus().replace("*Node", "*PART, NAME=p\n*Node", 1)
+    text += "*End Part\n*Assembly, name=A\n*Instance, name=p-1, part=p\n1., 2., 3.\n1., 2., 0., 1., 2., 5., 90.\n"
+    (tmp_path / "a.inp").write_text(text + "*End Instance\n*End Assembly\n")
+
+    mesh, _ = read(tmp_path / "a.inp")
+
+    expected = np.column_stack([1 - POINTS[:, 1], 2 + POINTS[:, 0], 3 + POINTS[:, 2]])
+    np.testing.assert_allclose(mesh.points, expected, atol=1e-12)
+
+
 SAVE_ALL = """$MeshFormat
 4.1 0 8
 $EndMeshFormat

@@ -263,7 +263,7 @@ def check_fields(
     for name, values in (("orientation", orientation), ("kind_fraction", fraction)):
         if values.size and (values.min() < 0 or values.max() > 1):
             findings.fault(place, f"{name} must be 0 to 1, found {values.min():g} to {values.max():g}")
-    directed = "fibre_direction" in part.fields or part.csv is not None
+    directed = part.csv is not None or bool({"fibre_direction", "orientation_tensor"} & set(part.fields))
     if (part.filler or part.polymer.anisotropic or part.second and part.second.anisotropic) and not directed:
         findings.warn(
             place,

@@ -295,7 +295,7 @@ def laid_into_walls(
         if name not in spread:
             continue
         six = spread.pop(name)
-        full = six[:, [0, 3, 4, 3, 1, 5, 4, 5, 2]].reshape(-1, 3, 3)
+        full = full_tensor(six)
         if name == "dyad":
             known = ~np.isnan(six).any(axis=1)
             direction = np.full((len(six), 3), np.nan)
@@ -306,6 +306,11 @@ def laid_into_walls(
                 full, surface.unit_normals(mesh.points, mesh.triangles)
             )
     return spread
+
+
+def full_tensor(six: np.ndarray) -> np.ndarray:
+    """(n, 3, 3) of rows in the order of TENSOR."""
+    return six[:, [0, 3, 4, 3, 1, 5, 4, 5, 2]].reshape(-1, 3, 3)
 
 
 def principal_in_wall(tensor: np.ndarray, normals: np.ndarray) -> tuple[np.ndarray, np.ndarray]:

@@ -11,9 +11,10 @@ import numpy as np
 
 from ..base import units
 from ..base.findings import Findings, count_of
+from ..meshes import surface
 from ..meshes.mesh_input import JobMesh
 from ..part.part_file import FIELDS, FieldRequest, Part
-from .element_csv import read_values
+from .element_csv import TRACE_SLACK, full_tensor, principal_in_wall, read_values
 
 PERPENDICULAR = 1e-3  # a direction whose part in the element's plane is shorter counts as perpendicular
 
@@ -30,8 +31,31 @@ class Fields:
 
     def __init__(self, part: Part, mesh: JobMesh, findings: Findings):
         self.part, self.mesh, self.findings = part, mesh, findings
-        # quantity -> (T,) or (T, 3), nan where the CSV has no value
+        # quantity of the CSV, or of a tensor -> (T,) or (T, 3), nan where the CSV has no value
         self.csv = read_values(part.csv, part.csv_mapping, mesh, findings, mesh.notes) if part.csv else {}
+
+        if request := part.fields.get("orientation_tensor"):
+            self.lay_tensor(request)
+
+    def lay_tensor(self, request: FieldRequest) -> None:
+        """Direction and share of a tensor of the part file or of cell data, where the CSV gives none."""
+        given = [name for name in ("fibre_direction", "orientation") if name in self.part.fields or name in self.csv]
+        if given:
+            self.findings.fault(request.place, f"{given[0]} is given too; a tensor says both")
+            return
+        tensor = self.requested(request, 6)
+        if np.isnan(tensor).any():
+            bad = self.numbers(np.isnan(tensor).any(axis=1))
+            self.findings.fault(request.place, f"orientation_tensor: no value for {count_of(bad, 'element')}")
+            return
+        trace = tensor[:, :3].sum(axis=1)
+        if len(trace) and np.abs(trace - 1.0).max() > TRACE_SLACK:
+            far = trace[np.abs(trace - 1.0).argmax()]
+            self.findings.fault(request.place, f"a11 + a22 + a33 of an orientation tensor is 1, found {far:g}")
+            return
+        normals = surface.unit_normals(self.mesh.points, self.mesh.triangles)
+        direction, share = principal_in_wall(full_tensor(tensor), normals)
+        self.csv |= {"fibre_direction": direction, "orientation": share}
 
     def given(self, name: str) -> bool:
         return name in self.part.fields or name in self.csv
@@ -60,7 +84,7 @@ class Fields:
 
     def requested(self, request: FieldRequest, width: int) -> np.ndarray:
         count = len(self.mesh.triangles)
-        shape = (count, 3) if width == 3 else (count,)
+        shape = (count, width) if width > 1 else (count,)
         if request.value is not None:
             return np.broadcast_to(np.asarray(request.value, float), shape).copy()
         raw = self.mesh.cell_data.get(request.cell_data or "")
@@ -69,13 +93,15 @@ class Fields:
             self.findings.fault(request.place, f"the mesh has no cell data {request.cell_data!r}; it has {has}")
             return np.zeros(shape)
         data = np.asarray(raw, float).reshape(len(raw), -1)[self.mesh.source]
+        if width == 6 and data.shape[1] == 9:
+            data = data[:, [0, 4, 8, 1, 2, 5]]  # of a whole tensor, row by row
         if data.shape[1] != width:
             self.findings.fault(
                 request.place, f"cell data {request.cell_data!r} has {data.shape[1]} components, " f"expected {width}"
             )
             return np.zeros(shape)
         data = np.where(np.isfinite(data), data, math.nan)
-        return units.to_inside(data if width == 3 else data[:, 0], request.kind, request.unit)
+        return units.to_inside(data if width > 1 else data[:, 0], request.kind, request.unit)
 
     def numbers(self, mask: np.ndarray) -> np.ndarray:
         """The mesh file's numbers of marked triangles, each once."""

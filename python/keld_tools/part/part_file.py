@@ -76,6 +76,7 @@ FIELDS = {
     "stress2": ("stress", 1),
     "fibre_direction": ("number", 3),
     "orientation": ("number", 1),
+    "orientation_tensor": ("number", 6),  # a11, a22, a33, a12, a13, a23 in global axes
     "kind_fraction": ("number", 1),
     "ejection_temperature": ("temperature", 1),
     "ejection_temperature_lower": ("temperature", 1),

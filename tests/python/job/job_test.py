@@ -132,6 +132,21 @@ def test_values_of_the_library_lie_where_data_sheets_have_them(name, key, low, h
     assert (low <= value).all() and (value <= high).all()
 
 
+def test_a_tensor_of_cell_data_becomes_direction_and_orientation(tmp_path, job):
+    """Nine values row by row; 0.7 along (0, 1, 1), 0.3 along x in the tilted plate."""
+    u, v = np.array([0, 1, 1]) / 2**0.5, np.array([1, 0, 0])
+    tensor = (0.7 * np.outer(u, u) + 0.3 * np.outer(v, v)).ravel()
+    write_plate(tmp_path / "plate.msh", triangles=[[0, 1, 2], [0, 2, 3]], points=TILTED, A=[tensor, tensor])
+    text = PART + '[fields]\norientation_tensor = { cell_data = "A" }\n'
+
+    assert job(text)[0] == 0
+    assert "a tensor says both" in job(text + "orientation = 0.6\n")[1]
+
+    rows = np.loadtxt(tmp_path / "j.RS1", skiprows=2)
+    np.testing.assert_allclose(rows[:, 5], 0.7, atol=1e-8)
+    np.testing.assert_allclose(np.abs(rows[:, 6:9] @ u), 1.0, atol=1e-8)
+
+
 FAULTS = {
     "unknown key": (
         "thickness_mm = 2",

@@ -21,8 +21,8 @@ SUMMARY = "Keldage stage results summary"
 class Program:
     """keld and the folder with its Standard."""
 
-    path: Path
-    install: Path
+    path: str
+    install: str
 
 
 @dataclass
@@ -54,7 +54,7 @@ def find_keld(given: str | None) -> Program:
     candidates = [Path(named)] if named else [*beside, Path(shutil.which("keld") or "")]
     for path in candidates:
         if path.is_file() and os.access(path, os.X_OK):
-            return Program(path.resolve(), install_of(path.resolve()))
+            return Program(str(path.resolve()), str(install_of(path.resolve())))
     raise BadFile(named or "keld", "there is no such program; --keld PROGRAM or KELD_PROGRAM names it")
 
 

@@ -1,0 +1,60 @@
+// Multipass interpolation: passes along a chain, variables out of reach.
+#include "tier/setup/pwint_aa.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "support/tier/prepared_level.h"
+#include "tier/store/parameters.h"
+
+namespace {
+
+using namespace testing_support;
+
+// Chain 1 .. 8 with C at 1 and 8: pass 1 reaches 2 and 7, pass 2 reaches 3 and 6, pass 3 reaches 4 and 5.
+// Away from C each takes its neighbour's row: 2 e3 = e2 + e4 with e4 lumped by scaling.
+TEST(Pwint2, PassesReachTheMiddleOfAChain) {
+  sparse_system s;
+  for (int i = 1; i <= 8; ++i) {
+    row others;
+    if (i > 1) others.emplace_back(i - 1, -1.0);
+    if (i < 8) others.emplace_back(i + 1, -1.0);
+    s.add_row(2.0, others);
+  }
+  prepared_level p(s, std::vector<int>{1, -1, -1, -1, -1, -1, -1, 1});
+  tier::interpolation_options o;
+  o.nwtint = 4;
+
+  const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
+
+  EXPECT_EQ(n.attempts, 1);
+  EXPECT_EQ(n.passes, 3);
+  for (int i = 2; i <= 7; ++i) expect_row(p.weights(i), {{i <= 4 ? 1 : 8, 1.0}});
+}
+
+// 3 and 4 couple with each other alone: no pass reaches them. They become C below gmax_multipass, else FF.
+TEST(Pwint2, VariablesOutOfReach) {
+  for (const bool may_grow : {true, false}) {
+    sparse_system s;
+    s.add_row(2.0, {{2, -1.0}});
+    s.add_row(2.0, {{1, -1.0}});
+    s.add_row(2.0, {{4, -1.0}});
+    s.add_row(2.0, {{3, -1.0}});
+    prepared_level p(s, std::vector<int>{1, -1, -1, -1});
+    tier::parm().gmax_multipass = may_grow ? 0.75 : 0.5;
+    tier::parm().mode_mess = -2;
+    tier::interpolation_options o;
+    o.nwtint = 4;
+
+    const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
+
+    EXPECT_EQ(n.attempts, 2);
+    EXPECT_EQ(n.turned_c, may_grow ? 2 : 0);
+    EXPECT_EQ(n.turned_ff, may_grow ? 0 : 2);
+    expect_row(p.weights(3), may_grow ? row{{3, 1.0}} : row{});
+    EXPECT_EQ(p.lv.icg[4], may_grow ? 1 : 0);
+  }
+}
+
+}  // namespace

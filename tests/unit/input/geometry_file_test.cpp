@@ -3,6 +3,7 @@
 #include <random>
 
 #include "input/geometry_statistics.h"
+#include "support/damaged_input.h"
 #include "support/input_test.h"
 
 namespace keld {
@@ -208,6 +209,36 @@ TEST_P(GridCentre, IsThatOfTheFullScan) {
 INSTANTIATE_TEST_SUITE_P(Boxes, GridCentre,
                          testing::Values(std::array{10.0, 5.0, 2.0}, std::array{10.0, 7.0, 0.0},
                                          std::array{0.0, 3.0, 3e-9}, std::array{1e-9, 1e-9, 4.0}));
+
+using testing_support::Damage;
+using DamagedGeometry = testing_support::DamagedInput;
+
+TEST_P(DamagedGeometry, IsNamedWithItsLine) { expectItsWords(); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Places, DamagedGeometry,
+    testing::Values(
+        Damage{"geometry", "5 5 0.1", "5 x 0.1",
+               "line 3: expected an integer (number of nodes in the header), found \"x"},
+        Damage{"geometry", "5 5 0.1", "2000000000 5 0.1",
+               "line 3: the file is too short for the 2000000000 elements and 5 nodes"},
+        Damage{"geometry", " 5 1 2 0", " 6 1 2 0",
+               "line 4: expected an integer from 1 to 5 (number of the element of record 1)"},
+        Damage{"geometry", "\n 3 3 5 4", "\n 1 3 5 4",
+               "line 6: element record 3 has number 1, which a record before"},
+        Damage{"geometry", " 1 2 3 4 20", " 1 2 6 4 20",
+               "line 5: expected an integer from 1 to 5 (second node of"},
+        Damage{"geometry", " 1 2 3 4 20", " 1 2 3 -4 20", "from 0 to 5 (third node"},
+        Damage{"geometry", " 1 2 3 4 20", " 1 0 3 4 20", "from 1 to 5 (first node"},
+        Damage{"geometry", "2 3 4 20 0 1.0", "2 3 4 20 0.5 1.0", "an integer (flag of element of record 2)"},
+        Damage{"geometry", "0 1.0 0.0 1.25", "0 - 0.0 1.25",
+               "a number (seventh field of element of record 1)"},
+        Damage{"geometry", "1.0 0.0 1.25", "1.0 0.0 inf", "(ninth field of element of record 1)"},
+        Damage{"geometry", "1 -50 0 0 1", "0 -50 0 0 1", "from 1 to 5 (number of the node of record 1)"},
+        Damage{"geometry", "\n 4 0 100", "\n 2 0 100",
+               "line 11: node record 3 has number 2, which a record before"},
+        Damage{"geometry", "0 100 0 0", "0 1e999 0 0",
+               "line 11: expected a finite number (y of node of record 3)"}));
 
 }  // namespace
 }  // namespace keld

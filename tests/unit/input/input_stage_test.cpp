@@ -1,4 +1,5 @@
-// The input stage on a whole job: files that are missing, late or in their second place.
+// The input stage on a whole job, its files missing, late or in their second place; what all readers share: seeds of
+// the fuzz targets, files cut at every byte.
 #include "input/input_stage.h"
 
 #include <sys/stat.h>
@@ -16,8 +17,10 @@ namespace keld {
 namespace {
 
 using testing::HasSubstr;
+using testing_support::InputTest;
 using testing_support::replaced;
 using testing_support::ScratchJob;
+using testing_support::seedOf;
 
 class InputStage : public testing::Test {
  protected:
@@ -141,6 +144,56 @@ INSTANTIATE_TEST_SUITE_P(
     Numbers, BoundaryNodes,
     testing::Values(NodeCase{"1\n36\n9\n", ": boundary node 2 is 36, expected a node number from 1 to 35"},
                     NodeCase{"1\n5\n-9\n", ": boundary node 3 is -9"}, NodeCase{"0\n36\n-9\n", nullptr}));
+
+TEST_F(InputTest, EverySeedIsReadOrRefusedWithAMessage) {
+  namespace fs = std::filesystem;
+  for (const fuzz::Reader& reader : fuzz::readers)
+    for (const auto& seed :
+         fs::directory_iterator(fs::path(TEST_DATA) / ".." / "fuzz" / "seeds" / reader.name)) {
+      SCOPED_TRACE(seed.path());
+      try {
+        reader.read(testing_support::readText(seed.path()));
+      } catch (const RunEnded&) {
+        EXPECT_NE(seed.path().filename(), "valid");
+      }
+    }
+}
+
+/// From where to where a cut has to end the run: behind `begin` (the start where empty) up to before the last
+/// `end`, whose last character may be missed only where nothing is lost.
+struct CutCase {
+  const char *reader, *begin, *end;
+};
+
+class Cut : public InputTest, public testing::WithParamInterface<CutCase> {};
+
+TEST_P(Cut, EndsTheRunUpToTheLastValueThatIsUsed) {
+  const std::string text = seedOf(GetParam().reader);
+  const std::size_t begin =
+      *GetParam().begin ? text.find(GetParam().begin) + std::string(GetParam().begin).size() : 0;
+  const std::size_t end = text.rfind(GetParam().end);
+  ASSERT_NE(end, std::string::npos);
+  for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+    bool ended = false;
+    try {
+      fuzz::readerNamed(GetParam().reader).read(text.substr(0, cut));
+    } catch (const RunEnded&) {
+      ended = true;
+    }
+    if (cut >= begin && cut <= end) {
+      EXPECT_TRUE(ended) << "cut at byte " << cut;
+    }
+    if (cut < begin || cut > end + std::string(GetParam().end).size()) {
+      EXPECT_FALSE(ended) << "cut at byte " << cut;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, Cut,
+                         testing::Values(CutCase{"process", "", "25\n"}, CutCase{"settings", "", "3000"},
+                                         CutCase{"boundary", "[Keld_FixBC]", "9"},
+                                         CutCase{"polymer", "", "0  end\n"}, CutCase{"geometry", "", "0\n"},
+                                         CutCase{"units", "", "]"}));
 
 }  // namespace
 }  // namespace keld

@@ -1,6 +1,7 @@
 #include "input/polymer_file.h"
 
 #include "input/polymer.h"
+#include "support/damaged_input.h"
 #include "support/input_test.h"
 
 namespace keld {
@@ -79,6 +80,28 @@ TEST_F(PolymerFile, EntriesBeyondTheSixthFillerValueStayInTheFile) {
   EXPECT_EQ(fillerValues.fillerDensity, 2.5);
   EXPECT_EQ(polymerRecord[1].shearModulus(1), 6.4e9);
 }
+
+using testing_support::Damage;
+using DamagedPolymer = testing_support::DamagedInput;
+
+TEST_P(DamagedPolymer, IsNamedWithItsLine) { expectItsWords(); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Places, DamagedPolymer,
+    testing::Values(
+        Damage{"polymer", "[First_Kind]", "[first_kind]", "starts with [First_Kind]"},
+        Damage{"polymer", "[Second_Kind]", " [Second_Kind]", "starts with [Second_Kind]"},
+        Damage{"polymer", "Temperatures = 2", "Temperatures = 3", "line 11: a count is 3, expected 0 to 2"},
+        Damage{"polymer", "Viscosity = 3", "Viscosity = -1", "line 14: a count is -1, expected 0 to 10"},
+        Damage{"polymer", "Modulus = 2", "Modulus = 16", "a count is 16, expected 0 to 15"},
+        Damage{"polymer", "Modulus = 2   1.1e+10", "Modulus = 2   soft", "a finite number of a counted list"},
+        Damage{"polymer", "Poisson = 1   0.3", "Poisson = 1   0,3", "found \"0,3"},
+        Damage{"polymer", "Poisson = 1   0.3", "Poisson = 0", "needs at least one number"},
+        Damage{"polymer", "0.97", "nan", "a finite number of a counted list, found \"nan"},
+        Damage{"polymer", "Filler = 6", "Filler = all", "an integer behind the \"=\""},
+        Damage{"polymer", "Filler = 6", "Filler = -1", "a count is -1"},
+        Damage{"polymer", "Series = 2", "Series = 2000000000", "a count is 2000000000"},
+        Damage{"polymer", "Series A = 2", "Series A = 11", "a count is 11, expected 0 to 10"}));
 
 }  // namespace
 }  // namespace keld

@@ -2,6 +2,7 @@
 
 #include "input/boundary_file.h"
 #include "input/solver_settings.h"
+#include "support/damaged_input.h"
 #include "support/input_test.h"
 
 namespace keld {
@@ -64,6 +65,26 @@ TEST_F(InputTest, TheLastTagOfFixedNodesWins) {
   EXPECT_FALSE(readFixedNodes(untagged));
   EXPECT_EQ(processRecord.bcNode[1], 4);
 }
+
+using testing_support::Damage;
+using DamagedProcess = testing_support::DamagedInput;
+
+TEST_P(DamagedProcess, IsNamedWithItsLine) { expectItsWords(); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Places, DamagedProcess,
+    testing::Values(
+        Damage{"process", "[Keld_ProcessData]", "[Keld_Process]", "starts with [Keld_ProcessData], found"},
+        Damage{"process", "value= 230", "value= hot", "line 4: expected a finite number as the value of"},
+        Damage{"process", "value= 215", "value= inf", "line 17: expected a finite number"},
+        Damage{"process", "value= 215", "value= 2.1D+2", "line 17: expected a finite number"},
+        Damage{"process", "value= 25\n", "value= nan\n", "string number 21001"},
+        Damage{"process", "string= 20011  flag= 1  value= 1", "string= 20011  flag= 1  value= 1e10",
+               "(filler present) is beyond the range"},
+        Damage{"settings", "[Keld_ComputeData]", "[Keld_Data]", "starts with [Keld_ComputeData]"},
+        Damage{"settings", "value= 2.9", "value= direct", "line 6: expected a finite number"},
+        Damage{"boundary", "5\n", "five\n",
+               "line 4: expected an integer (boundary node number of record 2)"}));
 
 }  // namespace
 }  // namespace keld

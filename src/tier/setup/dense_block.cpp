@@ -44,12 +44,10 @@ bool solve_from_left(dense_block& d, dense_block& x) {
   return true;
 }
 
-dense_block transposed(const dense_block& b) {
-  dense_block t;
+void transpose(const dense_block& b, dense_block& t) {
   t.assign(b.columns, b.rows);
   for (int r = 0; r < b.rows; ++r)
     for (int c = 0; c < b.columns; ++c) t(c, r) = b(r, c);
-  return t;
 }
 
 }  // namespace tier

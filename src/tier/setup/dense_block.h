@@ -23,7 +23,7 @@ struct dense_block {
 /// x <- d^-1 x by Gauss with row exchanges; false: d is singular. d is overwritten.
 bool solve_from_left(dense_block& d, dense_block& x);
 
-/// The transpose.
-dense_block transposed(const dense_block& b);
+/// t <- transpose of b.
+void transpose(const dense_block& b, dense_block& t);
 
 }  // namespace tier

@@ -2,6 +2,7 @@
 #include "tier/setup/pbint.h"
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,12 +23,13 @@ namespace {
 
 /// One block of the row of points under construction.
 struct slot {
-  int point;
-  bool interpolatory;
+  int point = 0;
+  bool interpolatory = false;
   dense_block block;
 };
 
-/// The row of blocks of one fine point; slot 0 is the point itself.
+/// The row of blocks of one fine point; slot 0 is the point itself. Slots and scratch keep their room from
+/// point to point.
 class block_row {
  public:
   block_row(level& lv, const block_options& o, const char* routine) : lv_(lv), o_(o), routine_(routine) {
@@ -71,21 +73,21 @@ class block_row {
   void eliminate_strong() {
     if (parm().allow_elim != 1)
       fail(ierr_interpolation, std::string("eelim=.true. but allow_elim.ne.1 in (") + routine_ + ")");
-    std::vector<int> strong;
+    strong_.clear();
     for_strong_points(point_, [&](int j) {
-      if (state(j) < 0) strong.push_back(j);
+      if (state(j) < 0) strong_.push_back(j);
     });
-    for (const int j : strong) eliminate_block_row(j);
+    for (const int j : strong_) eliminate_block_row(j);
   }
 
   /// Replaces strong F points that have weights; returns how many.
   int eliminate_weights(const weight_rows& old) {
-    std::vector<int> strong;
+    strong_.clear();
     for_strong_points(point_, [&](int j) {
-      if (state(j) < 0 && old.has(first(j))) strong.push_back(j);
+      if (state(j) < 0 && old.has(first(j))) strong_.push_back(j);
     });
-    for (const int j : strong) {
-      const dense_block c = take_block(j);
+    for (const int j : strong_) {
+      const dense_block& c = take_block(j);
       for (int r = 0; r < c.rows; ++r) {
         for (int k = 0; k < c.columns; ++k) {
           const int row = first(j) + k;
@@ -97,36 +99,36 @@ class block_row {
         }
       }
     }
-    return static_cast<int>(strong.size());
+    return static_cast<int>(strong_.size());
   }
 
   /// Turns the interpolatory slots into weights; false when there are none.
   bool finish() {
     double all = 0.0, largest = 0.0;
-    std::vector<double> norms;
-    for (const slot& s : slots_) {
-      norms.push_back(block_norm(s.block.v.data(), s.block.rows, s.block.columns, o_.norm));
-      if (s.point != point_) all += norms.back();
-      if (s.interpolatory) largest = std::max(largest, norms.back());
+    norms_.clear();
+    for (const slot& s : slots()) {
+      norms_.push_back(block_norm(s.block.v.data(), s.block.rows, s.block.columns, o_.norm));
+      if (s.point != point_) all += norms_.back();
+      if (s.interpolatory) largest = std::max(largest, norms_.back());
     }
     double kept = 0.0;
-    for (std::size_t s = 0; s < slots_.size(); ++s) {
-      slots_[s].interpolatory = slots_[s].interpolatory && norms[s] > 0.0 && norms[s] >= o_.etr * largest;
-      if (slots_[s].interpolatory) kept += norms[s];
+    for (std::size_t s = 0; s < used_; ++s) {
+      slots_[s].interpolatory = slots_[s].interpolatory && norms_[s] > 0.0 && norms_[s] >= o_.etr * largest;
+      if (slots_[s].interpolatory) kept += norms_[s];
     }
     if (kept == 0.0) return false;
     const double scale = -all / kept;
-    for (slot& s : slots_) {
+    for (slot& s : std::span(slots_).first(used_)) {
       if (!s.interpolatory) continue;
-      dense_block d = slots_[0].block;
-      if (!solve_from_left(d, s.block))
+      diagonal_ = slots_[0].block;
+      if (!solve_from_left(diagonal_, s.block))
         fail(ierr_interpolation, std::string("Problems with gdec8/gsol8 in (") + routine_ + ")");
       for (double& v : s.block.v) v *= scale;
     }
     return true;
   }
 
-  const std::vector<slot>& slots() const { return slots_; }
+  std::span<const slot> slots() const { return std::span(slots_).first(used_); }
 
  private:
   int primary_row(int point) const {
@@ -144,37 +146,40 @@ class block_row {
 
   slot& slot_at(int point) {
     if (slot_of_[point] == 0) {
-      slots_.push_back({point, false, {}});
-      slots_.back().block.assign(count(point_), count(point));
-      slot_of_[point] = static_cast<int>(slots_.size());
+      if (used_ == slots_.size()) slots_.emplace_back();
+      slot& s = slots_[used_++];
+      s.point = point;
+      s.interpolatory = false;
+      s.block.assign(count(point_), count(point));
+      slot_of_[point] = static_cast<int>(used_);
     }
     return slots_[static_cast<std::size_t>(slot_of_[point] - 1)];
   }
 
   void add(int point, int r, int column, double v) { slot_at(point).block(r, column - first(point)) += v; }
 
-  dense_block take_block(int j) {
+  /// Valid up to the next call.
+  const dense_block& take_block(int j) {
     slot& s = slot_at(j);
-    const dense_block taken = s.block;
+    taken_ = s.block;
     std::fill(s.block.v.begin(), s.block.v.end(), 0.0);
-    return taken;
+    return taken_;
   }
 
   void eliminate_block_row(int j) {
-    dense_block d;
-    d.assign(count(j), count(j));
+    diagonal_.assign(count(j), count(j));
     for (int i = first(j); i < first(j) + count(j); ++i)
       for_entries(i, [&](int l, double v) {
-        if (lv_.ip[l] == j) d(l - first(j), i - first(j)) += v;  // transposed
+        if (lv_.ip[l] == j) diagonal_(l - first(j), i - first(j)) += v;  // transposed
       });
-    dense_block factor = transposed(take_block(j));  // factor^T = A_ij D_j^-1
-    if (!solve_from_left(d, factor))
+    transpose(take_block(j), factor_);  // factor^T = A_ij D_j^-1
+    if (!solve_from_left(diagonal_, factor_))
       fail(ierr_interpolation, std::string("Problems with gdec8/gsol8 in (") + routine_ + ")");
     for (int i = first(j); i < first(j) + count(j); ++i) {
       for_entries(i, [&](int l, double v) {
         const int target = lv_.ip[l];
         if (target == j || (state(target) == state_ff && target != point_)) return;
-        for (int r = 0; r < count(point_); ++r) add(target, r, l, -factor(i - first(j), r) * v);
+        for (int r = 0; r < count(point_); ++r) add(target, r, l, -factor_(i - first(j), r) * v);
       });
     }
     for_strong_points(j, [&](int l) {
@@ -184,15 +189,19 @@ class block_row {
   }
 
   void clear() {
-    for (const slot& s : slots_) slot_of_[s.point] = 0;
-    slots_.clear();
+    for (const slot& s : slots()) slot_of_[s.point] = 0;
+    used_ = 0;
   }
 
   level& lv_;
   const block_options& o_;
   const char* routine_;
   work_array<int> slot_of_;
-  std::vector<slot> slots_;
+  std::vector<slot> slots_;  // the first used_ are of this point
+  std::size_t used_ = 0;
+  std::vector<int> strong_;
+  std::vector<double> norms_;
+  dense_block diagonal_, taken_, factor_;
   int point_ = 0;
 };
 

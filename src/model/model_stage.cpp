@@ -13,14 +13,15 @@ namespace keld {
 
 void modelStage() {
   fillIntegrationTables();
+  chooseWalls();
   readPriorResults();  // in a Shell run it calls the shell model processing on its way
   releaseElementGeometry();
-  selectBoundaryNodes(Joining::byTwoNodes);
+  selectBoundaryNodes(wallModel().joining());
   renumberWedgeNodes();
   numberFreedoms();
   setUpRestraint();
   materialSetup();
-  setUpWalls();
+  prepareWalls();
 }
 
 }  // namespace keld

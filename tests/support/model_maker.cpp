@@ -132,12 +132,13 @@ void setStress(double stress1, double stress2) {
 
 void runModelStages() {
   fillIntegrationTables();
-  selectBoundaryNodes(Joining::byTwoNodes);
+  chooseWalls();
+  selectBoundaryNodes(wallModel().joining());
   renumberWedgeNodes();
   numberFreedoms();
   setUpRestraint();
   materialSetup();
-  setUpWalls();
+  prepareWalls();
 }
 
 std::vector<double> product(const std::vector<double>& vector) {

@@ -33,13 +33,14 @@ std::unique_ptr<WallModel> chosenModel() {
 
 const WallModel& wallModel() { return *model; }
 
-void setUpWalls() {
+void chooseWalls() {
   model = chosenModel();
   if (processRecord.extensionGiven) {
     vPrintMessage(2, "<br>   Wall model= %s\n", model->name());
     vPrintMessage(100, "   Wall model= %s\n", model->name());
   }
-  model->prepare();
 }
+
+void prepareWalls() { model->prepare(); }
 
 }  // namespace keld

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "model/material/oriented_material.h"
+#include "model/restraint/pieces.h"
 #include "model/walls/element_matrix.h"
 
 namespace keld {
@@ -35,6 +36,9 @@ class WallModel {
   /// As report and log name it.
   virtual const char* name() const = 0;
 
+  /// What joins two patches of triangles into one piece, which is held at three nodes.
+  virtual Joining joining() const = 0;
+
   /// Looks at the whole part, once, before the first element. A part that the model can't take ends the run.
   virtual void prepare() = 0;
 
@@ -53,10 +57,14 @@ class WallModel {
   virtual double deformedThickness(int element) const = 0;
 };
 
-/// The model in use; wedges until setUpWalls has run.
+/// The model in use; wedges until chooseWalls has run.
 const WallModel& wallModel();
 
-/// Takes the model that the job asks for and prepares it. Last step of the model stage.
-void setUpWalls();
+/// Takes the model that the job asks for, and names it where the job has KELD's own section. First step of
+/// the model stage. Facets of a closed skin end the run.
+void chooseWalls();
+
+/// Prepares the model in use. Last step of the model stage.
+void prepareWalls();
 
 }  // namespace keld

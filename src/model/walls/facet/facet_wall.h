@@ -14,6 +14,7 @@ namespace keld {
 class FacetWall final : public WallModel {
  public:
   const char* name() const override { return "facet"; }
+  Joining joining() const override { return Joining::byOneNode; }
   void prepare() override;
   void form(const WallElement& element, ElementMatrix* k, ElementLoad& f) const override;
   std::string faultOf(const WallElement& element) const override;

@@ -10,6 +10,7 @@ namespace keld {
 class WedgeWall final : public WallModel {
  public:
   const char* name() const override { return "wedge"; }
+  Joining joining() const override { return Joining::byTwoNodes; }  // one common node is a hinge
   void prepare() override {}
   void form(const WallElement& element, ElementMatrix* k, ElementLoad& f) const override;
   double midSurface(double lower, double upper) const override { return (lower + upper) * 0.5; }

@@ -32,29 +32,41 @@ std::string masked(std::string text) {
   return text;
 }
 
-class Golden : public testing::TestWithParam<const char*> {};
+/// The name of the files, the job, and what stands behind its own settings.
+struct GoldenRun {
+  const char *name, *job, *settings;
+};
+
+class Golden : public testing::TestWithParam<GoldenRun> {};
 
 /// To make new ones after a wanted change: run with KELD_WRITE_GOLDEN=1 and look at the difference.
 TEST_P(Golden, ReportAndResultsAreThoseOfTheFiles) {
-  const ScratchJob job = caseJob(GetParam());
+  const GoldenRun& golden = GetParam();
+  const ScratchJob job = caseJob(golden.job);
+  job.write(".CPU", job.read(".CPU") + golden.settings);
 
   ASSERT_EQ(job.run().status, 0);
 
   for (const char* suffix : {".WD1", ".WR1"}) {
-    const std::filesystem::path golden =
-        std::filesystem::path(RUNS_FOLDER) / (GetParam() + std::string(suffix));
+    const std::filesystem::path file =
+        std::filesystem::path(RUNS_FOLDER) / (golden.name + std::string(suffix));
     const std::string found = masked(job.read(suffix));
-    if (std::getenv("KELD_WRITE_GOLDEN") != nullptr) std::ofstream(golden, std::ios::binary) << found;
-    EXPECT_EQ(found, readText(golden)) << suffix;
+    if (std::getenv("KELD_WRITE_GOLDEN") != nullptr) std::ofstream(file, std::ios::binary) << found;
+    EXPECT_EQ(found, readText(file)) << suffix;
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, Golden, testing::Values("ribbed-everything", "cup-refused-stress"),
-                         [](const auto& name) {
-                           std::string word = name.param;
-                           std::replace(word.begin(), word.end(), '-', '_');
-                           return word;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Files, Golden,
+    testing::Values(GoldenRun{"ribbed-everything", "ribbed-everything", ""},
+                    GoldenRun{"cup-refused-stress", "cup-refused-stress", ""},
+                    GoldenRun{"ribbed-facets", "ribbed-everything",
+                              "[Keld_Extension]\n\n\n  Wall model string= 31001  flag= 1  value= 2\n"}),
+    [](const auto& run) {
+      std::string word = run.param.name;
+      std::replace(word.begin(), word.end(), '-', '_');
+      return word;
+    });
 
 struct Surroundings {
   const char* name;

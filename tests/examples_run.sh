@@ -21,11 +21,14 @@ compare() {
   done <<<"$lines"
 }
 
-for job in plate ribbed; do
-  cp "examples/$job/$job".* "$folder"
-  "$folder/a prefix/bin/keld" "$folder/$job" 1@ "$folder/a prefix/share/keld/" 2@ </dev/null >/dev/null
-  [ -s "$folder/$job.WR1" ]
-  compare "$folder/$job.WD1" "examples/$job/README.md"
+for part in plate ribbed; do
+  for job in "$part" "$part-wedge"; do
+    for file in "examples/$part/$part".*; do cp "$file" "$folder/$job.${file##*.}"; done
+    cp "examples/$part/$job.CPU" "$folder/$job.CPU"
+    "$folder/a prefix/bin/keld" "$folder/$job" 1@ "$folder/a prefix/share/keld/" 2@ </dev/null >/dev/null
+    [ -s "$folder/$job.WR1" ]
+    compare "$folder/$job.WD1" "examples/$part/README.md"
+  done
 done
 compare "$folder/ribbed.WD1" README.md
 exit "$wrong"

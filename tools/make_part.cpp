@@ -20,6 +20,8 @@ constexpr const char* usage =
     "  --polymer pp|pa66-gf30        generic polymer                             (pp for plate, else "
     "pa66-gf30)\n"
     "  --solver N                    2 direct, other values multigrid            (2)\n"
+    "  --walls wedge|facet           wall model                                  (wedge, as the program's "
+    "own)\n"
     "  --shuffle SEED                mixes element order and node numbers        (0: not)\n";
 
 template <typename Number>
@@ -74,6 +76,8 @@ void run(std::span<char*> words) {
       job.polymer = need(polymerNamed(value), "polymer", value);
     else if (option == "--solver")
       job.solverChoice = numberIn<int>(value, "--solver");
+    else if (option == "--walls")
+      job.wallModel = need(wallModelNamed(value), "wall model", value);
     else if (option == "--shuffle")
       job.shuffle = numberIn<unsigned>(value, "--shuffle");
     else

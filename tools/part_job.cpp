@@ -246,6 +246,10 @@ void writeSettings(const std::string& path, const JobOptions& job) {
                              "Not used",        "Cycle limit"};
   for (std::size_t k = 0; k < values.size(); ++k)
     valueLine(file, words[k], k + 1 < values.size() ? 22001 + static_cast<int>(k) : 30500, values[k]);
+  if (job.wallModel != 0) {
+    file << "\n[Keld_Extension]\nKELD's own choices, one value a line.\nLines at the end may be missing.\n";
+    valueLine(file, "Wall model, 1 wedge, 2 facet", 31001, job.wallModel);
+  }
   file << "[EOF]\n";
   file.close();
 }
@@ -293,6 +297,12 @@ void writeJob(const std::string& base, const Mesh& mesh, const JobOptions& job) 
 std::optional<Polymer> polymerNamed(std::string_view name) {
   if (name == "pp") return Polymer::pp;
   if (name == "pa66-gf30") return Polymer::pa66_gf30;
+  return std::nullopt;
+}
+
+std::optional<int> wallModelNamed(std::string_view name) {
+  if (name == "wedge") return 1;
+  if (name == "facet") return 2;
   return std::nullopt;
 }
 

@@ -59,6 +59,7 @@ struct JobOptions {
   double ambient = 25.0;                    // C
   int solverChoice = 2;                     // 2 direct, other values multigrid
   int cycleLimit = 3000;
+  int wallModel = 0;     // 1 wedge, 2 facet; 0: the settings have no section of KELD's own
   unsigned shuffle = 0;  // seed that mixes the order of the elements and the numbers of the nodes; 0: as made
 };
 
@@ -70,5 +71,6 @@ void writeJob(const std::string& base, const Mesh& mesh, const JobOptions& optio
 std::optional<Shape> shapeNamed(std::string_view name);
 std::optional<Polymer> polymerNamed(std::string_view name);
 std::optional<Fields> fieldsNamed(std::string_view name);
+std::optional<int> wallModelNamed(std::string_view name);
 
 }  // namespace part_maker

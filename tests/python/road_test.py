@@ -59,10 +59,11 @@ def keld(base):
     [
         ("", [-7e-5 * 65] * 2),
         ('[solver]\nmethod = "multigrid"', [-7e-5 * 65] * 2),
+        ('[solver]\nwall_model = "wedge"', [-7e-5 * 65] * 2),
         # frozen-in tension s along x adds the elastic strain (-s, nu s) / E
         ("[fields]\nstress1_MPa = 4\nstress2_MPa = 0", [-7e-5 * 65 - 4 / 2000, -7e-5 * 65 + 0.38 * 4 / 2000]),
     ],
-    ids=["shrinkage", "multigrid", "stress"],
+    ids=["shrinkage", "multigrid", "wedges", "stress"],
 )
 def test_a_flat_plate_shrinks_by_the_formula(tmp_path, more, strain):
     points = plate()[0]

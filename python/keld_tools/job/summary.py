@@ -13,6 +13,7 @@ from .job_files import JobFiles
 
 BEST = 2.5  # mean edge over thickness at which a wedge bends nearest to the truth
 FINE, COARSE = 1.3, 4.0  # beyond these its curvature is some 30 % off
+LONGEST = 7.0  # edges over thickness up to which facets were measured against bricks
 
 
 def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
@@ -24,7 +25,8 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
     lines = [
         f"{part.base}: {len(mesh.triangles)} triangles, {len(mesh.runners)} runners, {len(mesh.points)} nodes",
         f"size: {size[0]:.4g} x {size[1]:.4g} x {size[2]:.4g} mm, wall {thickness} mm",
-        f"mean edge over wall thickness: {ratio:.3g}; {words_on(ratio)}",
+        f"mean edge over wall thickness: {ratio:.3g}; {words_on(part.wall_model, ratio)}",
+        f"walls: {part.wall_model}",
     ]
     melt = part.conditions.melt if part.conditions.second_melt is None else part.conditions.second_melt
     fraction = free_shrinkage.volume_fraction(part.second or part.polymer, part.filler, melt)
@@ -45,8 +47,12 @@ def edge_over_wall(mesh: JobMesh, thickness: np.ndarray) -> float:
     return float(np.average(edge / thickness, weights=area if area.any() else None))
 
 
-def words_on(ratio: float) -> str:
-    """What a wedge, one linear layer through the wall, needs: docs/model.md has its table of curvatures."""
+def words_on(wall_model: str, ratio: float) -> str:
+    """What a wedge, one linear layer through the wall, or a facet needs: docs/model.md has their tables."""
+    if wall_model == "facet":
+        if ratio > LONGEST:
+            return f"longer than the {LONGEST:g} walls up to which facets were measured: a finer mesh is safer"
+        return f"facets suit edges of up to {LONGEST:g} walls"
     if ratio > COARSE:
         return f"warpage from a temperature difference comes out too small, edges of about {BEST:g} walls suit best"
     if ratio < FINE:

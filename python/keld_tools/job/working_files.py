@@ -120,8 +120,9 @@ def process(part: Part, ejection: float) -> str:
     )
 
 
-def settings(direct: bool, cycle_limit: int) -> str:
-    """.CPU: ten values, of which keld takes the solver, the boundary nodes (0: its own choice) and the cycle limit."""
+def settings(direct: bool, cycle_limit: int, wall_model: str) -> str:
+    """.CPU: ten values, of which keld takes the solver, the boundary nodes (0: its own choice) and the cycle limit;
+    then keld's own section with the wall model, "wedge" or "facet"."""
     labels = [
         "Not used",
         "Solver (2 direct, other values multigrid)",
@@ -143,6 +144,10 @@ def settings(direct: bool, cycle_limit: int) -> str:
             "\n",
             *lines,
             value_line("Cycle limit", 30500, cycle_limit),
+            "\n[Keld_Extension]\n",
+            "\n",
+            "\n",
+            value_line("Wall model (1 wedge, 2 facet)", 31001, {"wedge": 1, "facet": 2}[wall_model]),
             "[EOF]\n",
         ]
     )

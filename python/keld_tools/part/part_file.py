@@ -66,6 +66,7 @@ class Part:
     boundary_nodes: list = field(default_factory=list)  # numbers, or points in mm
     direct_solver: bool = True
     cycle_limit: int = 3000
+    wall_model: str = "facet"  # or "wedge"
     drawing: Drawing = field(default_factory=Drawing)  # measures to take of the moulded part
     places: dict[str, str] = field(default_factory=dict)  # section -> "file:line: [section]"
 
@@ -337,4 +338,7 @@ def read_solver(section: Section, part: Part) -> None:
     if not 1 <= limit <= 9999:
         section.fault("cycle_limit", f"{limit} is out of range: it must be 1 to 9999")
     part.cycle_limit = limit
+    part.wall_model = section.take("wall_model", str, "a text", part.wall_model)
+    if part.wall_model not in ("facet", "wedge"):
+        section.fault("wall_model", f'expected "facet" or "wedge", found {part.wall_model!r}')
     section.finish()

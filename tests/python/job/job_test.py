@@ -54,6 +54,7 @@ fixed_nodes = [4, 1, 2]
 [solver]
 method = "multigrid"
 cycle_limit = 77
+wall_model = "wedge"
 """
     (tmp_path / "rows.csv").write_text("element,stress2_MPa,orientation\n2,-7,0.6\n1,8,0.9\n")
 
@@ -78,7 +79,7 @@ cycle_limit = 77
     np.testing.assert_allclose(axes[:, 2], surface.unit_normals(part.points, part.triangles), atol=1e-8)
     prc, cpu = values_of(tmp_path / "j.PRC"), values_of(tmp_path / "j.CPU")
     assert [prc[n] for n in (20002, 20011, 20012, 20013, 20014, 21001)] == [300, 1, 2, 20, 0, 23]
-    assert (cpu[22002], cpu[30500], len(prc), len(cpu)) == (1, 77, 16, 10)
+    assert (cpu[22002], cpu[30500], cpu[31001], len(prc), len(cpu)) == (1, 77, 1, 16, 11)
     assert (tmp_path / "j.BC1").read_text().split()[1:4] == ["4", "1", "2"]
     mal = {k.strip(): v.split() for k, _, v in (line.partition(" = ") for line in (tmp_path / "j.MAL").open())}
     assert mal["Modulus"] == ["2", "9e+10", "4e+10", "end"] and mal["Expansion"][1:3] == ["2e-05", "6e-05"]
@@ -215,6 +216,7 @@ FAULTS = {
         "[boundary]\nfixed_at_mm = [[0,0,0],[40,0,0],[0,0,90]]\n[polymer]",
         ["from the nearest node"],
     ),
+    "wall model": ("[polymer]", '[solver]\nwall_model = "solid"\n[polymer]', ['expected "facet" or "wedge"']),
     "cycles": ("[polymer]", "[solver]\ncycle_limit = 0\n[polymer]", ["[solver] cycle_limit: 0"]),
     "section no table": ("[mesh]", "solver = 3\n[mesh]", ["[solver]: expected a table"]),
     "second polymer": ("[conditions]", '[second_polymer]\nname = "PC"\n[conditions]', ["second_melt_temperature"]),
@@ -325,17 +327,28 @@ def test_a_plain_plate_has_no_warning(tmp_path, job, mark):
     assert job(mark + PART) == (0, "")
 
 
-@pytest.mark.parametrize("wall, words", [(2, "too small"), (4, "suit best, where"), (10, "too large")])
-def test_the_summary_tells_size_wall_and_edge_over_wall(tmp_path, capsys, wall, words):
+@pytest.mark.parametrize(
+    "model, wall, words",
+    [
+        ("wedge", 2, "too small"),
+        ("wedge", 4, "suit best, where"),
+        ("wedge", 10, "too large"),
+        ("facet", 2, "facets suit"),
+        ("facet", 1, "a finer mesh is safer"),
+    ],
+)
+def test_the_summary_tells_size_wall_and_edge_over_wall(tmp_path, capsys, model, wall, words):
     """Triangles of sides 10, 10 and 14.14 mm."""
     write_plate(tmp_path / "plate.msh")
-    (tmp_path / "part.toml").write_text(PART.replace("_mm = 2", f"_mm = {wall}"))
+    solver = "" if model == "facet" else f'\n[solver]\nwall_model = "{model}"\n'  # the facet is the default
+    (tmp_path / "part.toml").write_text(PART.replace("_mm = 2", f"_mm = {wall}") + solver)
 
     assert job_cli.main([str(tmp_path / "part.toml")]) == 0
 
     said = capsys.readouterr().out
     assert f"size: 40 x 30 x 0 mm, wall {wall} mm\n" in said and "24 triangles" in said
     assert f"mean edge over wall thickness: {(20 + 200**0.5) / 3 / wall:.3g}; " in said and words in said
+    assert f"\nwalls: {model}\n" in said
 
 
 def test_determinant_is_twice_the_area_times_half_the_wall():

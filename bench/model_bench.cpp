@@ -12,10 +12,11 @@
 
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
+#include "input/process_record.h"
 #include "model/model_tables.h"
 #include "model/system/assembly.h"
 #include "model/system/pattern.h"
-#include "model/walls/wedge/wedge_element.h"
+#include "model/walls/wall_model.h"
 #include "run/base/working_files.h"
 #include "support/model_maker.h"
 
@@ -32,11 +33,12 @@ TestMesh plateOf(long triangles, bool shuffled = false) {
   return mesh;
 }
 
-void load(const TestMesh& mesh) {
+void load(const TestMesh& mesh, int wallModel = wedge_walls) {
   workingFiles =
       composeWorkingFiles((std::filesystem::temp_directory_path() / "keld_model_bench").string(), "");
   testing_support::loadModel(mesh);
   testing_support::setStress(2e7, -1e7);
+  processRecord.wallModel = wallModel;
 }
 
 void useThreads([[maybe_unused]] long threads) {
@@ -45,9 +47,9 @@ void useThreads([[maybe_unused]] long threads) {
 #endif
 }
 
-void prepare(const benchmark::State& state, bool shuffled = false) {
+void prepare(const benchmark::State& state, int wallModel = wedge_walls, bool shuffled = false) {
   useThreads(state.range(1));
-  load(plateOf(state.range(0), shuffled));
+  load(plateOf(state.range(0), shuffled), wallModel);
   testing_support::runModelStages();
 }
 
@@ -58,36 +60,29 @@ void countElements(benchmark::State& state) {
       elements, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+/// Material, stiffness and load of one element, without its place in the system.
 void formOneElement(benchmark::State& state) {
-  load(plateOf(1000));
+  load(plateOf(1000), static_cast<int>(state.range(0)));
   testing_support::runModelStages();
-  const auto axes = testing_support::skewRotation();
-  ElementLoading loading;
-  loading.stress = stressTensor(2e7, -1e7, axes[0], axes[1]);
-  loading.unitThermal = loading.stress;
-  loading.nodeTemperature = {400, 410, 420, 390, 380, 370};
-  loading.ambientTemperature = 300.0;
-  loading.thermal = true;
+  WallElement element = wallElement(1, true);
+  element.axes = testing_support::skewRotation();
   ElementMatrix k;
   ElementLoad f;
-  const std::array<Vector3, 3> corner = {{{0.1, 0.2, 0.3}, {1.4, 0.5, -0.2}, {0.6, 1.7, 0.9}}};
   while (state.KeepRunning()) {
-    const Matrix6 d = rotatedStiffness(orientationAverage(materialConstants[1].stiffness, 0.7), axes);
-    const WedgeGeometry geometry = wedgeGeometry(corner, 0.2, 1.0);
-    formStiffness(geometry, d, k);
-    formLoad(geometry, loading, f);
+    benchmark::DoNotOptimize(element);
+    wallModel().form(element, &k, f);
     benchmark::DoNotOptimize(k);
     benchmark::DoNotOptimize(f);
   }
 }
-BENCHMARK(formOneElement);
+BENCHMARK(formOneElement)->ArgName("walls")->Arg(wedge_walls)->Arg(facet_walls);
 
-void modelStages(benchmark::State& state) {
+void modelStages(benchmark::State& state, int wallModel) {
   useThreads(state.range(1));
   const TestMesh mesh = plateOf(state.range(0));
   while (state.KeepRunning()) {
     state.PauseTiming();
-    load(mesh);
+    load(mesh, wallModel);
     state.ResumeTiming();
     testing_support::runModelStages();
   }
@@ -107,22 +102,15 @@ void layOut(benchmark::State& state) {
   countElements(state);
 }
 
-void assembleMatrix(benchmark::State& state) {
-  prepare(state);
+void assembleMatrix(benchmark::State& state, int wallModel, bool shuffled) {
+  prepare(state, wallModel, shuffled);
   patternSearch();
   while (state.KeepRunning()) assemblePass(2, 2);
   countElements(state);
 }
 
-void assembleMatrixOfShuffledElements(benchmark::State& state) {
-  prepare(state, true);
-  patternSearch();
-  while (state.KeepRunning()) assemblePass(2, 2);
-  countElements(state);
-}
-
-void assembleLoadAlone(benchmark::State& state) {
-  prepare(state);
+void assembleLoadAlone(benchmark::State& state, int wallModel) {
+  prepare(state, wallModel);
   patternSearch();
   assemblePass(1, 2);
   while (state.KeepRunning()) assembleLoad(2, 2);
@@ -135,12 +123,16 @@ void sizes(benchmark::internal::Benchmark* bench) {
     for (long threads : {1, 2}) bench->Args({triangles, threads});
   }
 }
-BENCHMARK(modelStages)->Apply(sizes);
+BENCHMARK_CAPTURE(modelStages, wedges, wedge_walls)->Apply(sizes);
+BENCHMARK_CAPTURE(modelStages, facets, facet_walls)->Apply(sizes);
 BENCHMARK(searchPattern)->Apply(sizes);
 BENCHMARK(layOut)->Apply(sizes);
-BENCHMARK(assembleMatrix)->Apply(sizes);
-BENCHMARK(assembleMatrixOfShuffledElements)->Apply(sizes);
-BENCHMARK(assembleLoadAlone)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleMatrix, wedges, wedge_walls, false)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleMatrix, facets, facet_walls, false)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleMatrix, wedges_in_random_order, wedge_walls, true)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleMatrix, facets_in_random_order, facet_walls, true)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleLoadAlone, wedges, wedge_walls)->Apply(sizes);
+BENCHMARK_CAPTURE(assembleLoadAlone, facets, facet_walls)->Apply(sizes);
 
 }  // namespace
 }  // namespace keld

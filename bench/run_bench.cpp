@@ -18,6 +18,7 @@
 
 #include "input/input_stage.h"
 #include "input/mesh_tables.h"
+#include "input/process_record.h"
 #include "model/model_stage.h"
 #include "model/model_tables.h"
 #include "model/solve_stages.h"
@@ -194,18 +195,20 @@ bool inOwnProcess(Measured& measured, const Action& action) {
   return whole;
 }
 
-bool printRow(int triangles, const std::string& install) {
+bool printRow(int triangles, int wallModel, const std::string& install) {
   const std::string base = (std::filesystem::temp_directory_path() / "keld_run_bench").string();
   part_maker::PartOptions part{.shape = part_maker::Shape::ribbed, .triangles = triangles};
-  part_maker::JobOptions job{.fields = part_maker::Fields::flow, .polymer = part_maker::Polymer::pa66_gf30};
+  part_maker::JobOptions job{
+      .fields = part_maker::Fields::flow, .polymer = part_maker::Polymer::pa66_gf30, .wallModel = wallModel};
   part_maker::writeJob(base, part_maker::makeMesh(part), job);
   Measured m;
   if (!inOwnProcess(m, [&](Measured& out) { measureRun(base, install, out); })) return false;
   if (!inOwnProcess(m, [&](Measured& out) { measureLibrary(base, install, out); })) return false;
-  std::printf("| %ld | %ld | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f |\n",
-              m.triangles, m.unknowns, m.input, m.model, m.pattern, m.assembly, m.solver, m.secondPass,
-              m.results, m.sum(), m.mumpsAlone, m.sum() / m.mumpsAlone,
-              m.bytesBeside / 1e3 / static_cast<double>(m.triangles));
+  std::printf(
+      "| %s | %ld | %ld | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f | %.2f |\n",
+      wallModel == facet_walls ? "facet" : "wedge", m.triangles, m.unknowns, m.input, m.model, m.pattern,
+      m.assembly, m.solver, m.secondPass, m.results, m.sum(), m.mumpsAlone, m.sum() / m.mumpsAlone,
+      m.bytesBeside / 1e3 / static_cast<double>(m.triangles));
   std::fflush(stdout);
   return true;
 }
@@ -221,11 +224,13 @@ int main(int argc, char** argv) {
   for (int i = 2; i < argc; ++i) sizes.push_back(std::atoi(argv[i]));
   if (sizes.empty()) sizes = {10000, 40000, 160000, 640000};
   std::puts(
-      "| triangles | unknowns | input | model | pattern | assembly | factor, pass 1 | pass 2 | results | "
+      "| walls | triangles | unknowns | input | model | pattern | assembly | factor, pass 1 | pass 2 | "
+      "results | "
       "whole | "
-      "MUMPS alone | ratio | kB/triangle |\n|---|---|---|---|---|---|---|---|---|---|---|---|---|");
+      "MUMPS alone | ratio | kB/triangle |\n|---|---|---|---|---|---|---|---|---|---|---|---|---|---|");
   for (int triangles : sizes) {
-    if (!printRow(triangles, argv[1])) {
+    for (int wallModel : {wedge_walls, facet_walls}) {
+      if (printRow(triangles, wallModel, argv[1])) continue;
       std::fprintf(stderr, "run_bench: the run of %d triangles has failed\n", triangles);
       return 1;
     }

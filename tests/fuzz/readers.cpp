@@ -1,6 +1,7 @@
 // The readers behind their names, with what must hold in the tables after a good read.
 #include "fuzz/readers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <stdexcept>
@@ -60,7 +61,20 @@ void boundary(std::string text) {
   readFixedNodes(file);
 }
 
+/// With one kind the second is a copy of the first, but for property11.
+void polymerOfOneKind(const std::string& text) {
+  processRecord.secondKind = 0;
+  TextReader file = textOf(text);
+  const ReportSection section;
+  readPolymerKinds(file);
+  require(polymerRecord[2].modulus.value == polymerRecord[1].modulus.value &&
+              polymerRecord[2].pvt.count == polymerRecord[1].pvt.count &&
+              polymerRecord[2].property11.count == 0,
+          "the second kind is a copy of the first");
+}
+
 void polymer(std::string text) {
+  polymerOfOneKind(text);
   processRecord.secondKind = 1;
   TextReader file = textOf(std::move(text));
   const ReportSection section;
@@ -142,9 +156,22 @@ void units(std::string text) {
     require(table.find(number).size() <= 50, "units of 50 characters");
 }
 
+/// Label tables of any bytes, the string table in front of the first zero byte, serve the echo of values.
+void labels(std::string text) {
+  const std::size_t end = std::min(text.find('\0'), text.size());
+  const std::string unitText = text.substr(std::min(end + 1, text.size()));
+  setLabelTables(
+      {StringTable::parse(utf16(text.substr(0, end)), "strings"), UnitTable::parse(unitText, "units")});
+  for (const int number : {20001, 22001, 60001, 20002, 50001, 31001}) {
+    TextReader file = textOf("item= " + std::to_string(number) + " flag= 1 value= 2.5\n");
+    const ReportSection section;
+    vReadValueLine(file, ValueUse::echoed);
+  }
+}
+
 }  // namespace
 
-const std::array<Reader, 10> readers{{{"process", process},
+const std::array<Reader, 11> readers{{{"process", process},
                                       {"settings", settings},
                                       {"boundary", boundary},
                                       {"polymer", polymer},
@@ -153,7 +180,8 @@ const std::array<Reader, 10> readers{{{"process", process},
                                       {"part", part},
                                       {"cool", cool},
                                       {"strings", strings},
-                                      {"units", units}}};
+                                      {"units", units},
+                                      {"labels", labels}}};
 
 const Reader& readerNamed(const std::string& name) {
   for (const Reader& reader : readers)

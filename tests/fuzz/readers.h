@@ -13,7 +13,7 @@ struct Reader {
   void (*read)(std::string text);
 };
 
-extern const std::array<Reader, 10> readers;
+extern const std::array<Reader, 11> readers;
 
 const Reader& readerNamed(const std::string& name);
 

@@ -3,13 +3,10 @@
 // or a full clean-up, and gives finite numbers when it reports success.
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <limits>
-#include <random>
-#include <span>
 #include <vector>
 
+#include "fuzz/choices.h"
 #include "tier/api/tier.h"
 #include "tier/store/parameter_list.h"
 #include "tier/store/parameters.h"
@@ -17,34 +14,8 @@
 
 namespace {
 
-void require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "TIER broke its promise: %s\n", what);
-  std::abort();
-}
-
-/// Bytes as choices; numbers made from them when they are used up, so that short inputs reach far.
-class choices {
- public:
-  choices(const std::uint8_t* data, std::size_t size) : bytes_(data, size) {
-    std::seed_seq seed(data, data + size);
-    further_.seed(seed);
-  }
-  int below(int limit) {
-    const auto number = next_ < bytes_.size() ? bytes_[next_++] : further_();
-    return static_cast<int>(number % static_cast<unsigned>(limit));
-  }
-  template <class T>
-  T of(std::initializer_list<T> values) {
-    return values.begin()[below(static_cast<int>(values.size()))];
-  }
-  bool seldom() { return below(16) == 1; }
-
- private:
-  std::span<const std::uint8_t> bytes_;
-  std::size_t next_ = 0;
-  std::minstd_rand further_;
-};
+using fuzz::choices;
+using fuzz::require;
 
 struct problem {
   int n = 1, nsys = 1;

@@ -8,11 +8,6 @@ namespace keld {
 /// D5015 of degenerate triangles. Needs both displacement vectors.
 void sinkMark();
 
-/// The same of a Shell run, from the change of specific volume between 298 K and the temperature of the
-/// element: v^(1/3) (v - v0) / v / 3 with means of temperature and kind fraction weighted by volume. A node
-/// of no element gets 0.
-void shellSinkMark();
-
 /// Volume that a wall of thickness h (cm) and triangle area A (cm2) loses where its deformed thickness is L:
 /// A h (L - h) / 3 per corner, cm4; 0 for a wall that has thickened.
 double sinkVolume(double thickness, double deformedThickness, double area);

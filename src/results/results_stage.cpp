@@ -3,6 +3,7 @@
 
 #include "input/mesh_tables.h"
 #include "model/sink_mark.h"
+#include "model/skin/shell_sink_mark.h"
 #include "results/result_rows.h"
 #include "results/results_file.h"
 #include "results/summary.h"

@@ -1,4 +1,6 @@
-// The sink mark of a Shell run. First act of the results stage there.
+// The sink mark of a Shell run; see the header.
+#include "model/skin/shell_sink_mark.h"
+
 #include <cmath>
 #include <numbers>
 
@@ -7,7 +9,6 @@
 #include "input/process_record.h"
 #include "model/material/material.h"
 #include "model/model_tables.h"
-#include "model/sink_mark.h"
 
 namespace keld {
 

@@ -1,0 +1,20 @@
+# An include that looks up, a folder without a row and a missing table are found:
+#   cmake -D SOURCE=<project> -D WORK=<folder> -P include_arrows_bite.cmake
+function(expect path text words)
+  file(REMOVE_RECURSE ${WORK}/src)
+  file(WRITE ${WORK}/${path} "${text}\n")
+  execute_process(COMMAND ${SOURCE}/tools/check_includes ${WORK} OUTPUT_VARIABLE said RESULT_VARIABLE status)
+  if(NOT status EQUAL 1 OR NOT said MATCHES "${words}")
+    message(FATAL_ERROR "${path}: status ${status}, ${said}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+file(WRITE ${WORK}/CONTRIBUTING.md "")
+expect(src/input/a.h "" "no table of folders")
+file(COPY ${SOURCE}/CONTRIBUTING.md DESTINATION ${WORK})
+expect(src/input/a.h "#include \"model/model_tables.h\"" "src/input may not include")
+expect(src/model/system/a.cpp "  # include \"results/summary.h\"" "src/model/system may not include")
+expect(src/model/solvers/a.cpp "#include \"tier/solve/cyc.h\"" "src/model/solvers may not include")
+expect(src/tier/store/a.h "#include \"tier/solve/cyc.h\"" "src/tier/store may not include")
+expect(src/tier/elsewhere/a.h "" "src/tier/elsewhere has no row")

@@ -4,7 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
+#include <vector>
 
 #include "support/input_test.h"
 
@@ -47,6 +49,19 @@ TEST(Program, RemovesStaleFilesAndTellsTheThreadLimit) {
   EXPECT_FALSE(job.has(".WR2") || job.has(".WR9") || job.has(".TM1"));
   EXPECT_THAT(job.read(".WD1"),
               HasSubstr("<br> # Number of processor available of running process=   1\n\n"));
+}
+
+TEST(Program, TellsItsProcessorTimeInSeconds) {
+  const ScratchJob job = smallJob();
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(job.run("OMP_NUM_THREADS=1").status, 0);
+  const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  const std::string report = job.read(".WD1"), words = "** CPU Time     **  : ";
+  const std::size_t place = report.find(words);
+  ASSERT_NE(place, std::string::npos);
+  const double told = std::stod(report.substr(place + words.size()));
+  EXPECT_GT(told, 0.0);
+  EXPECT_LT(told, 1.5 * wall + 0.1);  // BLAS may have a thread of its own
 }
 
 TEST(Program, AFailedRunWaitsForTheEndOfInputAndKeepsTheOldResults) {

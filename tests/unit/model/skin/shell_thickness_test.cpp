@@ -65,8 +65,12 @@ TEST(ShellThickness, LevelsDentsAndSpikesAndLimitsTheRest) {
   elementTable.thickness[3] = 0.05;
   elementTable.thickness[60] = 0.9;
   elementTable.thickness[90] = 0.10001;  // not below half of its neighbours
+  const std::size_t last = elementTable.thickness.size() - 1;
+  elementTable.thickness[last] = 0.05;
 
   removeThicknessSpikes(neighbours);
+
+  EXPECT_DOUBLE_EQ(elementTable.thickness[last], 0.2);
 
   EXPECT_DOUBLE_EQ(elementTable.thickness[3], 0.2);
   EXPECT_DOUBLE_EQ(elementTable.thickness[60], 0.2);

@@ -225,6 +225,20 @@ TEST(Stopping, RoundingIsNoBreakdown) {
   run.c.eps = 1e-17;
   EXPECT_EQ(run.solve(), tier::warn_gmres_quasi_residual);
   EXPECT_LE(run.relative_residual(), 1e-15);
+  EXPECT_LE(run.results.ncyc_done, 4);  // a column of rounding alone ends the inner loop
+}
+
+// The diagonal is the inverse: the first half of the first step solves, and counts as a step.
+TEST(Stopping, HalfAStepOfBicgstabCounts) {
+  sparse_system diagonal;
+  for (int i = 1; i <= 10; ++i) diagonal.add_row(i, {});
+  test_run run(diagonal);
+  run.c.igam = 5;
+  run.c.ncgrad = bicgstab;
+  EXPECT_EQ(run.solve(), 0);
+  EXPECT_EQ(run.results.ncyc_done, 1);
+  EXPECT_EQ(run.steps.size(), 2u);
+  EXPECT_LE(run.relative_residual(), 1e-15);
 }
 
 TEST(Stopping, LeastCyclesAndLimits) {

@@ -21,3 +21,15 @@ def job(tmp_path, capsys):
         return status, capsys.readouterr().err
 
     return call
+
+
+@pytest.fixture
+def keld():
+    """Run keld on a base name; KELD_PROGRAM names the program."""
+    import subprocess
+
+    def call(base):
+        words = [os.environ["KELD_PROGRAM"], base, "1@", f"{Path(__file__).resolve().parents[2]}/install/", "2@"]
+        subprocess.run(words, check=True, stdin=subprocess.DEVNULL, capture_output=True, timeout=120)
+
+    return call

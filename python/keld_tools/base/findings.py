@@ -21,7 +21,7 @@ class Findings:
     def __init__(self):
         self.faults: list[str] = []
         self.warnings: list[str] = []
-        self.out_of_tolerance = False  # a measure of the part is; scripts see it as the exit status
+        self.status = 0  # of a run without a fault: 1 where some of its work failed, 2 for a part out of tolerance
 
     def fault(self, place: str, text: str) -> None:
         self.faults.append(f"{place}: {text}")

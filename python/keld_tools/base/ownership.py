@@ -14,7 +14,10 @@ MADE_BY_JOB = "made by keld-job"
 MADE_BY_VIEW = "made by keld-view"
 MADE_BY_STUDY = "made by keld-study"
 MEASURES_HEAD = "measure,kind,unit,nominal,moulded,deviation"  # a table for other programs has no place for words
-MARKS = tuple(mark.encode() for mark in (MADE_BY_JOB, MADE_BY_VIEW, MADE_BY_STUDY, MEASURES_HEAD))
+STUDY_HEAD, CAUSES_HEAD = "keld-study run", "keld-view causes of"
+MARKS = tuple(
+    mark.encode() for mark in (MADE_BY_JOB, MADE_BY_VIEW, MADE_BY_STUDY, MEASURES_HEAD, STUDY_HEAD, CAUSES_HEAD)
+)
 RESULT_MARK = b"** KELD/Surface Keldage Results File **"  # of a .WR1, which keld itself writes
 HEAD = 4096  # bytes at either end of a file in which the mark stands
 

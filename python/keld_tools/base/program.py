@@ -15,7 +15,7 @@ from .progress import Progress
 def run_program(name: str, options, run, subject: str, on_fault: str) -> int:
     """Call run(options, findings, progress), show what it found, print the summary that it returns.
 
-    Exit status 0 without a fault, 1 with one, 2 for a part out of tolerance, 130 when interrupted; a bad file never ends in a traceback.
+    Exit status 1 with a fault, without one what the findings say (2: a part out of tolerance), 130 when interrupted; a bad file never ends in a traceback.
     """
     if hasattr(sys.stdout, "reconfigure"):
         sys.stdout.reconfigure(errors="backslashreplace")  # a file's name needn't be text
@@ -38,7 +38,7 @@ def run_program(name: str, options, run, subject: str, on_fault: str) -> int:
         print(f"{name}: {count} fault{'s' * (count > 1)}; {on_fault}", file=sys.stderr)
         return 1
     print(summary)
-    return 2 if findings.out_of_tolerance else 0
+    return findings.status
 
 
 def next_commands(base: Path) -> str:

@@ -41,6 +41,11 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     add("--datum", metavar='"X,Y,Z X,Y,Z X,Y,Z"', help="three points of --align points, mm")
     add("--remove-shrinkage", action="store_true", help="fit a scale too: what remains is the warpage")
     add("--report", action="store_true", help="also write BASE.html: the part in 3D, measures, job, views")
+    add("--causes", action="store_true", help="run the job without each cause of warpage, tell what each contributes")
+    add("--keld", metavar="PROGRAM", help="the keld to run with --causes; also KELD_PROGRAM")
+    add("--animate", action="store_true", help="also write BASE.gif, which moves")
+    add("--export", metavar="FILE", help="write the moulded shape: .stl, or the mesh of the job with moved nodes")
+    add("--compare", metavar="BASE2", help="also draw the difference of another run on the same mesh")
     add("--version", action="version", version=f"keld-view {__version__}")
     words = list(sys.argv[1:] if argv is None else argv)
     for name in ("--view", "--datum"):  # argparse takes -60,30 for an option unless the two are one word

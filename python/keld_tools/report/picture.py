@@ -55,6 +55,7 @@ class Scene:
     gates: list[int] = field(default_factory=list)
     edges: np.ndarray | None = None  # (F, 2) feature edges, where the caller has them already
     value_range: tuple[float, float] | None = None  # of the colours, for pictures to compare; None: that of the values
+    reach: float | None = None  # exaggeration that the picture's frame leaves room for; None: its own
 
 
 def automatic_scale(points: np.ndarray, displacement: np.ndarray) -> float:
@@ -119,9 +120,29 @@ def canvas_for(flat_mm: np.ndarray, width: int, height: int) -> Canvas:
 
 def draw(path: Path, scene: Scene) -> None:
     """Write the picture."""
-    figure = compose(scene)
-    atomic.write_file(path, lambda target: figure.savefig(target, format="png", facecolor="white", metadata=MARK))
+    save(path, compose(scene), MARK)
+
+
+def save(path: Path, figure, mark: dict[str, str]) -> None:
+    """Write a figure as PNG with the mark of its program, and close it."""
+    atomic.write_file(path, lambda target: figure.savefig(target, format="png", facecolor="white", metadata=mark))
     pyplot.close(figure)
+
+
+def pixels_of(figure) -> np.ndarray:
+    """(H, W, 3) of a figure, 0 to 255."""
+    figure.canvas.draw()
+    return np.asarray(figure.canvas.buffer_rgba())[:, :, :3].copy()
+
+
+def tile(path: Path, figures: list, columns: int, mark: dict[str, str]) -> None:
+    """Figures of one size in rows as one PNG; closes them."""
+    pictures = [pixels_of(figure) for figure in figures]
+    for figure in figures:
+        pyplot.close(figure)
+    pictures += [np.full_like(pictures[0], 255)] * (-len(pictures) % columns)
+    rows = [np.concatenate(pictures[i : i + columns], axis=1) for i in range(0, len(pictures), columns)]
+    pyplot.imsave(path, np.concatenate(rows), format="png", metadata=mark)
 
 
 def compose(scene: Scene, dots_per_inch: int = DOTS_PER_INCH):
@@ -129,8 +150,9 @@ def compose(scene: Scene, dots_per_inch: int = DOTS_PER_INCH):
     axes3 = frame(scene.view)
     before, after = (p @ axes3.T for p in (scene.points, scene.points + scene.scale * scene.displacement))
     used = np.unique(scene.triangles)
+    reach = after if scene.reach is None else (scene.points + scene.reach * scene.displacement) @ axes3.T
     size = [round(a * inches * dots_per_inch) for a, inches in zip(AXES[2:], FIGURE_INCHES)]
-    canvas = canvas_for(np.concatenate([before[used], after[used]])[:, :2], *size)
+    canvas = canvas_for(np.concatenate([before[used], reach[used]])[:, :2], *size)
     front = rasterise(canvas.pixels(after, FINER)[scene.triangles], size[0] * FINER, size[1] * FINER)
     mapping = furnishing.colouring(np.array(scene.value_range) if scene.value_range else scene.values[used])
 

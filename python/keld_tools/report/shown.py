@@ -12,6 +12,7 @@ import numpy as np
 from ..base.findings import BadFile
 from ..measuring import alignment
 from ..results.finished_job import FinishedJob
+from . import picture
 
 # field -> (what distorts the part, component or None for the length, words)
 FIELDS = {
@@ -80,6 +81,32 @@ def shown(job: FinishedJob, name: str, fit: Fit) -> Shown:
         values = np.linalg.norm(vector, axis=1) if component is None else vector[:, component]
         words = f"{words}, {fit.words}"
     return Shown(points, vector, values, words, motion)
+
+
+def scene_of(
+    job: FinishedJob,
+    field: Shown,
+    title: str,
+    notes: list[str],
+    scale: float,
+    value_range: tuple[float, float] | None = None,
+    view: tuple[float, float] = picture.VIEWS["iso"],
+) -> picture.Scene:
+    """What picture draws of a field; the title of a job whose name is no text is shown with signs in its place."""
+    return picture.Scene(
+        field.points_mm,
+        job.part.triangles,
+        field.displacement_mm,
+        field.values_mm,
+        "mm",
+        title.encode(errors="replace").decode(),
+        notes,
+        scale,
+        view,
+        job.boundary,
+        job.part.gates.tolist(),
+        value_range=value_range,
+    )
 
 
 def laid_over(points: np.ndarray, moulded: np.ndarray, nodes: np.ndarray, fit: Fit, boundary: list[int]):

@@ -1,0 +1,159 @@
+"""Why a part warps: the job run again with one cause switched off each, and what each contributes. Called by view_cli.
+
+Contribution = result of the whole job less that without the cause. Contributions need not add up to the whole: what is
+left is even shrinkage, and causes act on each other.
+"""
+
+from __future__ import annotations
+
+import csv
+import html
+import io
+import os
+import tempfile
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import numpy as np
+
+from ..base import atomic
+from ..base.findings import BadFile, Findings
+from ..base.ownership import CAUSES_HEAD
+from ..measuring import measures
+from ..part.drawing import Drawing
+from ..report import picture
+from ..report import shown as shown_fields
+from ..report.shown import Fit
+from ..results.finished_job import FinishedJob
+from ..results.results_file import read_results
+from . import program, solve
+from .switches import SWITCHES, Job, files_of
+
+
+@dataclass
+class Cause:
+    """One cause; `absent` says why the job hasn't got it."""
+
+    name: str
+    absent: str = ""
+    shape_mm: np.ndarray | None = None  # (N, 3) aligned shape without it
+    contributions: list[float] = field(default_factory=list)  # to each row of the table
+
+
+@dataclass
+class Causes:
+    rows: list[str]  # largest deviation, largest warpage, then the measures
+    whole: list[float]  # deviation of each row, mm or degrees
+    causes: list[Cause]
+    aligned_mm: np.ndarray  # (N, 3) of the whole job
+
+
+def find_causes(job: FinishedJob, drawing: Drawing, fit: Fit, keld: program.Program, progress) -> Causes:
+    """Run all that the job has, side by side. BadFile for a run that fails."""
+    if not np.array_equal(job.part.triangle_numbers, np.arange(1, len(job.part.triangles) + 1)):
+        raise BadFile(job.part.path, "numbers runners before triangles; --causes takes meshes as keld-job writes them")
+    mine = Job(files_of(job.base), job.part)
+    causes, pending = [], []
+    for name, switch in SWITCHES.items():
+        cause, changed = Cause(name), switch(mine)
+        causes.append(cause)
+        if isinstance(changed, str):
+            cause.absent = changed
+        else:
+            files = {s: content for s, content in (mine.files | changed).items() if content}
+            pending.append((cause, files))
+    rows, whole, aligned = table_of(job, job.results.total, drawing, fit)
+    progress(f"running the job without each of {len(pending)} causes")
+    cores = max(1, min(len(pending), len(os.sched_getaffinity(0))))
+    with program.workers(None, cores) as pool:
+        call = solve.caller(keld.path, keld.install, 1)
+        results = list(pool.map(call, [files for _, files in pending]))
+    for (cause, _), result in zip(pending, results):
+        if result["results"] is None:
+            raise BadFile(f"{job.base} without {cause.name}", result["message"])
+        _, values, cause.shape_mm = table_of(job, displacement(result["results"], len(job.part.points)), drawing, fit)
+        cause.contributions = [a - b for a, b in zip(whole, values)]
+    return Causes(rows, whole, causes, aligned)
+
+
+def displacement(content: bytes, nodes: int) -> np.ndarray:
+    """(N, 3) mm of the bytes of a .WR1."""
+    with tempfile.TemporaryDirectory(prefix="keld-cause-") as folder:
+        path = Path(folder, "job.WR1")
+        path.write_bytes(content)
+        return read_results(path, nodes).total
+
+
+def table_of(job: FinishedJob, total: np.ndarray, drawing: Drawing, fit: Fit):
+    """Names and values of the rows for a displacement, and the aligned shape."""
+    moulded = job.part.points + total
+    aligned, _ = shown_fields.laid_over(job.nominal_mm, moulded, job.nodes, fit, job.boundary)
+    shape, _ = shown_fields.laid_over(job.nominal_mm, moulded, job.nodes, Fit(remove_shrinkage=True), job.boundary)
+    largest = [float(np.linalg.norm((s - job.nominal_mm)[job.nodes], axis=1).max()) for s in (aligned, shape)]
+    shapes = measures.Shapes(job.nominal_mm, job.part.points, moulded, aligned, job.part.triangles, job.origin.groups)
+    findings = Findings()
+    answers = measures.answers_of(drawing.measures, shapes, findings)
+    if findings.faults:
+        raise BadFile("--causes", "; ".join(findings.faults))
+    names = ["largest deviation [mm]", "largest warpage, shrinkage removed [mm]"]
+    names += [f"{answer.measure.name} [{answer.measure.unit}]" for answer in answers]
+    return names, [*largest, *(answer.deviation for answer in answers)], aligned
+
+
+def cells(found: Causes) -> list[list[str]]:
+    """Head and rows; an absent cause has a dash."""
+    head = [CAUSES_HEAD, "deviation", *(cause.name for cause in found.causes)]
+    lines = [head]
+    for i, (name, value) in enumerate(zip(found.rows, found.whole)):
+        shares = ["-" if cause.absent else f"{cause.contributions[i]:+.4f}" for cause in found.causes]
+        lines.append([name, f"{value:.4f}", *shares])
+    return lines
+
+
+def csv_text(found: Causes) -> str:
+    stream = io.StringIO()
+    csv.writer(stream, lineterminator="\n").writerows(cells(found))
+    return stream.getvalue()
+
+
+def console(found: Causes) -> list[str]:
+    rows = cells(found)
+    rows[0][0] = ""
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    lines = ["  ".join(c.ljust(w) if i == 0 else c.rjust(w) for i, (c, w) in enumerate(zip(r, widths))) for r in rows]
+    notes = [f"{cause.name}: {cause.absent}" for cause in found.causes if cause.absent]
+    return ["", "what each cause contributes (whole job less the job without it):", *lines, *notes, ""]
+
+
+def html_table(found: Causes) -> str:
+    head, *rows = cells(found)
+    head[0] = "measure"
+
+    def row(tag: str, texts: list[str]) -> str:
+        parts = [f'<{tag}{" class=number" if i else ""}>{html.escape(text)}</{tag}>' for i, text in enumerate(texts)]
+        return f"<tr>{''.join(parts)}</tr>"
+
+    notes = "; ".join(f"{cause.name}: {cause.absent}" for cause in found.causes if cause.absent)
+    table = "\n".join([row("th", head), *(row("td", r) for r in rows)])
+    words = "Deviation of the whole job, and the deviation less that of the job without the cause. "
+    return f'<table>{table}</table><p class="quiet">{words}{html.escape(notes)}</p>'
+
+
+def draw(path: Path, job: FinishedJob, found: Causes, view: tuple[float, float], mark: dict) -> None:
+    """Four pictures side by side, in one range of colours and one exaggeration: the shape that each cause adds."""
+    parts = [np.zeros_like(found.aligned_mm) if c.absent else found.aligned_mm - c.shape_mm for c in found.causes]
+    for part in parts:
+        part[np.setdiff1d(np.arange(len(part)), job.nodes)] = 0.0
+    lengths = [np.linalg.norm(part, axis=1) for part in parts]
+    top = max(float(length[job.nodes].max()) for length in lengths) or 1e-6
+    largest = parts[int(np.argmax([length.max() for length in lengths]))]
+    scale = picture.automatic_scale(job.nominal_mm[job.nodes], largest[job.nodes])
+    figures = []
+    for cause, part, length in zip(found.causes, parts, lengths):
+        notes = [cause.absent] if cause.absent else [f"greatest share: {length[job.nodes].max():.4g} mm"]
+        scene = picture.Scene(
+            job.nominal_mm, job.part.triangles, part, length, "mm", f"due to {cause.name}", notes, scale, view
+        )
+        scene.value_range = (0.0, top)
+        figures.append(picture.compose(scene, 75))
+    atomic.write_file(path, lambda place: picture.tile(place, figures, 2, mark))

@@ -15,10 +15,9 @@ from ..base.progress import Progress
 from ..meshes import mesh_input, surface
 from ..meshes.mesh_input import JobMesh
 from ..part.part_file import Part
-from ..results import origin
-from ..results.origin import Origin
-from . import checks, free_shrinkage, working_files
+from . import checks, free_shrinkage, origin, working_files
 from .fields import Fields
+from .origin import Origin
 
 
 class Shrinking(NamedTuple):

@@ -140,5 +140,5 @@ def box_of(section: Section, corners) -> Box | None:
     if not good or not all(isinstance(x, (int, float)) for corner in corners for x in corner):
         section.fault("", f"expected a box as [[x, y, z], [x, y, z]], found {corners!r}")
         return None
-    low, high = (tuple(pick(pair) for pair in zip(*corners)) for pick in (min, max))
-    return low, high
+    (a, d), (b, e), (c, f) = ((float(min(pair)), float(max(pair))) for pair in zip(*corners))
+    return (a, b, c), (d, e, f)

@@ -35,8 +35,8 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     add("--overwrite", action="store_true", help="replace files that these tools didn't write")
     add("--compensate", action="store_true", help="also write the corrected cavity and its job")
     add("--factor", type=float, default=1.0, help="share of the displacement turned round (default 1)")
-    drawing = {"nargs": "?", "const": "", "metavar": "DRAWING.toml"}
-    add("--measure", help="answer its measures, else those of the part file; exit status 2 where one is out", **drawing)
+    words_of_measure = "answer its measures, else those of the part file; exit status 2 where one is out"
+    add("--measure", nargs="?", const="", metavar="DRAWING.toml", help=words_of_measure)
     add("--align", choices=alignment.METHODS, default="best-fit", help="how the part lies over its nominal shape")
     add("--datum", metavar='"X,Y,Z X,Y,Z X,Y,Z"', help="three points of --align points, mm")
     add("--remove-shrinkage", action="store_true", help="fit a scale too: what remains is the warpage")
@@ -94,9 +94,9 @@ def datum_of(options: argparse.Namespace) -> list[Place] | None:
     if options.datum is None:
         return None
     try:
-        points = [tuple(float(c) for c in point.split(",")) for point in options.datum.split()]
+        numbers = np.array([[float(c) for c in point.split(",")] for point in options.datum.split()])
     except ValueError:
-        points = []
-    if len(points) != 3 or any(len(p) != 3 or not np.isfinite(p).all() for p in points):
+        numbers = np.zeros(0)
+    if numbers.shape != (3, 3) or not np.isfinite(numbers).all():
         raise BadFile("--datum", f'{options.datum!r} is not of the form "x,y,z x,y,z x,y,z" in mm')
-    return points
+    return [(x, y, z) for x, y, z in numbers.tolist()]

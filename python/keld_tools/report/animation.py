@@ -11,7 +11,6 @@ from PIL import Image
 
 from ..base import atomic
 from ..base.ownership import MADE_BY_VIEW
-from . import feature_lines
 from .picture import Scene, compose, pixels_of
 
 STEPS = 12  # pictures from one shape to the other
@@ -21,13 +20,10 @@ DOTS_PER_INCH = 70
 
 def write_gif(path: Path, scene: Scene) -> None:
     """Colours are those of the whole displacement; the exaggeration swings between 0 and the scene's."""
-    edges = feature_lines.feature_edges(scene.points, scene.triangles)
     shares = 0.5 - 0.5 * np.cos(np.pi * np.arange(STEPS) / (STEPS - 1))
     frames = []
     for share in shares:
-        figure = compose(
-            replace(scene, scale=float(share) * scene.scale, reach=scene.scale, edges=edges), DOTS_PER_INCH
-        )
+        figure = compose(replace(scene, scale=float(share) * scene.scale, reach=scene.scale), DOTS_PER_INCH)
         frames.append(Image.fromarray(pixels_of(figure)).quantize(96))
         pyplot.close(figure)
     whole = frames + frames[-2:0:-1]

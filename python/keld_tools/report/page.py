@@ -22,8 +22,8 @@ from ..measuring import listing
 from ..measuring.measures import Answer
 from ..results import job_values
 from ..results.finished_job import FinishedJob
-from . import feature_lines, furnishing, picture
-from .shown import FIELDS, Fit, Shown, notes_of, shown
+from . import furnishing, picture
+from .shown import FIELDS, Fit, Shown, notes_of, scene_of, shown
 
 THREE = Path("/usr/share/javascript/three")  # of libjs-three
 SCRIPTS = (THREE / "three.min.js", THREE / "examples/js/controls/OrbitControls.js")
@@ -37,7 +37,6 @@ def write_page(path: Path, job: FinishedJob, fit: Fit, answers: list[Answer], ca
     templates = Environment(loader=FileSystemLoader(here), autoescape=select_autoescape())
     scripts = [(name.name, script(name)) for name in (*SCRIPTS, here / "viewer.js")]
     main = shown(job, "remaining" if job.corrected else "total", fit)
-    edges = feature_lines.feature_edges(main.points_mm, job.part.triangles)
     name = job.base.name.encode(errors="replace").decode()
     text = templates.get_template("page.html").render(
         made_by=MADE_BY_VIEW,
@@ -48,8 +47,8 @@ def write_page(path: Path, job: FinishedJob, fit: Fit, answers: list[Answer], ca
         measured_how=f"Lengths in mm, angles in degrees; position and profile {fit.words}. Click a row to see its place.",
         causes=Markup(causes),
         tables=job_values.tables(job),
-        pictures=[(view, printed(job, main, edges, view)) for view in VIEWS],
-        data=data_of(job, fit, main, edges, answers),
+        pictures=[(view, printed(job, main, view)) for view in VIEWS],
+        data=data_of(job, fit, main, answers),
         scripts=[(name, Markup(text)) for name, text in scripts],
     )
     atomic.write_file(path, lambda place: place.write_text(text, encoding="utf-8"))
@@ -67,7 +66,7 @@ def packed(values: np.ndarray, kind: str = "<f4") -> str:
     return base64.b64encode(np.ascontiguousarray(values, kind).tobytes()).decode()
 
 
-def data_of(job: FinishedJob, fit: Fit, main: Shown, edges: np.ndarray, answers: list[Answer]) -> dict:
+def data_of(job: FinishedJob, fit: Fit, main: Shown, answers: list[Answer]) -> dict:
     """What viewer.js reads: arrays by name, and what can be chosen."""
     vectors = vectors_of(job, fit, main)
     start = picture.automatic_scale(main.points_mm[job.nodes], main.displacement_mm[job.nodes])
@@ -77,7 +76,7 @@ def data_of(job: FinishedJob, fit: Fit, main: Shown, edges: np.ndarray, answers:
     return {
         "points": packed(main.points_mm),
         "triangles": packed(job.part.triangles, "<u4"),
-        "edges": packed(edges, "<u4"),
+        "edges": packed(job.edges, "<u4"),
         "vectors": {name: packed(vector) for name, (vector, _) in vectors.items()},
         "scalars": {"sink": packed(job.results.sink), "length": packed(job.results.length)},
         "fields": fields_of(vectors),
@@ -102,7 +101,7 @@ def vectors_of(job: FinishedJob, fit: Fit, main: Shown) -> dict[str, tuple[np.nd
 
 
 def fields_of(vectors: dict[str, tuple[np.ndarray, str]]) -> list[dict]:
-    fields = []
+    fields: list[dict] = []
     for name, (_, words) in vectors.items():
         fields.append({"vector": name, "component": None, "scalar": None, "words": words})
         if name in ("main", "raw"):
@@ -124,22 +123,11 @@ def labels_of(job: FinishedJob, answers: list[Answer]) -> list[dict]:
     return labels + [{"node": int(n), "text": "gate", "kind": "fixed", "row": -1} for n in job.part.gates]
 
 
-def printed(job: FinishedJob, main: Shown, edges: np.ndarray, view: str) -> str:
+def printed(job: FinishedJob, main: Shown, view: str) -> str:
     """A standard view as base64 of a PNG."""
-    scene = picture.Scene(
-        main.points_mm,
-        job.part.triangles,
-        main.displacement_mm,
-        main.values_mm,
-        "mm",
-        f"{view}: {main.words}",
-        notes_of(main, job.nodes),
-        picture.automatic_scale(main.points_mm[job.nodes], main.displacement_mm[job.nodes]),
-        picture.VIEWS[view],
-        job.boundary,
-        job.part.gates.tolist(),
-        edges,
-    )
+    scale = picture.automatic_scale(main.points_mm[job.nodes], main.displacement_mm[job.nodes])
+    title = f"{view}: {main.words}"
+    scene = scene_of(job, main, title, notes_of(main, job.nodes), scale, None, picture.VIEWS[view])
     figure, stream = picture.compose(scene, PRINT_DOTS), io.BytesIO()
     figure.savefig(stream, format="png", facecolor="white")
     pyplot.close(figure)

@@ -19,7 +19,8 @@ from matplotlib.collections import LineCollection  # noqa: E402
 
 from ..base import atomic  # noqa: E402
 from ..base.ownership import MADE_BY_VIEW  # noqa: E402
-from . import feature_lines, furnishing  # noqa: E402
+from ..meshes import feature_lines  # noqa: E402
+from . import furnishing  # noqa: E402
 from .raster import EMPTY, Raster, rasterise  # noqa: E402
 
 # view -> (azimuth, elevation) in degrees: where the eye stands
@@ -182,8 +183,11 @@ def painted(front: Raster, scene: Scene, mapping) -> np.ndarray:
     values = front.interpolated(scene.values[scene.triangles])
     colours = mapping.to_rgba(np.nan_to_num(values), bytes=True)
     colours[front.triangle == EMPTY] = (255, 255, 255, 0)
-    height, width = (side // FINER for side in front.triangle.shape)
-    return colours.reshape(height, FINER, width, FINER, 4).mean(axis=(1, 3)).astype(np.uint8)
+    total = np.zeros((*(side // FINER for side in front.triangle.shape), 4), np.uint16)
+    for row in range(FINER):
+        for column in range(FINER):
+            total += colours[row::FINER, column::FINER]
+    return (total // FINER**2).astype(np.uint8)
 
 
 def draw_lines(axes, scene: Scene, canvas: Canvas, front: Raster, before: np.ndarray, after: np.ndarray) -> None:

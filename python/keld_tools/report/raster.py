@@ -85,25 +85,25 @@ def chunks(ends: np.ndarray):
 
 def spans(corners: np.ndarray, order: np.ndarray, width: int, height: int):
     """Row, triangle, first column and count of columns of each row of each triangle, in the order given."""
-    y = corners[order, :, 1]
-    top = np.clip(np.ceil(y.min(axis=1) - 0.5), 0, height).astype(np.int64)
-    bottom = np.clip(np.floor(y.max(axis=1) - 0.5), -1, height - 1).astype(np.int64)
+    x, y = np.ascontiguousarray(corners[order, :, 0].T), np.ascontiguousarray(corners[order, :, 1].T)
+    top = np.clip(np.ceil(y.min(axis=0) - 0.5), 0, height).astype(np.int64)
+    bottom = np.clip(np.floor(y.max(axis=0) - 0.5), -1, height - 1).astype(np.int64)
     rows = np.maximum(bottom - top + 1, 0)
     which = np.repeat(np.arange(len(order)), rows)
     row = top[which] + np.arange(len(which)) - np.repeat(np.cumsum(rows) - rows, rows)
-    owner = order[which]
     at = row + 0.5
     left, right = np.full(len(row), np.inf), np.full(len(row), -np.inf)
     for side in range(3):
-        a, b = corners[owner, side, :2], corners[owner, (side + 1) % 3, :2]
-        rise = b[:, 1] - a[:, 1]
-        share = np.divide(at - a[:, 1], rise, out=np.full(len(row), -1.0), where=rise != 0)
-        met = (share >= 0) & (share <= 1)
-        x = a[:, 0] + share * (b[:, 0] - a[:, 0])
-        np.minimum(left, x, out=left, where=met)
-        np.maximum(right, x, out=right, where=met)
+        other = (side + 1) % 3
+        rise = y[other] - y[side]
+        run = np.divide(x[other] - x[side], rise, out=np.zeros_like(rise), where=rise != 0)
+        low, high = np.minimum(y[side], y[other]), np.maximum(y[side], y[other])
+        met = (low[which] <= at) & (at <= high[which]) & (rise != 0)[which]
+        place = x[side][which] + (at - y[side][which]) * run[which]
+        np.minimum(left, place, out=left, where=met)
+        np.maximum(right, place, out=right, where=met)
     some = left <= right
-    row, owner, left, right = row[some], owner[some], left[some], right[some]
+    row, owner, left, right = row[some], order[which[some]], left[some], right[some]
     first = np.clip(np.ceil(left - 0.5), 0, width).astype(np.int64)
     last = np.clip(np.floor(right - 0.5), -1, width - 1).astype(np.int64)
     return row, owner, first, np.maximum(last - first + 1, 0)

@@ -73,14 +73,14 @@ def shown(job: FinishedJob, name: str, fit: Fit) -> Shown:
         )
     points = job.nominal_mm if which == "remaining" else job.part.points
     moved, motion = laid_over(points, points + vector, job.nodes, fit, job.boundary)
-    vector = moved - points
-    vector[np.setdiff1d(np.arange(len(points)), job.nodes)] = 0.0  # nodes of runners alone
+    shift = moved - points
+    shift[np.setdiff1d(np.arange(len(points)), job.nodes)] = 0.0  # nodes of runners alone
     if name == "sink":
         values = results.sink
     else:
-        values = np.linalg.norm(vector, axis=1) if component is None else vector[:, component]
+        values = np.linalg.norm(shift, axis=1) if component is None else shift[:, component]
         words = f"{words}, {fit.words}"
-    return Shown(points, vector, values, words, motion)
+    return Shown(points, shift, values, words, motion)
 
 
 def scene_of(
@@ -105,7 +105,8 @@ def scene_of(
         view,
         job.boundary,
         job.part.gates.tolist(),
-        value_range=value_range,
+        job.edges,
+        value_range,
     )
 
 

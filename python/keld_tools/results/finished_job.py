@@ -3,17 +3,19 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
+from functools import cached_property
 from pathlib import Path
 from shlex import quote
 
 import numpy as np
 
 from ..base.findings import BadFile, Findings
+from ..job.origin import Origin, read_origin
 from ..measuring.measures import Shapes
+from ..meshes import feature_lines
 from ..part.drawing import Place
 from . import compensate
 from .geometry_file import PartGeometry, read_geometry, read_prior
-from .origin import Origin, read_origin
 from .results_file import Results, read_results
 
 
@@ -29,6 +31,11 @@ class FinishedJob:
     origin: Origin
     nodes: np.ndarray  # of triangles
     boundary: list[int]  # indices of the three nodes that were held
+
+    @cached_property
+    def edges(self) -> np.ndarray:
+        """(F, 2) nodes of the edges that draw the part."""
+        return feature_lines.feature_edges(self.nominal_mm, self.part.triangles)
 
     @property
     def moulded_mm(self) -> np.ndarray:

@@ -27,7 +27,7 @@ from ..report.shown import Fit
 from ..results.finished_job import FinishedJob
 from ..results.results_file import read_results
 from . import program, solve
-from .switches import SWITCHES, Job, files_of
+from .switches import SPRING_IN, SWITCHES, UNEVEN, Job, files_of, no_spring_in
 
 
 @dataclass
@@ -36,7 +36,7 @@ class Cause:
 
     name: str
     absent: str = ""
-    shape_mm: np.ndarray | None = None  # (N, 3) aligned shape without it
+    share_mm: np.ndarray | None = None  # (N, 3) that it adds to the aligned shape
     contributions: list[float] = field(default_factory=list)  # to each row of the table
 
 
@@ -45,35 +45,48 @@ class Causes:
     rows: list[str]  # largest deviation, largest warpage, then the measures
     whole: list[float]  # deviation of each row, mm or degrees
     causes: list[Cause]
-    aligned_mm: np.ndarray  # (N, 3) of the whole job
 
 
 def find_causes(job: FinishedJob, drawing: Drawing, fit: Fit, keld: program.Program, progress) -> Causes:
     """Run all that the job has, side by side. BadFile for a run that fails."""
     if not np.array_equal(job.part.triangle_numbers, np.arange(1, len(job.part.triangles) + 1)):
         raise BadFile(job.part.path, "numbers runners before triangles; --causes takes meshes as keld-job writes them")
-    mine = Job(files_of(job.base), job.part)
-    causes, pending = [], []
-    for name, switch in SWITCHES.items():
-        cause, changed = Cause(name), switch(mine)
-        causes.append(cause)
-        if isinstance(changed, str):
-            cause.absent = changed
-        else:
-            files = {s: content for s, content in (mine.files | changed).items() if content}
-            pending.append((cause, files))
-    rows, whole, aligned = table_of(job, job.results.total, drawing, fit)
+    causes, pending = switched(Job(files_of(job.base), job.part))
     progress(f"running the job without each of {len(pending)} causes")
-    cores = max(1, min(len(pending), len(os.sched_getaffinity(0))))
-    with program.workers(None, cores) as pool:
-        call = solve.caller(keld.path, keld.install, 1)
-        results = list(pool.map(call, [files for _, files in pending]))
-    for (cause, _), result in zip(pending, results):
+    with program.workers(None, max(1, min(len(pending), len(os.sched_getaffinity(0))))) as pool:
+        solved = list(pool.map(solve.caller(keld.path, keld.install, 1), pending.values()))
+    rows, *whole = table_of(job, job.results.total, drawing, fit)
+    without = {}
+    for name, result in zip(pending, solved):
         if result["results"] is None:
-            raise BadFile(f"{job.base} without {cause.name}", result["message"])
-        _, values, cause.shape_mm = table_of(job, displacement(result["results"], len(job.part.points)), drawing, fit)
-        cause.contributions = [a - b for a, b in zip(whole, values)]
-    return Causes(rows, whole, causes, aligned)
+            raise BadFile(f"{job.base} without {name}", result["message"])
+        _, *without[name] = table_of(job, displacement(result["results"], len(job.part.points)), drawing, fit)
+    for cause in (c for c in causes if not c.absent):
+        values, shape = whole
+        if cause.name == UNEVEN and SPRING_IN in without:
+            values, shape = without[SPRING_IN]
+        less, less_shape = without[cause.name]
+        cause.contributions = [x - y for x, y in zip(values, less)]
+        cause.share_mm = shape - less_shape
+    return Causes(rows, whole[0], causes)
+
+
+def switched(mine: Job) -> tuple[list[Cause], dict[str, dict[str, bytes]]]:
+    """All causes, and for those that the job has its files without them, by name.
+
+    Fibres that are made even change what springs in at corners too; so uneven shrinkage is told between two jobs
+    without spring-in, where there is such a load.
+    """
+    causes, pending = [], {}
+    for name, switch in SWITCHES.items():
+        changed = switch(mine)
+        causes.append(Cause(name, changed if isinstance(changed, str) else ""))
+        if not isinstance(changed, str):
+            pending[name] = {s: content for s, content in (mine.files | changed).items() if content}
+    if UNEVEN in pending and SPRING_IN in pending:
+        changed = no_spring_in(Job(pending[UNEVEN], mine.part))
+        pending[UNEVEN] |= changed if isinstance(changed, dict) else {}
+    return causes, pending
 
 
 def displacement(content: bytes, nodes: int) -> np.ndarray:
@@ -141,7 +154,8 @@ def html_table(found: Causes) -> str:
 
 def draw(path: Path, job: FinishedJob, found: Causes, view: tuple[float, float], mark: dict) -> None:
     """Four pictures side by side, in one range of colours and one exaggeration: the shape that each cause adds."""
-    parts = [np.zeros_like(found.aligned_mm) if c.absent else found.aligned_mm - c.shape_mm for c in found.causes]
+    still = np.zeros_like(job.nominal_mm)
+    parts = [still if cause.share_mm is None else cause.share_mm for cause in found.causes]
     for part in parts:
         part[np.setdiff1d(np.arange(len(part)), job.nodes)] = 0.0
     lengths = [np.linalg.norm(part, axis=1) for part in parts]
@@ -154,6 +168,6 @@ def draw(path: Path, job: FinishedJob, found: Causes, view: tuple[float, float],
         scene = picture.Scene(
             job.nominal_mm, job.part.triangles, part, length, "mm", f"due to {cause.name}", notes, scale, view
         )
-        scene.value_range = (0.0, top)
+        scene.edges, scene.value_range = job.edges, (0.0, top)
         figures.append(picture.compose(scene, 75))
     atomic.write_file(path, lambda place: picture.tile(place, figures, 2, mark))

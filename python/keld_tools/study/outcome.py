@@ -32,11 +32,14 @@ class Outcome:
 
     def rank(self) -> tuple[int, float]:
         """Less is better: measures out of tolerance, then deviations over tolerances, else the largest deviation."""
-        asked = [a for a in self.answers if a.measure.tolerance is not None]
-        if not asked:
+        shares = [
+            abs(a.deviation) / max(abs(a.measure.tolerance[0]), abs(a.measure.tolerance[1]))
+            for a in self.answers
+            if a.measure.tolerance is not None
+        ]
+        if not shares:
             return 0, self.figures["largest_deviation_mm"]
-        out = sum(a.within is False for a in asked)
-        return out, sum(abs(a.deviation) / max(map(abs, a.measure.tolerance)) for a in asked)
+        return sum(a.within is False for a in self.answers), sum(shares)
 
 
 def figures_of(job: FinishedJob) -> dict[str, float]:
@@ -68,7 +71,7 @@ def outcome_of(run: Run, drawing: Drawing | None, findings: Findings) -> Outcome
 
 def csv_text(outcomes: list[Outcome], keys: list[str]) -> str:
     """One row per run: name, values, figures, moulded, deviation and verdict of each measure, seconds, state."""
-    names = next(([a.measure.name for a in o.answers] for o in outcomes if o.answers), [])
+    names: list[str] = next(([a.measure.name for a in o.answers] for o in outcomes if o.answers), [])
     head = [STUDY_HEAD, *keys, *FIGURES]
     head += [f"{name}{what}" for name in names for what in ("", " deviation", " within")]
     stream = io.StringIO()

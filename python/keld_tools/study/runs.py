@@ -6,6 +6,7 @@ Called by study_cli. A run's files stand in OUTPUT.runs/NAME.*; NAME.key tells w
 from __future__ import annotations
 
 import hashlib
+import io
 from collections.abc import Callable
 from concurrent.futures import Executor, as_completed
 from dataclasses import dataclass, field
@@ -14,6 +15,7 @@ from pathlib import Path
 from ..base import atomic
 from ..base.findings import BadFile, Findings
 from ..base.ownership import MADE_BY_STUDY
+from ..base.progress import Progress
 from ..job import checks, job_files, working_files
 from ..meshes import formats, mesh_input
 from ..meshes.raw_mesh import RawMesh
@@ -75,7 +77,7 @@ def form(plan: Plan, variant: Variant, meshes: dict[Path, RawMesh], findings: Fi
     checks.check_polymer(part.polymer, part.filler is not None, part.places["polymer"], findings)
     if part.second:
         checks.check_polymer(part.second, part.filler is not None, part.places["second_polymer"], findings)
-    files = job_files.texts(part, mesh, findings, lambda _: None)
+    files = job_files.texts(part, mesh, findings, Progress("keld-study", io.StringIO()))
     if files is None or findings.faults:
         return {}
     return {suffix: text.encode(errors="replace") for suffix, text in files.contents.items()}
@@ -131,6 +133,8 @@ def solved(pool: Executor, pending: list[Run], program: Program):
             keep(run, future.result())
         except OSError as error:
             run.fault = f"{error.filename or run.base}: {error.strerror or error}"
+        except Exception as error:  # a cluster loses workers in ways of its own
+            run.fault = f"{type(error).__name__}: {error}"
         yield run
 
 

@@ -22,6 +22,7 @@ INPUTS = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1")
 HEADING = ["one cause switched off"]
 EVEN = 0.5  # first eigenvalue of fibres that lie evenly in the wall
 FEEBLE = 1e-6  # thickness of a skin without stiffness, as a share of the wall's
+UNEVEN, SPRING_IN = "uneven shrinkage", "spring-in"
 FACET = 2  # wall model in [Keld_Extension] whose corners spring in by a load of their own
 
 Switch = dict[str, bytes] | str
@@ -154,7 +155,7 @@ def orientation_file(job: Job, stress, fraction: np.ndarray, orientation: np.nda
 
 SWITCHES: dict[str, Callable[[Job], Switch]] = {
     "temperatures of the sides": even_temperatures,
-    "uneven shrinkage": even_shrinkage,
+    UNEVEN: even_shrinkage,
     "frozen-in stress": no_stress,
-    "spring-in": no_spring_in,
+    SPRING_IN: no_spring_in,
 }

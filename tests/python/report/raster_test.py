@@ -3,7 +3,7 @@
 import numpy as np
 import pytest
 from keld_tools.report import raster
-from keld_tools.report.feature_lines import feature_edges
+from keld_tools.meshes.feature_lines import feature_edges
 from support import plate
 
 RNG = np.random.default_rng(11)

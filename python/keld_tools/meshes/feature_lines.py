@@ -1,4 +1,4 @@
-"""Edges that draw a shape, found on meshes with noise too, and lines cut up for drawing. Called by picture and page."""
+"""Edges that draw a shape, found on meshes with noise too, and lines cut up for drawing. Called by finished_job and picture."""
 
 from __future__ import annotations
 
@@ -6,7 +6,7 @@ import numpy as np
 from scipy.sparse import coo_matrix
 from scipy.sparse.csgraph import connected_components
 
-from ..meshes import surface
+from . import surface
 
 FOLD_DEGREES = 30.0  # between the smoothed normals of both sides
 NOISE_DEGREES = (20.0, 40.0)  # bounds of the angle below which neighbours count as one wall with noise

@@ -157,6 +157,20 @@ TIER_API void TIER_OMEGA_JACOBI_SET(const int* n, const double* values, int* ier
 TIER_API void TIER_OMEGA_JACOBI_DEALLOC(int* ierr);
 
 /*
+ * Near-null vectors of smoothed aggregation (parameter naggregation): what the matrix without its boundary
+ * conditions takes to zero. They are copied, and kept until TIER_MODES_CLEAR, TIER_LEAVE or the next of these
+ * calls. Without them each function has the constant vector.
+ *   TIER_MODES_SET         values(n, count): `count` vectors, 1 to 12, for the n = nnu variables
+ *   TIER_COORDINATES_SET   values(dimension, n): position of each variable in 2 or 3 directions, of which
+ * rigid motions are made: functions (iu) 1 to `dimension` are translations along the axes, with nsys = 6 the
+ * functions 4 to 6 rotations about them ierr 20: n, count or dimension out of range, or values that aren't
+ * finite; 70: no memory.
+ */
+TIER_API void TIER_MODES_SET(const int* n, const int* count, const double* values, int* ierr);
+TIER_API void TIER_COORDINATES_SET(const int* n, const int* dimension, const double* values, int* ierr);
+TIER_API void TIER_MODES_CLEAR(void);
+
+/*
  * Named parameters: TIER_SET_x and TIER_GET_x for each. Logicals are 0 or not 0 in, 0 or -1 out. Texts are
  * given by address and length; a get pads with blanks. ISET and IGET hold one character code per integer:
  * ISET answers a text above its limit with the negative limit in length; IGET takes the room of codes in

@@ -42,13 +42,22 @@ void free_hierarchy(const char* marker, const char* kind, bool keep_big_arrays) 
   release_solution_data();
   release_level_one(solver().levels(1), solver().scaling);
   for (level& l : solver().levels.at) release_level(l, keep_big_arrays);
+  solver().aggregates = {};
   solver().levels.levels_created = solver().levels.levels_used = -1;
 }
 
 }  // namespace
 
 problem_descriptors descriptors_of(const call_arguments& call, const controls& c) {
-  return {c.nnu, c.nna, c.nsys, c.npnts, c.levelx, c.nptmn, approach_or_default(call.nsolve), c.igam};
+  return {c.nnu,
+          c.nna,
+          c.nsys,
+          c.npnts,
+          c.levelx,
+          c.nptmn,
+          approach_or_default(call.nsolve),
+          c.igam,
+          parm().naggregation};
 }
 
 void check_re_start(const call_arguments& call, const controls& c) {
@@ -65,6 +74,7 @@ void check_re_start(const call_arguments& call, const controls& c) {
   require_same(now.nptmn, before.nptmn, ierr_changed_descriptor, "nptmn");
   require_same(now.nsolve, before.nsolve, ierr_changed_descriptor, "nsolve");
   require_same(now.igam, before.igam, ierr_changed_descriptor, "igam");
+  require_same(now.naggregation, before.naggregation, ierr_changed_descriptor, "naggregation");
   constexpr int new_operators = 3;
   if (c.iswit == new_operators && parm().struct_ident != solver().struct_ident_at_set_up)
     fail(ierr_setup_internal, "tier_main:: illegal change of struct_ident after last setup with iswtch=4xxx");

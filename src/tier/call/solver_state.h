@@ -2,6 +2,7 @@
 // Owned by tier_main; the entries clean it up.
 #pragma once
 
+#include "tier/aggregation/block_level.h"
 #include "tier/call/level_one.h"
 #include "tier/codes/call_arguments.h"
 #include "tier/store/controls.h"
@@ -11,13 +12,15 @@ namespace tier {
 
 /// What a re-start must find unchanged; -1 after a clean-up.
 struct problem_descriptors {
-  int nnu = -1, nna = -1, nsys = -1, npnts = -1, levelx = -1, nptmn = -1, nsolve = -1, igam = -1;
+  int nnu = -1, nna = -1, nsys = -1, npnts = -1, levelx = -1, nptmn = -1, nsolve = -1, igam = -1,
+      naggregation = -1;
   bool operator==(const problem_descriptors&) const = default;
 };
 
 struct solver_state {
   hierarchy levels;
-  system_scaling scaling;  // of the call in work
+  aggregation::aggregation_hierarchy aggregates;  // present: levels holds level 1 alone
+  system_scaling scaling;                         // of the call in work
   problem_descriptors last_set_up;
   bool set_up_since_start = false;  // a set-up was made since the start or TIER_LEAVE
   bool hierarchy_present = false;   // kept for re-starts

@@ -163,7 +163,7 @@ class automatic_run {
       control("Convergence too slow, restart immediately!");
     } else {
       control(rho <= parm().rho_ok ? "Convergence particularly fast. Continue without check."
-                                  : "Convergence satisfactory. Continue.");
+                                   : "Convergence satisfactory. Continue.");
       return true;
     }
     return false;

@@ -8,12 +8,15 @@
 #include <new>
 #include <string>
 
+#include "tier/aggregation/aggregation_setup.h"
+#include "tier/aggregation/flexible_cg.h"
 #include "tier/call/first_guess.h"
 #include "tier/call/solver_state.h"
 #include "tier/call/tier_control.h"
 #include "tier/codes/matrix_check.h"
 #include "tier/codes/parameter_file.h"
 #include "tier/codes/tier_input.h"
+#include "tier/report/aggregation_report.h"
 #include "tier/report/dump.h"
 #include "tier/report/performance_meter.h"
 #include "tier/report/setup_report.h"
@@ -85,6 +88,15 @@ void check_transformation(const controls& c, int matrix) {
   }
 }
 
+bool by_aggregation() { return parm().naggregation != 0; }
+
+/// What aggregation can't do is told before the system is touched.
+void check_aggregation(const controls& c) {
+  require_legal(parm().naggregation == 1, "naggregation");
+  aggregation::read_options(c);
+  require_consistent(modification(c) == 0, "modify_mat: aggregation takes the matrix as it is");
+}
+
 /// Everything that can be found wrong before work begins; the caller's arrays are only read.
 controls check_call(const call_arguments& call) {
   controls c = tier_input(call);
@@ -93,7 +105,10 @@ controls check_call(const call_arguments& call) {
   print_banner(c);
   check_transformation(c, call.matrix);
   test_matrix(call, c);
-  check_points(call, c);
+  if (by_aggregation())
+    check_aggregation(c);
+  else
+    check_points(call, c);
   return c;
 }
 
@@ -112,8 +127,9 @@ void note_coarsest_solver(int asked, int used) {
 
 void make_levels(hierarchy& h, controls& c) {
   constexpr int multilevel_cycles = 4;
-  if (c.igam > multilevel_cycles) {
+  if (c.igam > multilevel_cycles || by_aggregation()) {
     h.levels_created = h.levels_used = 1;
+    if (by_aggregation()) aggregation::set_up(solver().aggregates, h(1), c);
     return;
   }
   crsng_data(c);
@@ -173,10 +189,33 @@ void note_memory() {
   last_call().integer_megabytes = megabytes_of_integers(integers);
   last_call().real_megabytes = megabytes_of_reals(reals);
   last_call().peak_megabytes = megabytes_of_integers(static_cast<double>(memory().memi)) +
-                             megabytes_of_reals(static_cast<double>(memory().memd));
+                               megabytes_of_reals(static_cast<double>(memory().memd));
 }
 
-void trace_exit(const char* words, int ierr) { trace(1, words + std::to_string(ierr), parm().itrace_amgmain); }
+void note_set_up(const call_state& s, double start) {
+  last_call().complexity =
+      by_aggregation() ? measure(solver().aggregates, s.c.nna) : measure(solver().levels, s.c);
+  last_call().setup_seconds += elapsed_time() - start;
+  add_time(phase::setup, elapsed_time() - start);
+}
+
+void solve_by_levels(call_state& s) {
+  solve_data(solver().levels, s.c);
+  print_solver_information(solver().levels, s.c);
+  const restore_at_exit restore{solver().levels(1)};
+  tier_solve(solver().levels, s.c, s.results);
+}
+
+void solve_by_aggregation(call_state& s) {
+  print_aggregation_solver(solver().aggregates, s.c);
+  tier_solve(solver().levels, s.c, s.results,
+             [](accelerated_run& run) { aggregation::flexible_cg(run, solver().aggregates); });
+  print_aggregation_restarts(solver().aggregates, s.c);
+}
+
+void trace_exit(const char* words, int ierr) {
+  trace(1, words + std::to_string(ierr), parm().itrace_amgmain);
+}
 
 }  // namespace
 
@@ -204,10 +243,11 @@ void full_set_up(call_state& s) {
     solver().hierarchy_present = true;
     solver().last_set_up = descriptors_of(s.call, s.c);
   }
-  last_call().complexity = measure(solver().levels, s.c);
-  last_call().setup_seconds += elapsed_time() - start;
-  add_time(phase::setup, elapsed_time() - start);
-  print_setup_statistics(solver().levels, s.c);
+  note_set_up(s, start);
+  if (by_aggregation())
+    print_aggregation(solver().aggregates, s.c);
+  else
+    print_setup_statistics(solver().levels, s.c);
 }
 
 void re_start(call_state& s) {
@@ -218,13 +258,14 @@ void re_start(call_state& s) {
     info(message_class::note, "TIER re-start: Recomputing coarse-level operators");
     modify_level_one(solver().levels(1), solver().scaling, s.c);
     if (!parm().lu_reuse) release_solution_data();
-    recompute_operators(solver().levels, s.c);
+    if (by_aggregation())
+      aggregation::renew(solver().aggregates, solver().levels(1));
+    else
+      recompute_operators(solver().levels, s.c);
   } else {
     info(message_class::note, "TIER re-start: Coarse-levels not changed.");
   }
-  last_call().complexity = measure(solver().levels, s.c);
-  last_call().setup_seconds += elapsed_time() - start;
-  add_time(phase::setup, elapsed_time() - start);
+  note_set_up(s, start);
 }
 
 void solve(call_state& s) {
@@ -234,12 +275,7 @@ void solve(call_state& s) {
   const bool modified = s.c.out_level >= 0 && fine.own_a.size() > 0 && modification(s.c) != 0;
   const double res_in = modified ? original_residual(s) : 0.0;
   scale_first_guess(solver().scaling, fine.n, fine.u);
-  solve_data(solver().levels, s.c);
-  print_solver_information(solver().levels, s.c);
-  {
-    const restore_at_exit restore{fine};
-    tier_solve(solver().levels, s.c, s.results);
-  }
+  by_aggregation() ? solve_by_aggregation(s) : solve_by_levels(s);
   last_call().solve_seconds += elapsed_time() - start;
   last_call().cycles = s.results.ncyc_done;
   add_time(phase::solve, elapsed_time() - start);

@@ -51,25 +51,25 @@ constexpr bool same_name(std::string_view lower, std::string_view upper) {
   });
 }
 
-#define TIER_NUMBER(name, NAME, type)                                    \
-  static_assert(same_name(#name, #NAME));                                \
+#define TIER_NUMBER(name, NAME, type)                                     \
+  static_assert(same_name(#name, #NAME));                                 \
   void TIER_SET_##NAME(const type* value) { tier::parm().name = *value; } \
   void TIER_GET_##NAME(type* value) { *value = tier::parm().name; }
 #define TIER_INTEGER(name, NAME, initial, effect, meaning) TIER_NUMBER(name, NAME, int)
 #define TIER_REAL(name, NAME, initial, effect, meaning) TIER_NUMBER(name, NAME, double)
-#define TIER_LOGICAL(name, NAME, initial, effect, meaning)                   \
-  static_assert(same_name(#name, #NAME));                                    \
+#define TIER_LOGICAL(name, NAME, initial, effect, meaning)                    \
+  static_assert(same_name(#name, #NAME));                                     \
   void TIER_SET_##NAME(const int* value) { tier::parm().name = *value != 0; } \
   void TIER_GET_##NAME(int* value) { *value = tier::parm().name ? true_of_callers : 0; }
-#define TIER_TEXT(name, NAME, width, initial, effect, meaning)                                       \
-  static_assert(same_name(#name, #NAME));                                                            \
-  void TIER_SET_##NAME(const char* text, const int* length) {                                        \
+#define TIER_TEXT(name, NAME, width, initial, effect, meaning)                                        \
+  static_assert(same_name(#name, #NAME));                                                             \
+  void TIER_SET_##NAME(const char* text, const int* length) {                                         \
     set_text(tier::parm().name, width, text, *length);                                                \
-  }                                                                                                  \
+  }                                                                                                   \
   void TIER_GET_##NAME(char* text, const int* length) { get_text(tier::parm().name, text, *length); } \
-  void TIER_ISET_##NAME(const int* codes, int* length) {                                             \
+  void TIER_ISET_##NAME(const int* codes, int* length) {                                              \
     set_codes(tier::parm().name, width, codes, *length);                                              \
-  }                                                                                                  \
+  }                                                                                                   \
   void TIER_IGET_##NAME(int* codes, int* length) { get_codes(tier::parm().name, codes, *length); }
 #include "tier/api/parameters.def"
 #undef TIER_NUMBER

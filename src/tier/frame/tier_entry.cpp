@@ -5,6 +5,7 @@
 #include <new>
 #include <string_view>
 
+#include "tier/aggregation/near_null.h"
 #include "tier/api/tier.h"
 #include "tier/call/solver_state.h"
 #include "tier/call/tier_main.h"
@@ -64,6 +65,7 @@ void TIER_LEAVE(int* ierr) {
   tier::reset_parameters();
   tier::reset_controls_of_simple();
   tier::omega_jacobi_vec() = {};
+  tier::aggregation::modes_of_caller() = {};
   tier::parm().logio = unit;
   tier::parm().logfile = file;
   tier::parm().refresh_called = true;

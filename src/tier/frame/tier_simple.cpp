@@ -78,8 +78,8 @@ int emergency_run(call_arguments call, run_results& results) {
   constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000,
                 no_coarse_solution = 99;
   const replaced levelx(parm().levelx, parm().levelx_2nd), nrd(parm().nrd, parm().nrd_2nd),
-      nru(parm().nru, parm().nru_2nd), nrc(parm().nrc, no_coarse_solution), fill(parm().lfil_smo, parm().lfil_2nd),
-      finest(parm().clsolver_finest, 0), modify(parm().modify_mat, 0);
+      nru(parm().nru, parm().nru_2nd), nrc(parm().nrc, no_coarse_solution),
+      fill(parm().lfil_smo, parm().lfil_2nd), finest(parm().clsolver_finest, 0), modify(parm().modify_mat, 0);
   const replaced drop(parm().droptol_smo, parm().droptol_2nd);
   const replaced force(parm().force_accel, parm().force_accel_2nd);
   const auto d = digits_of<4>(call.matrix);

@@ -20,4 +20,9 @@ void dormqr_(const char* side, const char* trans, const int* m, const int* n, co
              int* info);
 void dtrtrs_(const char* uplo, const char* trans, const char* diag, const int* n, const int* nrhs,
              const double* a, const int* lda, double* b, const int* ldb, int* info);
+
+/// A = L L^T of the triangle `uplo`; info > 0: not positive definite. dpotrs_ solves with the factor.
+void dpotrf_(const char* uplo, const int* n, double* a, const int* lda, int* info);
+void dpotrs_(const char* uplo, const int* n, const int* nrhs, const double* a, const int* lda, double* b,
+             const int* ldb, int* info);
 }

@@ -65,24 +65,29 @@ void show_coarse_convergence(cycle_state& s) {
 
 class solution {
  public:
-  solution(hierarchy& h, controls& c, run_results& r) : s_(h, c), c_(c), results_(r) {
+  solution(hierarchy& h, controls& c, run_results& r, const own_accelerator& own)
+      : s_(h, c), c_(c), results_(r), own_(own) {
     if (c.show_un_res > 0) by_function_.allocate(std::max(1, c.nsys), "resids", "resids_alloc");
   }
 
   void run() {
+    if (!own_) prepare_cycles();
+    first_residual();
+    const double target = stop_target();
+    if (parm().ncyc_min <= 0 && results_.res_in <= target) return;
+    if (!own_ && stand_alone_cycles(target)) return;
+    accelerate(target);
+  }
+
+ private:
+  void prepare_cycles() {
     if (c_.igam > 4)
       prepare_one_level(s_);
     else
       prepare_smoothers(s_);
     if (c_.coarse_trace) show_coarse_convergence(s_);
-    first_residual();
-    const double target = stop_target();
-    if (parm().ncyc_min <= 0 && results_.res_in <= target) return;
-    if (stand_alone_cycles(target)) return;
-    accelerate(target);
   }
 
- private:
   level& fine() { return s_.at(1); }
 
   double residual_norm() {
@@ -153,9 +158,11 @@ class solution {
   }
 
   void accelerate(double target) {
-    trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm().itrace_sol);
+    if (!own_)
+      trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm().itrace_sol);
     stopping_rules rules(c_, fine().n, target);
     accelerated_run run{s_, results_, rules, by_function_};
+    if (own_) return own_(run);
     const auto traced = [&run](void (*method)(accelerated_run&), const char* name) {
       try {
         method(run);
@@ -183,6 +190,7 @@ class solution {
   cycle_state s_;
   controls& c_;
   run_results& results_;
+  const own_accelerator& own_;
   work_array<double> by_function_;
 };
 
@@ -203,9 +211,9 @@ cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
   for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
 }
 
-void tier_solve(hierarchy& h, controls& c, run_results& r) {
+void tier_solve(hierarchy& h, controls& c, run_results& r, const own_accelerator& own) {
   try {
-    solution(h, c, r).run();
+    solution(h, c, r, own).run();
   } catch (const failure&) {
     trace(1, "... in (tier_solve)", parm().itrace_sol);
     throw;

@@ -67,8 +67,8 @@ linear_system anisotropic(int m, double epsilon) {
 }
 
 linear_system turned_anisotropic(int m, double epsilon, double angle) {
-  // -(c^2 + e s^2) u_xx - (s^2 + e c^2) u_yy - 2 (1 - e) c s u_xy, the mixed term on the falling diagonal
-  // pair.
+  // -(c^2 + e s^2) u_xx - (s^2 + e c^2) u_yy - 2 (1 - e) c s u_xy,
+  // the mixed term on the falling diagonal pair.
   const double c = std::cos(angle), t = std::sin(angle);
   const double xx = c * c + epsilon * t * t, yy = t * t + epsilon * c * c, xy = (1 - epsilon) * c * t;
   return stencil_system("anisotropic, turned", m,

@@ -35,8 +35,8 @@ void use_threads(long threads) {
   tier::set_max_threads(1);
 }
 
-/// Seconds of the work: processor seconds with one thread, where other processes then count less, else
-/// elapsed.
+/// Seconds of the work: processor seconds with one thread,
+/// where other processes then count less, else elapsed.
 double seconds_of(const std::function<void()>& work) {
   const bool alone = tier::max_threads() == 1;
   const double start = alone ? tier::cpu_time() : tier::elapsed_time();

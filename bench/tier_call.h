@@ -6,8 +6,8 @@
 namespace bench {
 
 /// Digit codes of the call, smoothing before and behind the coarse level, variant of the Galerkin product.
-/// The defaults suit scalar systems without large positive couplings: V-cycles under GMRES(30), direct
-/// interpolation.
+/// The defaults suit scalar systems without large positive couplings:
+/// V-cycles under GMRES(30), direct interpolation.
 struct tier_settings {
   int matrix = 22, nsolve = 1, ncyc = 1300200, iswtch = 5110, nrd = 131, galerkin_variant = 0, nru = 131;
 };

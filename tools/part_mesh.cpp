@@ -25,8 +25,8 @@ int evenCount(double length, double cell, int least) {
   return std::max(least, 2 * static_cast<int>(std::lround(length / cell / 2.0)));
 }
 
-/// The numbers of cells for cells of about `cell` mm; even ones, so that a symmetric part has a symmetric
-/// mesh.
+/// The numbers of cells for cells of about `cell` mm; even ones,
+/// so that a symmetric part has a symmetric mesh.
 Cells cellsOf(const PartOptions& part, double cell) {
   Cells cells;
   if (part.shape == Shape::ribbed) {

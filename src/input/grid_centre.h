@@ -7,8 +7,8 @@
 
 namespace keld {
 
-/// Extremes per axis, cm. The start values stay in force: a part at negative coordinates alone has the
-/// maximum 1e-20.
+/// Extremes per axis, cm. The start values stay in force: a part at negative
+/// coordinates alone has the maximum 1e-20.
 struct Extent {
   std::array<double, 3> least{1e20, 1e20, 1e20};
   std::array<double, 3> most{1e-20, 1e-20, 1e-20};
@@ -19,8 +19,8 @@ struct Extent {
 /// point on a plane or in a thin grid so occupies several. One pass over the points, each by binary search.
 std::array<double, 3> occupiedCellCentre(const Extent& extent, std::span<const std::array<double, 3>> points);
 
-/// Bounds of the cells along one axis: plane 1 is the least coordinate, each next one the former plus the
-/// step.
+/// Bounds of the cells along one axis: plane 1 is the least coordinate,
+/// each next one the former plus the step.
 class GridAxis {
  public:
   static constexpr int cells = 100;

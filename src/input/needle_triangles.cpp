@@ -14,8 +14,8 @@
 namespace keld {
 namespace {
 
-/// The shortest height stands on the longest edge: twice the area over its square. 0 where all nodes lie at
-/// one place.
+/// The shortest height stands on the longest edge: twice the area over its square.
+/// 0 where all nodes lie at one place.
 double heightRatio(const std::array<Vector3, 3>& p) {
   const Vector3 a = p[1] - p[0], b = p[2] - p[0], c = p[2] - p[1];
   const double longest = std::max({norm(a), norm(b), norm(c)});

@@ -16,8 +16,8 @@ void copyRow(const FileElements& file, std::size_t from, std::size_t to) {
   elementTable.thickness[to] = file.thickness[from];
 }
 
-/// Copies the elements of one kind, in the order of their records, to the rows behind `row`; returns the
-/// last.
+/// Copies the elements of one kind, in the order of their records,
+/// to the rows behind `row`; returns the last.
 std::size_t copyElements(const FileElements& file, bool part, std::size_t row) {
   for (std::size_t record = 1; record < elementTable.fileOrder.size(); ++record) {
     const auto element = static_cast<std::size_t>(elementTable.fileOrder[record]);

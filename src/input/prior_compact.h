@@ -19,8 +19,8 @@ FileElements compactPartElements();
 /// Compact number of each part element by its number in the file, 0 for a runner element.
 std::vector<int> partElementNumbers(const FileElements& file);
 
-/// Writes the runner elements behind the part elements and releases the columns that only the file order
-/// needs.
+/// Writes the runner elements behind the part elements and releases the
+/// columns that only the file order needs.
 void appendRunnerElements(const FileElements& file);
 
 }  // namespace keld

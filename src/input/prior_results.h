@@ -18,8 +18,8 @@ struct RecordCheck {
 };
 
 /// Reads ".RS1" into `residualStressField`. An inconsistent file, or a direction triple that isn't
-/// orthonormal, leaves the neutral values and clears `residualStressValid`. savedNode3: by element number of
-/// the file.
+/// orthonormal, leaves the neutral values and clears `residualStressValid`.
+/// savedNode3: by element number of the file.
 RecordCheck readResidualStress(TextReader& file, const std::vector<int>& savedNode3);
 
 /// Reads ".PT1" into `elementTemperatureField`; runner elements are told by the compact table as it stands.

@@ -12,8 +12,8 @@ namespace keld {
 /// of the file that it has read.
 std::string readSolverSettings();
 
-/// Fills solverChoice, bcNode, cycleLimit and the choices of KELD's own section and echoes all into the open
-/// report.
+/// Fills solverChoice, bcNode, cycleLimit and the choices of KELD's own
+/// section and echoes all into the open report.
 void readSettingLines(TextReader& file);
 
 }  // namespace keld

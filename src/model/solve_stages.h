@@ -8,8 +8,8 @@
 
 namespace keld {
 
-/// displacement(freeDofList(k)) = rowSolution(k); all other freedoms get 0. A value that isn't finite ends
-/// the run.
+/// displacement(freeDofList(k)) = rowSolution(k); all other freedoms get 0.
+/// A value that isn't finite ends the run.
 void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
                        std::vector<double>& displacement);
 

@@ -1,6 +1,6 @@
 // What a moulding engineer takes for granted: formulas of flat plates, symmetry, and answers that don't
-// depend on numbers, place and direction. Distances between nodes are compared, as they don't depend on the
-// restraint.
+// depend on numbers, place and direction. Distances between nodes are compared,
+// as they don't depend on the restraint.
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Parts whose mesh has faults of single triangles, as real meshes do: what is no solution is told, and where
-// to mend.
+// Parts whose mesh has faults of single triangles, as real meshes do:
+// what is no solution is told, and where to mend.
 #include <gmock/gmock.h>
 
 #include <functional>

@@ -97,8 +97,8 @@ INSTANTIATE_TEST_SUITE_P(Surroundings, WholeRun,
                                          Surroundings{"OneThread", "job", "OMP_NUM_THREADS=1", "</dev/null"}),
                          [](const auto& where) { return std::string(where.param.name); });
 
-// Nothing hangs and nothing is half-written where memory ends in reading, in a parallel region or in a
-// library.
+// Nothing hangs and nothing is half-written where memory ends in reading,
+// in a parallel region or in a library.
 TEST(WholeRun, TooLittleMemoryEndsTheRun) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the sanitizers map far more than any limit";

@@ -20,8 +20,8 @@ struct TestMesh {
 /// diagonals alternating. With `jitter` inner nodes are moved within the plane by up to that part of a cell.
 TestMesh plateMesh(int nx, int ny, double lengthX, double lengthY, double jitter = 0.0);
 
-/// The plate with ribs: every `spacing`th row of cells also carries an upright wall, so that T-junctions
-/// arise.
+/// The plate with ribs: every `spacing`th row of cells also carries an
+/// upright wall, so that T-junctions arise.
 TestMesh ribbedMesh(int nx, int ny, int spacing);
 
 /// Moves every node by x -> rotation x + shift; rows of the rotation are orthonormal.
@@ -43,8 +43,8 @@ void runModelStages();
 /// matrix x vector of systemOfPass, both by reduced row from 1.
 std::vector<double> product(const std::vector<double>& vector);
 
-/// Reduced vector of a displacement field given at the wedge nodes, turned into the restraint frame where
-/// needed.
+/// Reduced vector of a displacement field given at the wedge nodes,
+/// turned into the restraint frame where needed.
 template <class Field>
 std::vector<double> reducedField(const Field& displacementAt) {
   std::vector<double> u(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);

@@ -1,5 +1,5 @@
-// A closed box skin in the tables: what a Shell run is given. Used by the shell tests and the shell
-// benchmark.
+// A closed box skin in the tables: what a Shell run is given.
+// Used by the shell tests and the shell benchmark.
 #pragma once
 
 #include <array>

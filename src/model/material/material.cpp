@@ -105,8 +105,8 @@ double volumeFractionOf(double weight, double rho) {
 }
 
 /// Derives the fraction that wasn't given, with the density of the last kind at its melt temperature. Where
-/// that gives no number the fraction isn't finite, which is a fault only of kinds that follow the filler
-/// rule.
+/// that gives no number the fraction isn't finite, which is a fault
+/// only of kinds that follow the filler rule.
 void completeFillerFractions() {
   const int kind = lastKind();
   const double rho = density(kind, 1e7, processRecord.meltTemperature[static_cast<std::size_t>(kind)]);

@@ -91,8 +91,8 @@ Contacts contactsOf(const IncidenceLists& trianglesAt, DisjointSets& sets, std::
 
 /// Joins all patches that have two nodes in common, which are the rings of four in the graph. Looked for from
 /// each vertex in falling order of degree, the vertex then being left out, they cost little even where many
-/// patches meet at a node (Chiba, Nishizeki, SIAM J. Comput. 14 (1985) 210-223). Returns whether any were
-/// joined.
+/// patches meet at a node (Chiba, Nishizeki, SIAM J. Comput. 14 (1985) 210-223).
+/// Returns whether any were joined.
 bool joinAtNodePairs(const Contacts& contacts, DisjointSets& sets) {
   const auto& vertex = contacts.vertex;
   const auto patches = static_cast<int>(contacts.root.size());

@@ -11,8 +11,8 @@ namespace keld {
 std::string scratchFileBytes();
 
 /// Takes nodes, elements and factors from the bytes when they belong to this mesh: equal counts, node 1
-/// within 1e-5 cm in each coordinate, the middle and the last node not off in all three. Changes nothing
-/// otherwise.
+/// within 1e-5 cm in each coordinate, the middle and the last node not off
+/// in all three. Changes nothing otherwise.
 bool acceptScratchFile(std::string_view bytes);
 
 /// The same with the file at the bare base name. A file that can't be written is only missed by the next run.

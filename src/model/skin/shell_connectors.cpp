@@ -166,8 +166,8 @@ class ConnectorMaker {
   std::vector<int> candidates_;
 };
 
-/// Sum and count of the thicknesses of elements at the two ends, an element with both ends counting twice, in
-/// element order.
+/// Sum and count of the thicknesses of elements at the two ends, an element with
+/// both ends counting twice, in element order.
 struct EndThickness {
   double sum = 0.0;
   int count = 0;

@@ -49,8 +49,8 @@ Vector3 centroid(int e) {
   return (corner[0] + corner[1] + corner[2]) / 3.0;
 }
 
-/// Replaces each triangle's thickness by the mean of its neighbours when all of them (one at least) satisfy
-/// `disagrees`(own, neighbour).
+/// Replaces each triangle's thickness by the mean of its neighbours when all of them
+/// (one at least) satisfy `disagrees`(own, neighbour).
 template <class Condition>
 void levelAgainstNeighbours(const IncidenceLists& neighbours, Condition disagrees) {
   std::vector<double> levelled(elementTable.thickness);

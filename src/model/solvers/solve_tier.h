@@ -24,8 +24,8 @@ struct TierOutcome {
 };
 
 /// Solves for the system's rowLoad into unknowns [1..n], which holds the first guess, by at most cycleLimit
-/// steps. The entries of a row may stand in another order afterwards. A cycleLimit outside 1 to 9999 ends the
-/// run.
+/// steps. The entries of a row may stand in another order afterwards.
+/// A cycleLimit outside 1 to 9999 ends the run.
 TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass);
 
 /// Frees the hierarchy that a first pass has kept.

@@ -100,8 +100,8 @@ void addAllElements(bool withMatrix, bool thermal) {
 #pragma omp parallel
   {
     const auto [thread, threads] = threadPlace();
-    // Nodes are numbered in order of first use, so that a range is a stretch of neighbouring elements as a
-    // rule.
+    // Nodes are numbered in order of first use, so that a range is a
+    // stretch of neighbouring elements as a rule.
     const NodeRange range{static_cast<int>(layer * thread / threads) + 1,
                           static_cast<int>(layer * (thread + 1) / threads)};
     addElementsOfNodes(range, withMatrix, thermal);
@@ -109,8 +109,8 @@ void addAllElements(bool withMatrix, bool thermal) {
 }
 
 /// Brings the diagonal of the node's second and third row to the front: the node's own columns, c1, c2, c3 at
-/// first, become c2, c3, c1 and c3, c1, c2. In the two rows of a node with two unknowns c3 is a neighbour's
-/// column.
+/// first, become c2, c3, c1 and c3, c1, c2. In the two rows of a node with
+/// two unknowns c3 is a neighbour's column.
 template <class Value>
 void diagonalFirst(std::vector<Value>& entries) {
   const int nodes = wedgeNumbering.wedgeNodeCount;

@@ -4,8 +4,8 @@
 
 namespace keld {
 
-/// Fills `volumes`. A mesh without any positive determinant, or with a volume that isn't finite, ends the
-/// run.
+/// Fills `volumes`. A mesh without any positive determinant,
+/// or with a volume that isn't finite, ends the run.
 void volumePass();
 
 /// Reports D5015 and D5016 of every element that earns them, once per integration point, in element order;

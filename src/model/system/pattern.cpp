@@ -32,8 +32,8 @@ std::vector<std::vector<int>> threadTables(std::size_t size) {
 
 int unknownsAt(int node) { return unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(node)]); }
 
-/// Element positions at the lower node of each pair, in element order; those at its mate are the same, one
-/// layer up.
+/// Element positions at the lower node of each pair, in element order;
+/// those at its mate are the same, one layer up.
 struct ElementsAtNode {
   struct Position {
     int element;
@@ -66,8 +66,8 @@ ElementsAtNode elementsAtNodes() {
   return list;
 }
 
-/// Lower nodes that share an element with a lower node, itself included; mark is a scratch table of one
-/// thread.
+/// Lower nodes that share an element with a lower node, itself included;
+/// mark is a scratch table of one thread.
 int countLowerNeighbours(int node, const ElementsAtNode& list, std::vector<int>& mark) {
   int count = 0;
   const auto n = static_cast<std::size_t>(node);

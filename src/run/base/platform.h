@@ -35,8 +35,8 @@ void preferLargePages(void* begin, std::size_t bytes);
 int runExternalProgram(const std::string& path, const std::vector<std::string>& words);
 
 /// Opens whichever of the three standard descriptors is closed, so that no file of the run takes its place,
-/// and lets writes to a console that has gone or beyond the file-size limit fail instead of ending the
-/// process.
+/// and lets writes to a console that has gone or beyond the file-size
+/// limit fail instead of ending the process.
 void secureStandardStreams();
 
 }  // namespace keld

@@ -50,8 +50,8 @@ class TextReader {
   std::optional<double> readDouble();         // also reads inf and nan, which needDouble refuses
 
   /// readDouble where other words may follow the number: finite, and not cut short within a number that is
-  /// written another way ("7,5", "1.2D3"). Otherwise the run ends: file, line, `expected` and what stood
-  /// there.
+  /// written another way ("7,5", "1.2D3"). Otherwise the run ends: file,
+  /// line, `expected` and what stood there.
   double needLeadingDouble(const std::string& expected);
 
   /// A whole token, which ends at white space or the end of the file. Anything else, a missing, overflowing

@@ -1,5 +1,5 @@
-// Kernels of block rows. A thread owns whole rows, and a row is formed in one order, so the bits depend on
-// nothing.
+// Kernels of block rows. A thread owns whole rows, and a row is formed in one order,
+// so the bits depend on nothing.
 #include "tier/aggregation/block_kernels.h"
 
 #include "tier/aggregation/block_lanes.h"

@@ -14,8 +14,8 @@ void multiply(const block_matrix<T>& a, const T* x, T* y);
 template <class T>
 void residual(const block_matrix<T>& a, const T* f, const T* x, T* r);
 
-/// x <- d <- beta D^-1 f, with the inverted diagonal blocks in `inverse`: the first step of the smoother from
-/// zero.
+/// x <- d <- beta D^-1 f, with the inverted diagonal blocks in `inverse`:
+/// the first step of the smoother from zero.
 template <class T>
 void first_step(const from_zero<T>& inverse, int n, int rows, const T* f, T beta, T* d, T* x);
 

@@ -34,8 +34,8 @@ class block_rows {
 /// Numbers of a column of a block in work space, where it is rounded up to whole registers.
 int padded(int rows);
 
-/// out += (row of A) P: place[J] says which block of `out` belongs to coarse column J; blocks of padded(b) x
-/// m.
+/// out += (row of A) P: place[J] says which block of `out` belongs to
+/// coarse column J; blocks of padded(b) x m.
 template <class T>
 void add_row_product(const double* row, const int* columns, int count, int b, const block_matrix<T>& p,
                      const int* place, double* out);

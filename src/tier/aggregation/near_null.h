@@ -21,8 +21,8 @@ struct given_modes {
 extern const per_context<given_modes> modes_of_caller;
 
 /// Number of near-null vectors that level 1 will have. Modes or coordinates of another system end the call
-/// (50), and so do coordinates for other functions than translations in 2 or 3 directions, or 3 with
-/// rotations.
+/// (50), and so do coordinates for other functions than translations in
+/// 2 or 3 directions, or 3 with rotations.
 int count_modes(const level& fine, int functions);
 
 /// Vectors by points, b x m blocks.

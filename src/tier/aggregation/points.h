@@ -20,8 +20,8 @@ struct point_layout {
 /// Points by the level's ip, without it each row is one. A point of more than 12 rows ends the call (50).
 point_layout lay_out_points(const level& fine);
 
-/// Block rows of the caller's matrix times `scale`. A place of the diagonal without a row gets the mean of
-/// the others.
+/// Block rows of the caller's matrix times `scale`. A place of the diagonal
+/// without a row gets the mean of the others.
 class caller_rows {
  public:
   caller_rows(const level& fine, const point_layout& layout, double scale);

@@ -17,8 +17,8 @@ struct system_scaling {
 /// zeros are removed (iforce0 2): the caller's a is never written then.
 void bind_level_one(level& fine, const call_arguments& call, const controls& c);
 
-/// Modifies the system, in a copy of its matrix and right-hand side, as modify_mat asks for; not with
-/// iswit 1.
+/// Modifies the system, in a copy of its matrix and right-hand side,
+/// as modify_mat asks for; not with iswit 1.
 void modify_level_one(level& fine, system_scaling& scaling, const controls& c);
 
 /// Ends the use of the caller's arrays and frees the copies.

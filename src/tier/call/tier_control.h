@@ -6,8 +6,8 @@
 namespace tier {
 
 /// Does what the run digit asks for: iswit 1, 3, 4, 5 once, unless nothing is to do or the first guess
-/// already satisfies eps; iswit 6 to 8 under the automatic control, which decides when a hierarchy is made
-/// anew.
+/// already satisfies eps; iswit 6 to 8 under the automatic control,
+/// which decides when a hierarchy is made anew.
 void tier_cntrl(call_state& s);
 
 }  // namespace tier

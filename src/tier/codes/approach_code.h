@@ -1,5 +1,5 @@
-// Decoding of nsolve: approach, smoother type, primary matrix and interpolation weights. Called by
-// tier_input.
+// Decoding of nsolve: approach, smoother type, primary matrix and
+// interpolation weights. Called by tier_input.
 #pragma once
 
 #include "tier/codes/call_arguments.h"

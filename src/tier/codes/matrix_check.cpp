@@ -30,8 +30,8 @@ struct caller_matrix {
   fail(ierr_bad_matrix, std::string("Array <") + name + "> not properly defined! " + why + " (matrix_check)");
 }
 
-/// The smallest i in lo..hi for which bad(i), hi + 1 if there is none; the same for any team. `rows`: of each
-/// i.
+/// The smallest i in lo..hi for which bad(i), hi + 1 if there is none;
+/// the same for any team. `rows`: of each i.
 template <class Predicate>
 int first_bad(int lo, int hi, Predicate bad, int rows = 1) {
   std::atomic<int> first{hi + 1};

@@ -20,8 +20,8 @@ void check_points(const call_arguments& call, const controls& c);
 
 /// The checks of chktol >= 0. Logical: a column twice, a negative diagonal (40), a function without variable
 /// (warning -40), isym 1 without the counterpart of an entry (50). Numerical, chktol > 0: row sums where
-/// irow0 or iscale says that they vanish, and |a_ij - a_ji| for isym 1, against chktol times the diagonal
-/// (-50).
+/// irow0 or iscale says that they vanish, and |a_ij - a_ji| for isym 1,
+/// against chktol times the diagonal (-50).
 void test_matrix(const call_arguments& call, const controls& c);
 
 }  // namespace tier

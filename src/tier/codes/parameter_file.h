@@ -15,8 +15,8 @@ void read_input_parms(call_arguments& call);
 /// The name of the input file that exists, empty if there is none.
 std::string input_file_name();
 
-/// Reads one file into the parameters and the call; `simple` also knows the names that are TIER_SIMPLE's
-/// alone.
+/// Reads one file into the parameters and the call; `simple` also knows
+/// the names that are TIER_SIMPLE's alone.
 void read_assignments(const std::string& file, call_arguments& call, bool simple);
 
 /// Sets a code of TIER_SIMPLE by its name ("control" is matrix). False for another name.

@@ -5,8 +5,8 @@
 
 namespace tier {
 
-/// At an iout level of 0 or more the counters and residuals, at 1 or more the average reduction, times and
-/// memory.
+/// At an iout level of 0 or more the counters and residuals,
+/// at 1 or more the average reduction, times and memory.
 void print_workcount(const controls& c, const run_results& r);
 
 /// Residuals of the system before its modification by modify_mat.

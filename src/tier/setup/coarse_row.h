@@ -22,8 +22,8 @@ inline bool sums_restricted_rows(const level& fine) { return !fine.iu; }
 class coarse_row_former {
  public:
   /// Memory of a thread: markers [1..fine variables] and [1..coarse variables], zero at first, and a row of
-  /// R A with room for all its entries. A former that neither counts nor sums up rows of R A needs the coarse
-  /// marker alone.
+  /// R A with room for all its entries. A former that neither counts nor sums
+  /// up rows of R A needs the coarse marker alone.
   struct scratch {
     view<int> fine_marker, coarse_marker, columns;
     view<double> sums;
@@ -35,8 +35,8 @@ class coarse_row_former {
   /// Entries of coarse row c. Not to be mixed with form() on the same scratch.
   int count(int c);
 
-  /// Writes row c from position `start` on; returns the next free position, or 0 when the row might end
-  /// behind `limit`.
+  /// Writes row c from position `start` on; returns the next free position,
+  /// or 0 when the row might end behind `limit`.
   std::int64_t form(int c, std::int64_t start, std::int64_t limit, view<int> ja, view<double> a);
 
  private:

@@ -1,5 +1,5 @@
-// The rows that set-up works on: the matrix of a level or its primary matrix of points, and interpolation
-// weights.
+// The rows that set-up works on: the matrix of a level or its primary
+// matrix of points, and interpolation weights.
 #pragma once
 
 #include <algorithm>

@@ -10,8 +10,8 @@
 namespace tier {
 
 /// First pass of Ruge and Stueben on rows lo..hi; couplings that leave the block count for nothing.
-/// Call in order: allocate_counts, count, allocate_lists, run. Time and memory are linear in the block's
-/// strong couplings.
+/// Call in order: allocate_counts, count, allocate_lists, run. Time and memory
+/// are linear in the block's strong couplings.
 class first_pass {
  public:
   /// state [1..n]: C, FF, not taking part or undecided at the start; run turns undecided ones into C and F.

@@ -37,8 +37,8 @@ class interpolation_row {
   /// are. -1: no room.
   int start(int i, bool all_c = false);
 
-  /// Replaces strong F columns by their rows of A; extended: large positive weak couplings too. False: no
-  /// room.
+  /// Replaces strong F columns by their rows of A; extended:
+  /// large positive weak couplings too. False: no room.
   bool eliminate_rows(bool extended);
 
   /// Replaces column j by its interpolation row. False: no room.

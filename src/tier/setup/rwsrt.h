@@ -35,8 +35,8 @@ struct strength_counts {
 ///   type 4  as 3, a failed elimination leaves the row as type 1 has it
 ///   type 5  as 4, a row with positive couplings alone takes its largest ones
 /// The order of entries within a row changes for good. ja[ia[i]] becomes the position of the last strong
-/// coupling, ia[i] without one, 0 where the row cannot be interpolated. The result does not depend on the
-/// team.
+/// coupling, ia[i] without one, 0 where the row cannot be interpolated.
+/// The result does not depend on the team.
 strength_counts rwsrt(const couplings& m, const strength_options& o);
 
 /// Writes the counters that are above 0.

@@ -101,8 +101,8 @@ bool weight_assembly::keep(part& p, const interpolation_row& row) {
   return true;
 }
 
-// Variable i, or all variables of its point, whose earlier rows are rewritten, become C. `last` is the last
-// one.
+// Variable i, or all variables of its point, whose earlier rows are rewritten,
+// become C. `last` is the last one.
 bool weight_assembly::turn(part& p, int i, int& last) {
   int lo = i, hi = i;
   if (by_points_) {

@@ -36,8 +36,8 @@ void new_cgc(accelerated_run& run);
 /// J. Sci. Comput. 22 (2000) 1444-1460. Numbers as for new_cgc.
 void flexcg_skcycle(accelerated_run& run);
 
-/// z <- M^-1 v: inner_accel cycles from zero, or with igam 5 the diagonal, with igam 6 an incomplete
-/// factorisation.
+/// z <- M^-1 v: inner_accel cycles from zero, or with igam 5 the diagonal,
+/// with igam 6 an incomplete factorisation.
 void precondition(accelerated_run& run, view<double> v, view<double> z, std::string_view reason);
 
 /// Residual norm of level 1's u, the residual itself in r; with show_un_res also by function.

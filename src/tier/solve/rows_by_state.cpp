@@ -10,8 +10,8 @@ namespace {
 
 bool coarse(const level& l, int i) { return l.icg[i] > 0; }
 
-// Of rows that overlap, y begins before x in move_down and behind it in move_up. They are too short for
-// memmove.
+// Of rows that overlap, y begins before x in move_down and behind it in move_up.
+// They are too short for memmove.
 template <class T>
 void move_down(const T* x, int count, T* y) {
   for (int k = 0; k < count; ++k) y[k] = x[k];
@@ -30,8 +30,8 @@ T* begin_numbers(double* room, std::int64_t count) {
   return first;
 }
 
-/// Rows ia[i] .. ia[i+1]-1 of x: C rows into the room, F rows together, C rows behind them; the C rows have
-/// `stored` entries.
+/// Rows ia[i] .. ia[i+1]-1 of x: C rows into the room, F rows together,
+/// C rows behind them; the C rows have `stored` entries.
 template <class T>
 void move_coarse_behind(const level& l, view<int> ia, T* x, double* room, std::int64_t stored) {
   T* const store = begin_numbers<T>(room, stored);

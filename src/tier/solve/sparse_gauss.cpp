@@ -53,8 +53,8 @@ void sparse_gauss::choose_dense_block() {
   estimated_u_ = estimated_l_;
 }
 
-// Search from `from` along the columns of L that are known; columns of A are left on the stack, deepest last,
-// in place_[top..n].
+// Search from `from` along the columns of L that are known; columns of A are left
+// on the stack, deepest last, in place_[top..n].
 void sparse_gauss::depth_first(int from, int& top) {
   int depth = 1;
   stack_[1] = from;

@@ -27,8 +27,8 @@ context& default_context() {
 thread_local std::shared_ptr<context> chosen;  // null: the default one
 thread_local context* current = nullptr;       // what here() gives; another one while a context goes
 
-/// The thread turns to `next`. A context that goes with that is current to the end, since what it frees is
-/// counted there.
+/// The thread turns to `next`. A context that goes with that is current to the end,
+/// since what it frees is counted there.
 void turn_to(std::shared_ptr<context> next) {
   chosen.swap(next);
   next.reset();

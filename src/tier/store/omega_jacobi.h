@@ -1,5 +1,5 @@
-// The caller's damping factors of Jacobi steps. Set by TIER_OMEGA_JACOBI_SET, read by solve_data and
-// smoothers.
+// The caller's damping factors of Jacobi steps. Set by TIER_OMEGA_JACOBI_SET,
+// read by solve_data and smoothers.
 #pragma once
 
 #include <vector>

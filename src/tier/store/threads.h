@@ -1,5 +1,5 @@
-// Thread teams of the kernels: how many, which rows each owns, and sums whose parts are added in thread
-// order.
+// Thread teams of the kernels: how many, which rows each owns,
+// and sums whose parts are added in thread order.
 #pragma once
 
 #include <cstdint>

@@ -25,8 +25,8 @@ void count_words(std::int64_t count, std::size_t size) {
 }
 
 /// Storage that starts at a cache line, so that vector loops start aligned. Long arrays ask the system for
-/// large pages: that spares most page faults, a seventh of the time of set-up, and most misses of address
-/// translation.
+/// large pages: that spares most page faults, a seventh of the time of set-up,
+/// and most misses of address translation.
 void* aligned_bytes(std::size_t bytes) {
   constexpr std::size_t line = 64, large_page = std::size_t{1} << 21;
   const bool large = bytes >= 2 * large_page;

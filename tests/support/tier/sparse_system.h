@@ -35,8 +35,8 @@ sparse_system five_point_neumann(int m);
 /// nsys copies of a scalar system, point by point, with a small coupling across functions.
 sparse_system coupled(const sparse_system& scalar, int nsys, double coupling);
 
-/// Symmetric pattern and values, about `degree` neighbours a row, a share of them positive; dominant
-/// diagonal.
+/// Symmetric pattern and values, about `degree` neighbours a row,
+/// a share of them positive; dominant diagonal.
 sparse_system random_system(int n, int degree, double positive_share, unsigned seed);
 
 /// Level 1 as views of the system; points and functions where the system has them.

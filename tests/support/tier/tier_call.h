@@ -1,5 +1,5 @@
-// A call of TIER as an application makes it, with everything it says and returns. Used by the tests of the
-// frame.
+// A call of TIER as an application makes it, with everything it says and returns.
+// Used by the tests of the frame.
 #pragma once
 
 #include <string>

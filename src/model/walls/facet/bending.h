@@ -8,8 +8,8 @@
 namespace keld {
 
 /// Curvatures (xx, yy, xy doubled; 1/cm) of the unknowns w1 p1 q1 ... q3 at the three points of area
-/// coordinates (2/3, 1/6, 1/6), which integrate products of them exactly; w in cm, p and q rotations about x
-/// and y.
+/// coordinates (2/3, 1/6, 1/6), which integrate products of them exactly;
+/// w in cm, p and q rotations about x and y.
 using CurvaturePoints = std::array<std::array<Vector3, 9>, 3>;
 
 /// Batoz, Bathe, Ho, Int. J. Numer. Methods Eng. 15 (1980) 1771-1812.

@@ -1,6 +1,6 @@
 // One facet: stiffness and load of a flat triangle of a shell in global axes. Pure arithmetic.
-// Called by the facet wall. Unknowns of a corner: displacement u, then c w, the rotation vector times a
-// length.
+// Called by the facet wall. Unknowns of a corner: displacement u,
+// then c w, the rotation vector times a length.
 #pragma once
 
 #include <array>

@@ -9,8 +9,8 @@
 
 namespace keld {
 
-/// A mesh node's first triple is the displacement of the mid surface, its second the rotation vector times
-/// rotationLength.
+/// A mesh node's first triple is the displacement of the mid surface,
+/// its second the rotation vector times rotationLength.
 class FacetWall final : public WallModel {
  public:
   const char* name() const override { return "facet"; }

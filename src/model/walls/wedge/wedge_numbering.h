@@ -5,8 +5,8 @@
 namespace keld {
 
 /// Each node of a triangle becomes wedge nodes n and n + T with equal coordinates, in order of first use;
-/// nodes of runner elements alone follow behind 2T. Rewrites node1 to node6, NodeTable and the boundary node
-/// numbers.
+/// nodes of runner elements alone follow behind 2T. Rewrites node1 to node6,
+/// NodeTable and the boundary node numbers.
 void renumberWedgeNodes();
 
 }  // namespace keld

@@ -16,8 +16,8 @@ Matrix3 tensorOf(const Matrix6& d, const Vector6& strain) {
   return {{{q[0], q[3], q[4]}, {q[3], q[1], q[5]}, {q[4], q[5], q[2]}}};
 }
 
-/// Mean of in-mold and total displacement over three nodes, the two added; each term is divided before the
-/// adding.
+/// Mean of in-mold and total displacement over three nodes, the two added;
+/// each term is divided before the adding.
 Vector3 meanDisplacement(const std::array<int, 3>& node) {
   Vector3 mean{};
   for (int n : node) {

@@ -34,8 +34,8 @@ const TestMesh square{{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}, {1, 1, 0}},
 TEST_F(Restraint, TiesGoToTheEarliestFarthestAndTheLatestWidestNode) {
   loadModel(square);
   selectBoundaryNodes(Joining::byTwoNodes);
-  // Nodes in order of discovery: 1, 2, 5, 3, 4. All corners are equally far from 5; 2 and 4 span equal
-  // triangles.
+  // Nodes in order of discovery: 1, 2, 5, 3, 4. All corners are equally far from 5;
+  // 2 and 4 span equal triangles.
   EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, 5);
   EXPECT_EQ(boundaryNodes.at(0).boundaryNode2, 1);
   EXPECT_EQ(boundaryNodes.at(0).boundaryNode3, 4);

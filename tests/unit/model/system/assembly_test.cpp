@@ -1,5 +1,5 @@
-// Pattern, assembly and loads on whole small meshes: hand case, plain dense assembly, fields with known
-// answer, threads.
+// Pattern, assembly and loads on whole small meshes: hand case, plain dense assembly,
+// fields with known answer, threads.
 #include "model/system/assembly.h"
 
 #include <gmock/gmock.h>
@@ -163,8 +163,8 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
   EXPECT_EQ(missed, 0.0);
 }
 
-// The displacement that leaves a stress-free part, taken from boundary node 1 and turned so that the frame
-// holds.
+// The displacement that leaves a stress-free part, taken from boundary
+// node 1 and turned so that the frame holds.
 TEST_F(Assembly, UniformCoolingOfAFlatPlateIsSolvedByFreeShrinkage) {
   loadModel(moved(plateMesh(7, 5, 6.0, 4.0, 0.3), skewRotation(), {5, -4, 3}));
   assemble();

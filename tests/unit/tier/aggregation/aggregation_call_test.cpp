@@ -1,5 +1,5 @@
-// Calls of TIER with smoothed aggregation: steps on systems of known kinds, doors and their errors,
-// re-starts.
+// Calls of TIER with smoothed aggregation: steps on systems of known kinds,
+// doors and their errors, re-starts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Whole calls: what is solved, what stays, re-starts, the control layer, transformations, and failing
-// allocations.
+// Whole calls: what is solved, what stays, re-starts, the control layer,
+// transformations, and failing allocations.
 #include "tier/call/tier_main.h"
 
 #include <gmock/gmock.h>

@@ -185,8 +185,8 @@ INSTANTIATE_TEST_SUITE_P(Digits, Refused,
                                                  80}),
                          [](const auto& c) { return std::string(c.param.name); });
 
-// Each allocation fails in turn: an error in the words of the routine, the rows as they were, all memory
-// back.
+// Each allocation fails in turn: an error in the words of the routine,
+// the rows as they were, all memory back.
 TEST(CreateLevels, SurvivesEveryFailedAllocation) {
   const sparse_system original = coupled(five_point(14), 2, 0.1);
   const std::int64_t integers = tier::memory().nisum, reals = tier::memory().ndsum;

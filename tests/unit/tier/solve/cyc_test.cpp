@@ -1,5 +1,5 @@
-// Cycles over hand-made Galerkin levels of a chain: the order of visits, sweeps, two-grid exactness,
-// minimisation.
+// Cycles over hand-made Galerkin levels of a chain: the order of visits,
+// sweeps, two-grid exactness, minimisation.
 #include "tier/solve/cyc.h"
 
 #include <gmock/gmock.h>

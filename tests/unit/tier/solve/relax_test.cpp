@@ -1,5 +1,5 @@
-// Smoothing codes and steps against numbers from paper; parallel steps against a loop that freezes foreign
-// rows.
+// Smoothing codes and steps against numbers from paper; parallel steps
+// against a loop that freezes foreign rows.
 #include "tier/solve/relax.h"
 
 #include <gtest/gtest.h>

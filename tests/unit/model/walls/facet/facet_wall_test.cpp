@@ -199,8 +199,8 @@ TEST_F(FacetWallTest, APlateHotterAboveBecomesABowlOfTheExactCurvature) {
   EXPECT_LT(difference(d.place, d.total, bowl), 1e-9);
 }
 
-// Strains of -3e-3 along the walls and -8e-3 across: a right angle closes by pi / 2 (e_t - e_r), free of
-// stress.
+// Strains of -3e-3 along the walls and -8e-3 across: a right angle closes
+// by pi / 2 (e_t - e_r), free of stress.
 TEST_F(FacetWallTest, ARightAngleSpringsInByTheDifferenceOfItsShrinkages) {
   const TestMesh mesh = lMesh();
   const Deformation d = deformed(mesh, facet_walls, [] {

@@ -1,5 +1,5 @@
-// Facets as a shell: folded parts of an independent program, beams and plates of theory, and the shells of
-// the literature.
+// Facets as a shell: folded parts of an independent program, beams and plates of theory,
+// and the shells of the literature.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -125,8 +125,8 @@ TEST_F(ShellOfTheLiterature, PinchedCylinder) {
   EXPECT_NEAR(body.solve()[top] / -1.8248e-5, 1.003, 0.005);
 }
 
-// MacNeal and Harder: a quarter of the hemisphere with a hole of 18 degrees, pulled and pushed at its
-// equator.
+// MacNeal and Harder: a quarter of the hemisphere with a hole of 18 degrees,
+// pulled and pushed at its equator.
 TEST_F(ShellOfTheLiterature, HemisphereWithHole) {
   const auto place = [](double s, double t) {
     const double around = 0.5 * pi * s, up = 72.0 * pi / 180.0 * t;

@@ -145,9 +145,8 @@ int main(int argc, char** argv) {
       [&] { return bench::jumping_coefficients(m2, 1e6); }};
 
   std::printf(
-      "| system | unknowns | TIER s (steps, residual) | BoomerAMG classical | BoomerAMG defaults | ratio to "
-      "the "
-      "better |\n|---|---|---|---|---|---|\n");
+      "| system | unknowns | TIER s (steps, residual) | BoomerAMG classical "
+      "| BoomerAMG defaults | ratio to the better |\n|---|---|---|---|---|---|\n");
   double product = 1.0;
   int count = 0;
   for (const auto& make : makers) {

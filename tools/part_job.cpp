@@ -236,8 +236,8 @@ void writeProcess(const std::string& path, const JobOptions& job) {
 
 void writeSettings(const std::string& path, const JobOptions& job) {
   TextFile file(path);
-  file << "Computing settings\n\n[Keld_ComputeData]\nOne value a line.\nBoundary nodes 0: chosen by the "
-          "program.\n";
+  file << "Computing settings\n\n[Keld_ComputeData]\nOne value a line.\n"
+          "Boundary nodes 0: chosen by the program.\n";
   const std::array<int, 10> values{0, job.solverChoice, 0, 0, 0, 0, 0, 0, 0, job.cycleLimit};
   constexpr std::array words{"Not used",        "Solver, 2 direct, else multigrid",
                              "Not used",        "Not used",
@@ -264,8 +264,8 @@ void writePolymer(const std::string& path, const JobOptions& job) {
   file << "Generic " << polymer.name << ", typical published values, no grade of a producer\n\n[First_Kind]\n"
        << " Kind = 1\n Number = 1\n Producer = generic\n Grade = " << polymer.name << "\n"
        << " Units: cm, g, s, dyn/cm2, degrees Celsius in the two temperatures, kelvin elsewhere.\n"
-       << " A record is a count and so many numbers.\n The records without a unit are not used by the "
-          "analysis.\n";
+       << " A record is a count and so many numbers.\n"
+          " The records without a unit are not used by the analysis.\n";
   file << "   Melt and mould temperature (C) = 2  " << polymer.melt << "  " << polymer.mould << "\n";
   file << "   Property 2 = 0\n   Property 3 = 0\n   Property 4 = 0\n   Specific volume, two-domain Tait = 13";
   for (std::size_t k = 0; k < polymer.pvt.size(); ++k)
@@ -277,8 +277,8 @@ void writePolymer(const std::string& path, const JobOptions& job) {
   file << "   Property 11 = 0\n   Value 16 = 0\n   Value 17 = 0\n"
        << "   Filler: free, value 2, expansion (1/K), modulus (dyn/cm2), Poisson ratio, density (g/cm3)"
        << " = 6  0  25  5e-06  7.2e+11  0.22  2.55\n"
-       << "   Value 19 = 0\n   Value 20 = 0\n   Values 21 = 0\n   Series 22 = 0\n   Series 23 = 0\n   Series "
-          "24 = 0\n"
+       << "   Value 19 = 0\n   Value 20 = 0\n   Values 21 = 0\n   Series 22 = 0\n   Series 23 = 0\n"
+          "   Series 24 = 0\n"
        << "   Shear modulus (dyn/cm2), 0 entries for E / (2 (1 + nu)) = 0\n";
   file.close();
 }

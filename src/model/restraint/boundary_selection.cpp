@@ -101,16 +101,14 @@ void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& pi
   for (std::size_t i = 1; i <= 3; ++i) {
     if (given[i] < 1 || given[i] > nodeTable.nodeCount) {
       vFail(
-          "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d: a node number from 1 to %d was "
-          "expected, or "
-          "0 to have all three chosen.\n",
+          "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d: a node "
+          "number from 1 to %d was expected, or 0 to have all three chosen.\n",
           i, workingFiles.cpu.c_str(), workingFiles.bc1.c_str(), given[i], nodeTable.nodeCount);
     }
     if (pieceOfNode[static_cast<std::size_t>(given[i])] == no_piece) {
       vFail(
-          "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d, which belongs to no triangle: a node "
-          "of the "
-          "part was expected, or 0 to have all three chosen.\n",
+          "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d, which belongs to "
+          "no triangle: a node of the part was expected, or 0 to have all three chosen.\n",
           i, workingFiles.cpu.c_str(), workingFiles.bc1.c_str(), given[i]);
     }
   }
@@ -143,10 +141,9 @@ void requireOwnNodes(const std::vector<std::vector<int>>& nodes, const Pieces& p
     if (nodes[piece].size() >= 3) continue;
     const auto corner = cornerNodesOf(e);
     vFail(
-        "\n !! Error !!  The part of \"%s\" is in %d pieces, and the one with the triangle of nodes %d, %d "
-        "and "
-        "%d can't be held: three nodes were expected that belong to no other piece, it has %zu. Pieces that "
-        "meet at single nodes need edges in common.\n",
+        "\n !! Error !!  The part of \"%s\" is in %d pieces, and the one with the triangle "
+        "of nodes %d, %d and %d can't be held: three nodes were expected that belong to no "
+        "other piece, it has %zu. Pieces that meet at single nodes need edges in common.\n",
         workingFiles.pg1.c_str(), pieces.count, corner[0], corner[1], corner[2], nodes[piece].size());
   }
 }

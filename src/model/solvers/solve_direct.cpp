@@ -225,10 +225,9 @@ void DirectSolver::checkRegular() {
   const double growth = std::sqrt(answerSquare / loadSquare);
   if (!(growth < growthLimit)) {
     vFail(
-        "\n !! Error !!  The stiffness matrix is singular: the part isn't held in place (a load grows by "
-        "%.1e in "
-        "the direct solver, the limit is %.0e). Do all triangles hang together, by more than a corner or a "
-        "hinge?\n",
+        "\n !! Error !!  The stiffness matrix is singular: the part isn't held "
+        "in place (a load grows by %.1e in the direct solver, the limit is %.0e). "
+        "Do all triangles hang together, by more than a corner or a hinge?\n",
         growth, growthLimit);
   }
 }

@@ -139,9 +139,8 @@ void diagonalFirst(std::vector<Value>& entries) {
   const std::string fault = culprit > 0 ? wallModel().faultOf(wallElement(culprit, thermal)) : "";
   if (!fault.empty()) vFail("\n !! Error !!  Part element %d %s\n", culprit, fault.c_str());
   vFail(
-      "\n !! Error !!  Stiffness or load of part element %d isn't a finite number: check its thickness and "
-      "nodes in "
-      "\"%s\", its stress in \"%s\", its temperatures and the moduli in \"%s\".\n",
+      "\n !! Error !!  Stiffness or load of part element %d isn't a finite number: check its thickness "
+      "and nodes in \"%s\", its stress in \"%s\", its temperatures and the moduli in \"%s\".\n",
       culprit, workingFiles.pg1.c_str(), workingFiles.rs1.c_str(), workingFiles.mal.c_str());
 }
 

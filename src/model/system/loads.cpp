@@ -39,9 +39,8 @@ std::vector<double> determinants() {
 void noteElement(int element, double determinant) {
   if (!std::isfinite(determinant)) {
     vFail(
-        "\n !! Error !!  The volume of part element %d isn't a finite number: check the coordinates of its "
-        "nodes "
-        "and its thickness in \"%s\".\n",
+        "\n !! Error !!  The volume of part element %d isn't a finite number: "
+        "check the coordinates of its nodes and its thickness in \"%s\".\n",
         element, workingFiles.pg1.c_str());
   }
   if (determinant > 0.0) return;
@@ -93,8 +92,8 @@ void volumePass() {
   reportBadElements();
   if (positiveCount == 0) {
     vFail(
-        "\n !! Error !!  No part element of \"%s\" has a positive volume: check thickness and node "
-        "coordinates.\n",
+        "\n !! Error !!  No part element of \"%s\" has a positive "
+        "volume: check thickness and node coordinates.\n",
         workingFiles.pg1.c_str());
   }
   volumes.meanJacobian = positiveSum / positiveCount;

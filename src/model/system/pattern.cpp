@@ -167,9 +167,8 @@ void patternSearch() {
     entries += static_cast<long>(unknownsAt(n)) * rowWidth[static_cast<std::size_t>(n)];
   if (entries >= INT_MAX) {
     vFail(
-        "\n !! Error !!  The system has %ld matrix entries, more than 32-bit indices can number (%d): use a "
-        "coarser "
-        "mesh.\n",
+        "\n !! Error !!  The system has %ld matrix entries, more "
+        "than 32-bit indices can number (%d): use a coarser mesh.\n",
         entries, INT_MAX - 1);
   }
 }

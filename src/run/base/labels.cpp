@@ -59,9 +59,8 @@ void needLineWith(TextReader& file, std::string_view tag, const char* hint) {
 std::string fileBytes(const std::string& path, const char* what) {
   if (!fileReadable(path))
     vFail(
-        "\n !! Error !!  Cannot open the %s %s: is the folder before 2@ the installation, with a separator "
-        "at "
-        "its end?\n",
+        "\n !! Error !!  Cannot open the %s %s: is the folder before "
+        "2@ the installation, with a separator at its end?\n",
         what, path.c_str());
   return TextReader::readWhole(path);
 }

@@ -4,11 +4,9 @@
 
 #include <vector>
 
-namespace keld {
+#include "model/walls/joining.h"
 
-/// What joins two patches of triangles, which depends on the unknowns of a node: two common nodes where it
-/// has displacements alone (one is a hinge), one where it has rotations too.
-enum class Joining { byTwoNodes, byOneNode };
+namespace keld {
 
 /// Pieces are numbered from 1 in the order of their first triangle.
 struct Pieces {

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "model/material/oriented_material.h"
-#include "model/restraint/pieces.h"
 #include "model/walls/element_matrix.h"
+#include "model/walls/joining.h"
 
 namespace keld {
 

@@ -93,7 +93,7 @@ def check_bodies(mesh: JobMesh, edges: surface.Edges, place: str, findings: Find
         findings.warn(
             place,
             f"{len(bodies)} bodies that share no node ({', '.join(where[:5])}"
-            f"{', ...' if len(bodies) > 5 else ''}): only one of them is held, so that KELD can't solve; "
+            f"{', ...' if len(bodies) > 5 else ''}): each is held by itself, wherever the others move; "
             "merge_tolerance_mm in [mesh] joins nodes of one place",
         )
     # Sides in the order of their edge: neighbours in that order with the same edge belong together.
@@ -105,7 +105,7 @@ def check_bodies(mesh: JobMesh, edges: surface.Edges, place: str, findings: Find
         findings.warn(
             place,
             f"the triangles form {patches} patches that hang together at single nodes only, as on a "
-            "hinge; such a part can move freely, and KELD can't solve",
+            "hinge; KELD holds each patch by itself, which strains the hinges",
         )
 
 

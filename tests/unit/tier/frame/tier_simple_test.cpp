@@ -95,7 +95,8 @@ TEST_F(TierSimple, TriesAgainWithIlu) {
   EXPECT_EQ(std::tuple(parm().levelx, parm().nrc, parm().force_accel),
             std::tuple(tier::unset_integer, 9, false));
   // The file asked for a hierarchy that stays; the second run sets up for itself and cleans up.
-  EXPECT_EQ(std::pair(tier::memory().nisum, tier::memory().ndsum), std::pair(std::int64_t{0}, std::int64_t{0}));
+  EXPECT_EQ(std::pair(tier::memory().nisum, tier::memory().ndsum),
+            std::pair(std::int64_t{0}, std::int64_t{0}));
 }
 
 TEST_F(ParameterFile, IsReadOnlyWhenBothSwitchesAllowIt) {

@@ -53,8 +53,8 @@ TEST(StoppingRules, ApproximationsCountWhenAllKeptOnesAreNear) {
   const auto near = std::vector<double>{8.0, 8.0, 8.5}, far = std::vector<double>{7.0, 8.0, 8.0};
   for (const auto& [u, residuals, expected] : {sequence{near, {1.0, 1.0, 1.0}, decision::stagnation},
                                                {near, {2.0, 3.0, 2.0}, decision::stagnation},  // oscillation
-                                               {near, {3.0, 2.0, 1.0}, decision::go_on},       // still falling
-                                               {near, {1.0, 2.0, 3.0}, decision::go_on},       // divergence
+                                               {near, {3.0, 2.0, 1.0}, decision::go_on},  // still falling
+                                               {near, {1.0, 2.0, 3.0}, decision::go_on},  // divergence
                                                {far, {2.0, 3.0, 2.0}, decision::go_on}}) {
     const controls c = rules(2, 2, {1, 0, 1, 0});
     stopping_rules r(c, 1, 1e-8);
@@ -63,6 +63,18 @@ TEST(StoppingRules, ApproximationsCountWhenAllKeptOnesAreNear) {
       r.check_approximations(view<const double>(&u[i]));
     }
     EXPECT_EQ(r.decide(9, residuals.back()), expected) << u[0] << ' ' << residuals[0];
+  }
+}
+
+TEST(StoppingRules, ApproximationsCountOnceAsManyAreKeptAsAskedFor) {
+  parm().factor_app_var = 0.125;
+  const controls c = rules(2, 2, {1, 0, 1, 0});
+  stopping_rules r(c, 1, 1e-8);
+  for (const double x : {2.0, 3.0, 2.0}) r.store_residual(x);  // oscillation
+  const double u = 8.0;
+  for (const decision expected : {decision::go_on, decision::go_on, decision::stagnation}) {
+    r.check_approximations(view<const double>(&u));
+    EXPECT_EQ(r.decide(9, 2.0), expected);
   }
 }
 

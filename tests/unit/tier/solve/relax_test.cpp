@@ -97,6 +97,21 @@ INSTANTIATE_TEST_SUITE_P(
         step_case{"SorNotReversed", -2, 0.5, true, down}, step_case{"Jacobi", 7, 0.0, true, {0.5, 0.5, 0.5}}),
     [](const auto& tested) { return tested.param.name; });
 
+TEST(RelxGs, SorKeepsItsShareOfTheOldValue) {
+  use_threads(1);
+  sparse_system s;
+  s.add_row(2.0, {});
+  s.f = {2.0};
+  s.u = {4.0};
+  tier::hierarchy h;
+  set_first_level(h, s);
+  tier::parm().omega_sor_do = 0.25;
+
+  run_steps(h(1), {2});
+
+  EXPECT_DOUBLE_EQ(s.u[0], 0.25 * 1.0 + 0.75 * 4.0);
+}
+
 TEST(RelxGs, RefusesAnUnknownStep) {
   sparse_system s = line(3);
   tier::hierarchy h;

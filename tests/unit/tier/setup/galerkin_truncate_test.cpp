@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(
                     truncation_case{"EachRowByItself", -0.1, -1.0, true, {2, 2, 2}, {1.9, 2, 2}},
                     truncation_case{"CounterpartGoesToo", -0.1, -1.0, false, {2, 1, 2}, {1.9, 1, 2}},
                     truncation_case{"CounterpartMissing", -0.1, 0.0, false, {}},
-                    truncation_case{"DiagonalUsedUp", -0.1, -2.5, false, {}}),
+                    truncation_case{"DiagonalUsedUp", -0.1, -2.5, false, {}},
+                    truncation_case{"NothingLeftOfTheDiagonal", -0.1, -2.0, false, {}}),
     [](const auto& c) { return std::string(c.param.name); });
 
 }  // namespace

@@ -22,6 +22,7 @@ from ..meshes import surface
 from ..meshes.mesh_input import JobMesh
 from ..meshes.raw_mesh import indices_of
 from ..part.part_file import FIELDS
+from .orientation import TRACE_SLACK, laid_into_walls
 
 DIRECTION = ("fibre_x", "fibre_y", "fibre_z")
 PLACE = ("x", "y", "z")
@@ -31,7 +32,6 @@ KNOWN |= dict.fromkeys((*DIRECTION, *TENSOR), "number")
 KNOWN |= {name: kind for name, (kind, width) in FIELDS.items() if width == 1}
 NEIGHBOURS = 4
 FAR = 0.1  # of the part's extent: an element farther than this from all points is worth a warning
-TRACE_SLACK = 0.1
 
 
 @dataclass
@@ -74,7 +74,7 @@ def read_values(
         spread = {name: np.where(_wide(row < 0, v), np.nan, v[row]) for name, v in quantities.items()}
     else:
         spread = by_place(table, quantities, mapping, mesh, findings, notes)
-    return laid_into_walls(table, spread, mesh, findings)
+    return laid_into_walls(spread, surface.unit_normals(mesh.points, mesh.triangles))
 
 
 def _wide(mask: np.ndarray, values: np.ndarray) -> np.ndarray:
@@ -285,49 +285,3 @@ def nearest(
     distance, index = distance.reshape(-1, count), index.reshape(-1, count)
     weight = 1.0 / np.maximum(distance, 1e-9 * extent)
     return distance[:, 0], index, weight / weight.sum(axis=1, keepdims=True)
-
-
-def laid_into_walls(
-    table: Table, spread: dict[str, np.ndarray], mesh: JobMesh, findings: Findings
-) -> dict[str, np.ndarray]:
-    """Dyads and tensors as fibre_direction (T, 3) and, of tensors, orientation (T,): the share along it."""
-    for name in ("dyad", "tensor"):
-        if name not in spread:
-            continue
-        six = spread.pop(name)
-        full = full_tensor(six)
-        if name == "dyad":
-            known = ~np.isnan(six).any(axis=1)
-            direction = np.full((len(six), 3), np.nan)
-            direction[known] = np.linalg.eigh(full[known])[1][:, :, 2]
-            spread["fibre_direction"] = direction
-        else:
-            spread["fibre_direction"], spread["orientation"] = principal_in_wall(
-                full, surface.unit_normals(mesh.points, mesh.triangles)
-            )
-    return spread
-
-
-def full_tensor(six: np.ndarray) -> np.ndarray:
-    """(n, 3, 3) of rows in the order of TENSOR."""
-    return six[:, [0, 3, 4, 3, 1, 5, 4, 5, 2]].reshape(-1, 3, 3)
-
-
-def principal_in_wall(tensor: np.ndarray, normals: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
-    """First principal direction (T, 3) within the wall of tensors (T, 3, 3), and its share (T,) of both in the wall.
-
-    Fibres through the wall count for neither; where no fibre lies in the wall the share is 0.5.
-    """
-    axis = np.eye(3)[np.abs(normals).argmin(axis=1)]
-    first = np.cross(normals, axis)
-    length = np.linalg.norm(first, axis=1, keepdims=True)
-    first = np.where(length > 0, first / np.where(length > 0, length, 1.0), [1.0, 0.0, 0.0])
-    second = np.cross(normals, first)
-    a, b, c = (np.einsum("ti,tij,tj->t", u, tensor, v) for u, v in ((first, first), (second, second), (first, second)))
-    angle = 0.5 * np.arctan2(2.0 * c, a - b)
-    direction = np.cos(angle)[:, None] * first + np.sin(angle)[:, None] * second
-    total = a + b
-    share = 0.5 + 0.5 * np.hypot(a - b, 2.0 * c) / np.where(total > 1e-6, total, np.inf)
-    return np.where(np.isnan(share)[:, None], np.nan, direction), np.where(
-        np.isnan(share), np.nan, np.minimum(share, 1.0)
-    )

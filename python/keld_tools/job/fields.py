@@ -14,7 +14,8 @@ from ..base.findings import Findings, count_of
 from ..meshes import surface
 from ..meshes.mesh_input import JobMesh
 from ..part.part_file import FIELDS, FieldRequest, Part
-from .element_csv import TRACE_SLACK, full_tensor, principal_in_wall, read_values
+from .element_csv import read_values
+from .orientation import TRACE_SLACK, full_tensor, principal_in_wall
 
 PERPENDICULAR = 1e-3  # a direction whose part in the element's plane is shorter counts as perpendicular
 

@@ -26,24 +26,28 @@ def tables(job: FinishedJob) -> list[tuple[str, Pairs]]:
 
 def part_of(job: FinishedJob) -> Pairs:
     size = np.ptp(job.part.points[job.nodes], axis=0)
-    thick = job.part.thickness
     rows = [
         ("size", " x ".join(f"{s:.4g}" for s in size) + " mm"),
-        ("wall", f"{thick.min():.4g} to {thick.max():.4g} mm" if np.ptp(thick) > 1e-6 else f"{thick.min():.4g} mm"),
+        ("wall", f"{spread(job.part.thickness)} mm"),
         ("triangles, nodes", f"{len(job.part.triangles)}, {len(job.nodes)}"),
         ("held at nodes", ", ".join(str(node + 1) for node in job.boundary)),
     ]
-    for name, words in (("temperature_lower_C", "ejection, lower side"), ("temperature_upper_C", "upper side")):
+    for name, words, unit in (
+        ("temperature_lower_C", "ejection, lower side", "C"),
+        ("temperature_upper_C", "ejection, upper side", "C"),
+        ("stress1_MPa", "frozen-in stress along", "MPa"),
+        ("stress2_MPa", "frozen-in stress across", "MPa"),
+        ("orientation", "orientation of the fibres", ""),
+    ):
         if name in job.part.cell_data:
-            values = job.part.cell_data[name]
-            rows.append(
-                (words, f"{values.min():.4g} to {values.max():.4g} C" if np.ptp(values) else f"{values[0]:.4g} C")
-            )
-    for name in ("stress1_MPa", "stress2_MPa"):
-        if name in job.part.cell_data:
-            values = job.part.cell_data[name]
-            rows.append((f"frozen-in {name[:-4]}", f"{values.min():.4g} to {values.max():.4g} MPa"))
+            rows.append((words, f"{spread(job.part.cell_data[name])} {unit}".strip()))
     return rows
+
+
+def spread(values: np.ndarray) -> str:
+    """Least to greatest value, one where both agree."""
+    low, high = f"{values.min():.4g}", f"{values.max():.4g}"
+    return low if low == high else f"{low} to {high}"
 
 
 def text_or_nothing(path: Path) -> str:

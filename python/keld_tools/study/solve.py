@@ -14,6 +14,9 @@ import time
 from pathlib import Path
 
 
+NO_SOLUTION = "The displacements of this pass are no solution"  # told by a run that else ends as a good one
+
+
 def located(program: str, install: str) -> tuple[str, str]:
     """keld and its data; where the given ones aren't on this machine, those that are installed on it."""
     if Path(program).is_file() and (Path(install) / "Standard").is_dir():
@@ -45,7 +48,7 @@ def solve(files: dict[str, bytes], program: str, install: str, threads: int) -> 
         )
         result = Path(folder, "job.WR1")
         text = done.stdout.decode(errors="replace")
-        good = done.returncode == 0 and result.is_file()
+        good = done.returncode == 0 and result.is_file() and NO_SOLUTION not in text
         return {
             "results": result.read_bytes() if good else None,
             "message": "" if good else message_of(text, done.returncode),
@@ -56,7 +59,8 @@ def solve(files: dict[str, bytes], program: str, install: str, threads: int) -> 
 
 def message_of(text: str, status: int) -> str:
     """The error that keld told, on one line."""
-    said = text.rpartition("!! Error !!")[2] if "!! Error !!" in text else text[-400:]
+    sign = next((sign for sign in (NO_SOLUTION, "!! Error !!") if sign in text), "")
+    said = sign.strip("! ") + text.rpartition(sign)[2] if sign else text[-400:]
     return f"keld ended with {status}: {' '.join(said.split())[:400]}"
 
 

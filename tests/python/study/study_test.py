@@ -9,7 +9,7 @@ import time
 import pytest
 from keld_tools.base.findings import Findings
 from keld_tools.programs import study_cli
-from keld_tools.study import plan, program
+from keld_tools.study import plan, program, solve
 from support import PART, write_plate
 
 PROGRAM = os.environ.get("KELD_PROGRAM")
@@ -164,3 +164,21 @@ def test_no_scheduler_is_told(folder, capsys, monkeypatch):
 
     assert study_cli.main([str(folder / "s.toml"), "--keld", PROGRAM, "--cluster", "tcp://127.0.0.1:9"]) == 1
     assert "no scheduler answers there" in capsys.readouterr().err and not (folder / "s.csv").exists()
+
+
+@pytest.mark.parametrize(
+    "script, words",
+    [
+        ("echo ' !! Error !!  no mesh'; exit 1", "keld ended with 1: Error no mesh"),
+        ("touch job.WR1; echo '  The displacements of this pass are no solution: 0.3'", "are no solution: 0.3"),
+        ("exit 0", "keld ended with 0"),
+    ],
+)
+def test_a_run_without_a_solution_has_no_results(tmp_path, script, words):
+    (tmp_path / "Standard").mkdir()
+    (tmp_path / "keld").write_text(f"#!/bin/sh\n{script}\n")
+    (tmp_path / "keld").chmod(0o755)
+
+    found = solve.solve({".PG1": b""}, str(tmp_path / "keld"), str(tmp_path), 1)
+
+    assert found["results"] is None and words in found["message"]

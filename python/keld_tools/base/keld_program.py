@@ -1,4 +1,4 @@
-"""Running keld on a job: where it is, and whether it says that it has a solution. Called by job_cli."""
+"""Running keld on a job: where it is, and whether it says that it has a solution. Called by the programs."""
 
 from __future__ import annotations
 

@@ -13,6 +13,7 @@ import numpy as np
 from .. import __version__
 from ..base import atomic, ownership
 from ..base.findings import Findings
+from ..base.keld_program import find_keld
 from ..base.program import run_program, whole_output
 from ..base.progress import Progress
 from ..part.drawing import read_drawing
@@ -20,7 +21,7 @@ from ..report import effects, picture
 from ..report import shown as shown_fields
 from ..results.finished_job import read_job
 from ..study import outcome as outcomes_of
-from ..study import program, runs
+from ..study import runs
 from ..study.outcome import Outcome, picture_name
 from ..study.plan import Plan, read_plan
 
@@ -57,7 +58,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
     ownership.refuse_foreign(written, options.overwrite, findings)
     if options.list or findings.faults:
         return listing(plan)
-    keld = program.find_keld(options.keld)
+    keld = find_keld(options.keld)
     prepared = runs.prepare(plan, keld, findings, progress)
     jobs = [Path(f"{r.base}{suffix}") for r in prepared for suffix in r.files]
     ownership.refuse_foreign(jobs, options.overwrite, findings)

@@ -14,6 +14,7 @@ import numpy as np
 
 from ..base import atomic
 from ..base.findings import BadFile, Findings
+from ..base.keld_program import find_keld
 from ..base.program import next_commands
 from ..base.progress import Progress
 from ..measuring import listing, measures
@@ -22,7 +23,7 @@ from ..report import animation, page, picture
 from ..report import shown as shown_fields
 from ..results import compensate, moved_mesh, vtu
 from ..results.finished_job import FinishedJob, read_job
-from ..study import causes, program
+from ..study import causes
 from . import view_options
 
 
@@ -102,7 +103,7 @@ def write_report(request: Request) -> list[str]:
 def causes_of(request: Request) -> causes.Causes:
     """Found once, for the table and the report."""
     if request.causes is None:
-        keld = program.find_keld(request.options.keld)
+        keld = find_keld(request.options.keld)
         request.causes = causes.find_causes(request.job, request.drawing, request.fit, keld, request.progress)
     return request.causes
 

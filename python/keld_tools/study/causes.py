@@ -18,6 +18,7 @@ import numpy as np
 
 from ..base import atomic
 from ..base.findings import BadFile, Findings
+from ..base.keld_program import Program
 from ..base.ownership import CAUSES_HEAD
 from ..measuring import measures
 from ..part.drawing import Drawing
@@ -26,7 +27,7 @@ from ..report import shown as shown_fields
 from ..report.shown import Fit
 from ..results.finished_job import FinishedJob
 from ..results.results_file import read_results
-from . import program, solve
+from . import solve, workers
 from .switches import SPRING_IN, SWITCHES, UNEVEN, Job, files_of, no_spring_in
 
 
@@ -47,13 +48,13 @@ class Causes:
     causes: list[Cause]
 
 
-def find_causes(job: FinishedJob, drawing: Drawing, fit: Fit, keld: program.Program, progress) -> Causes:
+def find_causes(job: FinishedJob, drawing: Drawing, fit: Fit, keld: Program, progress) -> Causes:
     """Run all that the job has, side by side. BadFile for a run that fails."""
     if not np.array_equal(job.part.triangle_numbers, np.arange(1, len(job.part.triangles) + 1)):
         raise BadFile(job.part.path, "numbers runners before triangles; --causes takes meshes as keld-job writes them")
     causes, pending = switched(Job(files_of(job.base), job.part))
     progress(f"running the job without each of {len(pending)} causes")
-    with program.workers(None, max(1, min(len(pending), len(os.sched_getaffinity(0))))) as pool:
+    with workers.pool_of(None, max(1, min(len(pending), len(os.sched_getaffinity(0))))) as pool:
         solved = list(pool.map(solve.caller(keld.path, keld.install, 1), pending.values()))
     rows, *whole = table_of(job, job.results.total, drawing, fit)
     without = {}

@@ -14,6 +14,7 @@ from pathlib import Path
 
 from ..base import atomic
 from ..base.findings import BadFile, Findings
+from ..base.keld_program import Program
 from ..base.ownership import MADE_BY_STUDY
 from ..base.progress import Progress
 from ..job import checks, job_files, working_files
@@ -21,9 +22,8 @@ from ..meshes import formats, mesh_input
 from ..meshes.raw_mesh import RawMesh
 from ..part import part_file
 from . import plan as plans
-from . import program as programs
+from . import solve, workers
 from .plan import Plan, Variant
-from .program import Program
 
 KEY = ".key"
 
@@ -111,12 +111,12 @@ def solve_all(
     tell()
     if pending and not cluster:
         first = pending.pop(0)
-        alone = programs.solve.solve(first.files, program.path, program.install, 1)
+        alone = solve.solve(first.files, program.path, program.install, 1)
         keep(first, alone)
         done += 1
-        count = programs.side_by_side(jobs, max(len(pending), 1), alone["peak_mb"])
+        count = workers.side_by_side(jobs, max(len(pending), 1), alone["peak_mb"])
     if pending:
-        with programs.workers(cluster, count) as pool:
+        with workers.pool_of(cluster, count) as pool:
             for _ in solved(pool, pending, program):
                 done += 1
                 tell()
@@ -125,7 +125,7 @@ def solve_all(
 
 def solved(pool: Executor, pending: list[Run], program: Program):
     """Each run as it ends, its results kept."""
-    call = programs.solve.caller(program.path, program.install, 1)
+    call = solve.caller(program.path, program.install, 1)
     waiting = {pool.submit(call, run.files): run for run in pending}
     for future in as_completed(waiting):
         run = waiting[future]

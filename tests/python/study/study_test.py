@@ -9,7 +9,7 @@ import time
 import pytest
 from keld_tools.base.findings import Findings
 from keld_tools.programs import study_cli
-from keld_tools.study import plan, program, solve
+from keld_tools.study import plan, solve, workers
 from support import PART, write_plate
 
 PROGRAM = os.environ.get("KELD_PROGRAM")
@@ -160,7 +160,7 @@ def wait_for_workers(address):
 @needs_keld
 @pytest.mark.skipif(not shutil.which("dask-worker"), reason="python3-distributed isn't installed")
 def test_no_scheduler_is_told(folder, capsys, monkeypatch):
-    monkeypatch.setattr(program, "CONNECT_SECONDS", 1)
+    monkeypatch.setattr(workers, "CONNECT_SECONDS", 1)
 
     assert study_cli.main([str(folder / "s.toml"), "--keld", PROGRAM, "--cluster", "tcp://127.0.0.1:9"]) == 1
     assert "no scheduler answers there" in capsys.readouterr().err and not (folder / "s.csv").exists()

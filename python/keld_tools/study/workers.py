@@ -1,14 +1,11 @@
-"""Where keld is, how many runs of it fit into this machine, and who runs them. Called by runs and causes."""
+"""How many runs of keld fit into this machine, and who runs them. Called by runs and causes."""
 
 from __future__ import annotations
 
 import contextlib
 import os
-import shutil
-import sys
 from collections.abc import Iterator
 from concurrent.futures import Executor, ThreadPoolExecutor
-from dataclasses import dataclass
 from pathlib import Path
 
 from ..base.findings import BadFile
@@ -16,34 +13,6 @@ from . import solve
 
 SHARE_OF_MEMORY = 0.8  # of what is free that runs side by side may take
 CONNECT_SECONDS = 20
-
-
-@dataclass
-class Program:
-    """keld and the folder with its Standard."""
-
-    path: str
-    install: str
-
-
-def find_keld(given: str | None) -> Program:
-    """--keld, KELD_PROGRAM, beside the tools (installed or in the source tree), or on the PATH."""
-    root = Path(__file__).resolve().parents[3]
-    beside = [Path(sys.argv[0]).resolve().parent / "keld", root / "build/release/keld"]
-    named = given or os.environ.get("KELD_PROGRAM")
-    candidates = [Path(named)] if named else [*beside, Path(shutil.which("keld") or "")]
-    for path in candidates:
-        if path.is_file() and os.access(path, os.X_OK):
-            return Program(str(path.resolve()), str(install_of(path.resolve())))
-    raise BadFile(named or "keld", "there is no such program; --keld PROGRAM or KELD_PROGRAM names it")
-
-
-def install_of(path: Path) -> Path:
-    """share/keld beside bin, or install/ of the source tree that the program was built in."""
-    for folder in (path.parent.parent / "share" / "keld", *(parent / "install" for parent in path.parents)):
-        if (folder / "Standard").is_dir():
-            return folder
-    raise BadFile(path, "has no share/keld/Standard beside it, which a run needs")
 
 
 def side_by_side(jobs: int | None, runs: int, peak_mb: float) -> int:
@@ -62,7 +31,7 @@ def free_mb() -> float:
 
 
 @contextlib.contextmanager
-def workers(cluster: str | None, count: int) -> Iterator[Executor]:
+def pool_of(cluster: str | None, count: int) -> Iterator[Executor]:
     """Threads that each wait for one run, or the scheduler of a cluster (Dask)."""
     if not cluster:
         pool = ThreadPoolExecutor(count)

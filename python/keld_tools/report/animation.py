@@ -24,7 +24,7 @@ def write_gif(path: Path, scene: Scene) -> None:
     frames = []
     for share in shares:
         figure = compose(replace(scene, scale=float(share) * scene.scale, reach=scene.scale), DOTS_PER_INCH)
-        frames.append(Image.fromarray(pixels_of(figure)).quantize(96))
+        frames.append(Image.fromarray(pixels_of(figure)).quantize(256))
         pyplot.close(figure)
     whole = frames + frames[-2:0:-1]
 

@@ -74,6 +74,9 @@ void readExtensionSettings(TextReader& file) {
   ProcessRecord& record = processRecord;
   record.extensionGiven = true;
   record.wallModel = choiceOfLine(file, "wall model", 2, "1 (wedge) or 2 (facet)", wedge_walls);  // 1
+  record.solverRoad =                                                                             // 2
+      choiceOfLine(file, "solver", 3, "1 (as value 2 says), 2 (aggregation) or 3 (automatic)",
+                   road_as_chosen);
 }
 
 }  // namespace keld

@@ -11,6 +11,9 @@ inline constexpr double kelvinOfZeroCelsius = 273.15;  // files give degrees Cel
 /// Codes of the wall model.
 inline constexpr int wedge_walls = 1, facet_walls = 2;
 
+// Choices of the solver in the section of KELD's own choices.
+inline constexpr int road_as_chosen = 1, aggregation_road = 2, automatic_road = 3;
+
 struct ProcessRecord {
   std::array<double, 3> meltTemperature{};  // [1..2] K, of polymer kind 1 and 2; entry 0 unused
   double ambientTemperature = 0.0;          // K
@@ -21,6 +24,7 @@ struct ProcessRecord {
   int secondKind = 0;                 // 1: two polymer kinds are read
   int solverChoice = 0;               // 2: direct sparse path, any other value: TIER
   std::array<int, 4> bcNode{};  // [1..3] boundary nodes in geometry numbers; any 0: chosen by the system
+  int solverRoad = road_as_chosen;  // which solver, where solverChoice isn't to say it
   int cycleLimit = 3000;        // cycle limit of TIER
   bool extensionGiven = false;  // ".CPU" has the section of KELD's own choices, which follow
   int wallModel = wedge_walls;  // wedge_walls or facet_walls

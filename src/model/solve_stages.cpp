@@ -9,10 +9,13 @@
 #include "input/prior_fields.h"
 #include "input/process_record.h"
 #include "model/model_stage.h"
+#include "model/rigid_modes.h"
 #include "model/solvers/solve_direct.h"
 #include "model/solvers/solve_tier.h"
+#include "model/solvers/solver_road.h"
 #include "model/system/assembly.h"
 #include "model/system/pattern.h"
+#include "model/walls/wall_model.h"
 #include "run/base/failure.h"
 #include "run/base/platform.h"
 #include "run/base/streams.h"
@@ -22,8 +25,6 @@
 namespace keld {
 
 namespace {
-
-constexpr int direct_path = 2;
 
 double seconds() {
   using namespace std::chrono;
@@ -35,15 +36,23 @@ void reportPass(int stressPass, int passCount) {
                                             : "\n   Solving Demolding Residual Stress effect ......\n\n");
 }
 
-/// First pass: matrix, load and factor. A further one has the same matrix, so that its load alone is formed
-/// and the factor is used again.
-void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver>& solver) {
-  if (!solver) {
-    assemblePass(stressPass, passCount);
-    releasePattern();
-  } else {
-    assembleLoad(stressPass, passCount);
-  }
+/// What solves the passes, kept from one to the next: a factor or a hierarchy serves every pass, as their
+/// matrix is the same.
+struct Solvers {
+  Road road = Road::direct;
+  bool mayTurn = false;  // to the direct solver, where aggregation fails
+  std::unique_ptr<DirectSolver> direct;
+  bool hierarchyKept = false;
+};
+
+/// First pass: matrix and load. A further one has the same matrix, so that its load alone is formed.
+void assemble(int stressPass, int passCount) {
+  if (stressPass > 1) return assembleLoad(stressPass, passCount);
+  assemblePass(stressPass, passCount);
+  releasePattern();
+}
+
+void solveDirect(std::unique_ptr<DirectSolver>& solver) {
   const double start = seconds();
   if (!solver) {
     solver =
@@ -55,38 +64,59 @@ void solvePassDirect(int stressPass, int passCount, std::unique_ptr<DirectSolver
                 seconds() - start);
 }
 
-void reportTier(const TierOutcome& outcome, double time) {
+void reportTier(const TierOutcome& outcome, const char* method, double time) {
   if (outcome.ierr > 0) vPrintMessage(1, "AMG terminated with error code **** %d\n", outcome.ierr);
   if (outcome.ierr < 0) vPrintMessage(1, "AMG terminated with warning code **** %d\n", outcome.ierr);
   const bool converged = outcome.ierr == 0 && outcome.isSolution();
-  vPrintMessage(100, "   Solver= TIER  steps= %d  relative residual= %.2e  time= %.2f sec%s\n", outcome.steps,
-                outcome.relativeResidual, time, converged ? "" : "  not converged");
+  vPrintMessage(100, "   Solver= TIER%s  steps= %d  relative residual= %.2e  time= %.2f sec%s\n", method,
+                outcome.steps, outcome.relativeResidual, time, converged ? "" : "  not converged");
   if (outcome.isSolution()) return;
   vPrintMessage(
       1,
       "\n !! Warning !!  The displacements of this pass are no solution: the relative residual of the "
       "multigrid solver is %.2e, its target %.0e, its code %d. Mend thin or empty triangles, or take "
       "the direct solver (value 2 of the .CPU file).\n",
-      outcome.relativeResidual, TierOutcome::target, outcome.ierr);
+      outcome.relativeResidual, outcome.target, outcome.ierr);
   vPrintMessage(100, "   The displacements of this pass are no solution: relative residual= %.2e\n",
                 outcome.relativeResidual);
 }
 
-/// The hierarchy of the first pass serves the second, as its matrix does; after a failure it is gone.
-void solvePassTier(int stressPass, int passCount, bool& hierarchyKept) {
-  const bool first = stressPass == 1;
-  if (first) {
-    assemblePass(stressPass, passCount);
-    releasePattern();
-  } else {
-    assembleLoad(stressPass, passCount);
-  }
-  const bool last = stressPass == passCount;
-  const TierPass pass = hierarchyKept ? TierPass::further : last ? TierPass::only : TierPass::first;
+TierPass passKind(const Solvers& solvers, bool last) {
+  return solvers.hierarchyKept ? TierPass::further : last ? TierPass::only : TierPass::first;
+}
+
+/// After a failure the hierarchy is gone.
+TierOutcome solveMultigrid(Solvers& solvers, bool last) {
+  const TierPass pass = passKind(solvers, last);
+  const bool aggregation = solvers.road == Road::aggregation;
   const double start = seconds();
-  const TierOutcome outcome = solveTier(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass);
-  hierarchyKept = pass != TierPass::only && outcome.ierr <= 0;
-  reportTier(outcome, seconds() - start);
+  TierOutcome outcome;
+  if (aggregation) {
+    const std::vector<double> modes =
+        pass == TierPass::further ? std::vector<double>() : rigidModes(wallModel());
+    outcome = solveAggregation(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass,
+                               rowBlocks(freedoms, wedgeNumbering.nodeMate), modes);
+  } else {
+    outcome = solveTier(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass);
+  }
+  solvers.hierarchyKept = pass != TierPass::only && outcome.ierr <= 0;
+  reportTier(outcome, aggregation ? " by aggregation" : "", seconds() - start);
+  return outcome;
+}
+
+void releaseHierarchy(Solvers& solvers) {
+  if (solvers.hierarchyKept) releaseTier();
+  solvers.hierarchyKept = false;
+}
+
+void solvePass(Solvers& solvers, bool last) {
+  if (solvers.road == Road::direct) return solveDirect(solvers.direct);
+  const TierOutcome outcome = solveMultigrid(solvers, last);
+  if (outcome.isSolution() || !solvers.mayTurn) return;
+  vPrintMessage(1, "   The direct solver takes this part over.\n");
+  releaseHierarchy(solvers);
+  solvers.road = Road::direct;
+  solveDirect(solvers.direct);
 }
 
 }  // namespace
@@ -133,22 +163,20 @@ void analysisDriver() {
 
   const int passCount = residualStressValid == 1 ? 2 : 1;
   solution.displacementInMold.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0.0);
-  std::unique_ptr<DirectSolver> solver;
-  bool hierarchyKept = false;
+  Solvers solvers;
+  solvers.road = roadOf(processRecord, freedoms.freeDofCount, availableMemory());
+  solvers.mayTurn = solvers.road == Road::aggregation && processRecord.solverRoad == automatic_road;
   for (int stressPass = 1; stressPass <= passCount; ++stressPass) {
     reportPass(stressPass, passCount);
     solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
-    if (processRecord.solverChoice == direct_path) {
-      solvePassDirect(stressPass, passCount, solver);
-    } else {
-      solvePassTier(stressPass, passCount, hierarchyKept);
-    }
+    assemble(stressPass, passCount);
+    solvePass(solvers, stressPass == passCount);
     scatterToFreedoms(freedoms, solution.rowSolution, solution.displacementTotal);
     turnToGlobalAxes(freedoms, restraintFrames, solution.displacementTotal);
     if (stressPass < passCount) solution.displacementInMold = solution.displacementTotal;
   }
-  solver.reset();  // before the tables that it works on
-  if (hierarchyKept) releaseTier();
+  solvers.direct.reset();  // before the tables that it works on
+  releaseHierarchy(solvers);
   systemOfPass = {};
   solution.rowSolution = {};
 }

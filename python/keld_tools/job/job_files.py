@@ -75,7 +75,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     suffix, contents_of = working_files.temperatures(heading, lower, upper, len(mesh.runners))
     contents[suffix] = contents_of
     contents[".PRC"] = working_files.process(part, float(np.mean([lower, upper])))
-    contents[".CPU"] = working_files.settings(part.direct_solver, part.cycle_limit, part.wall_model)
+    contents[".CPU"] = working_files.settings(part.solver, part.cycle_limit, part.wall_model)
     contents[".MAL"] = working_files.material(part)
     contents[".BC1"] = working_files.boundary([n + 1 for n in fixed]) if fixed else ""
     contents[origin.SUFFIX] = origin.text_of(origin_of(part, mesh, findings))

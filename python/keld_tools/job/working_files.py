@@ -120,9 +120,9 @@ def process(part: Part, ejection: float) -> str:
     )
 
 
-def settings(direct: bool, cycle_limit: int, wall_model: str) -> str:
-    """.CPU: ten values, of which keld takes the solver, the boundary nodes (0: its own choice) and the cycle limit;
-    then keld's own section with the wall model, "wedge" or "facet"."""
+def settings(solver: str, cycle_limit: int, wall_model: str) -> str:
+    """.CPU: ten values, of which keld takes the boundary nodes (0: its own choice) and the cycle limit; then keld's own
+    section with the wall model, "wedge" or "facet", and the solver, "automatic", "direct" or "multigrid"."""
     labels = [
         "Not used",
         "Solver (2 direct, other values multigrid)",
@@ -134,7 +134,7 @@ def settings(direct: bool, cycle_limit: int, wall_model: str) -> str:
         "Not used",
         "Not used",
     ]
-    values = [1, 2 if direct else 1, 0, 0, UNKNOWN_NODE, UNKNOWN_NODE, UNKNOWN_NODE, 0, 0]
+    values = [1, 1 if solver == "multigrid" else 2, 0, 0, UNKNOWN_NODE, UNKNOWN_NODE, UNKNOWN_NODE, 0, 0]
     lines = [value_line(label, 22001 + i, value) for i, (label, value) in enumerate(zip(labels, values))]
     return "".join(
         [
@@ -148,6 +148,11 @@ def settings(direct: bool, cycle_limit: int, wall_model: str) -> str:
             "\n",
             "\n",
             value_line("Wall model (1 wedge, 2 facet)", 31001, {"wedge": 1, "facet": 2}[wall_model]),
+            value_line(
+                "Solver (1 as above, 2 aggregation, 3 automatic)",
+                31002,
+                {"direct": 1, "multigrid": 2, "automatic": 3}[solver],
+            ),
             "[EOF]\n",
         ]
     )

@@ -64,7 +64,7 @@ class Part:
     csv: Path | None = None
     csv_mapping: str | None = None  # element, nearest, inverse_distance; None: by the columns
     boundary_nodes: list = field(default_factory=list)  # numbers, or points in mm
-    direct_solver: bool = True
+    solver: str = "automatic"  # or "direct", "multigrid"
     cycle_limit: int = 3000
     wall_model: str = "facet"  # or "wedge"
     drawing: Drawing = field(default_factory=Drawing)  # measures to take of the moulded part
@@ -330,10 +330,10 @@ def read_fields(section: Section, part: Part, folder: Path, base: dict) -> None:
 
 
 def read_solver(section: Section, part: Part) -> None:
-    method = section.take("method", str, "a text", "direct")
-    if method not in ("direct", "multigrid"):
-        section.fault("method", f'expected "direct" or "multigrid", found {method!r}')
-    part.direct_solver = method != "multigrid"
+    method = section.take("method", str, "a text", part.solver)
+    if method not in ("automatic", "direct", "multigrid"):
+        section.fault("method", f'expected "automatic", "direct" or "multigrid", found {method!r}')
+    part.solver = method
     limit = section.take("cycle_limit", int, "a whole number", part.cycle_limit)
     if not 1 <= limit <= 9999:
         section.fault("cycle_limit", f"{limit} is out of range: it must be 1 to 9999")

@@ -20,11 +20,13 @@ void requireCycleLimit(int cycleLimit) {
       cycleLimit, longest);
 }
 
-void setParameters() {
+void setParameters(bool aggregation) {
   const int externalThreads = 1, errorsOnly = -2, countedRows = 2;
   TIER_SET_OMP_NUM_THREADS_EXTERNAL(&externalThreads);
   TIER_SET_MODE_MESS(&errorsOnly);
   TIER_SET_NTYP_GALERKIN(&countedRows);
+  const int chosen = aggregation ? 1 : 0;
+  TIER_SET_NAGGREGATION(&chosen);
 }
 
 int runCode(TierPass pass) {
@@ -38,6 +40,8 @@ int runCode(TierPass pass) {
   }
 }
 
+int rowsOf(const CompressedSystem& system) { return static_cast<int>(system.rowStart.size()) - 2; }
+
 double relativeResidual(const CompressedSystem& s, std::span<const double> u) {
   const int n = static_cast<int>(s.rowStart.size()) - 2;
   double residual = 0.0, load = 0.0;
@@ -50,26 +54,61 @@ double relativeResidual(const CompressedSystem& s, std::span<const double> u) {
   return residual == 0.0 ? 0.0 : std::sqrt(residual / load);  // infinite for a zero load
 }
 
-}  // namespace
+/// What differs between the two set-ups.
+struct CallCodes {
+  int matrix, approach, cycles;
+  double tolerance;
+  std::span<const int> rowPoint;  // [1..n]
+};
 
-TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass) {
-  requireCycleLimit(cycleLimit);
-  setParameters();
-
-  const int rows = static_cast<int>(system.rowStart.size()) - 2, entries = system.rowStart[rows + 1] - 1;
-  const int functions = 3, nonSymmetric = 21, unknownBased = 20, guessAsItStands = 0, off = -1;
-  const int cycles = 1300000 + cycleLimit;  // V-cycles under flexible GMRES
+TierOutcome call(CompressedSystem& system, std::span<double> unknowns, TierPass pass,
+                 const CallCodes& codes) {
+  const int rows = rowsOf(system), entries = system.rowStart[rows + 1] - 1;
+  const int functions = 3, guessAsItStands = 0, off = -1;
   const int code = runCode(pass), iscale[3] = {0, 0, 0};
-  const double tolerance = TierOutcome::target, noChecks = -1.0;
+  const double noChecks = -1.0;
   double operatorSize = 2.2, gridSize = 1.7, pointSize = 0.0, stencil = 2.4;  // estimates of the work space
   double firstResidual = 0.0, lastResidual = 0.0;
   TierOutcome outcome;
   TIER(&rows, &entries, &functions, &system.rowStart[1], &system.columnIndex[1], &system.matrixValue[1],
-       &system.rowLoad[1], &unknowns[1], &system.rowFunction[1], &rows, &system.rowPoint[1], &rows,
-       &nonSymmetric, iscale, &firstResidual, &lastResidual, &outcome.steps, &outcome.ierr, &unknownBased,
-       &guessAsItStands, &tolerance, &cycles, &code, &operatorSize, &gridSize, &pointSize, &stencil,
-       &noChecks, &off, &off);
+       &system.rowLoad[1], &unknowns[1], &system.rowFunction[1], &rows, &codes.rowPoint[1], &rows,
+       &codes.matrix, iscale, &firstResidual, &lastResidual, &outcome.steps, &outcome.ierr, &codes.approach,
+       &guessAsItStands, &codes.tolerance, &codes.cycles, &code, &operatorSize, &gridSize, &pointSize,
+       &stencil, &noChecks, &off, &off);
   outcome.relativeResidual = relativeResidual(system, unknowns);
+  return outcome;
+}
+
+}  // namespace
+
+TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass) {
+  requireCycleLimit(cycleLimit);
+  setParameters(false);
+  constexpr int nonSymmetric = 21, unknownBased = 20, vCyclesUnderGmres = 1300000;
+  return call(
+      system, unknowns, pass,
+      {nonSymmetric, unknownBased, vCyclesUnderGmres + cycleLimit, TierOutcome().target, system.rowPoint});
+}
+
+TierOutcome solveAggregation(CompressedSystem& system, std::span<double> unknowns, int cycleLimit,
+                             TierPass pass, std::span<const int> rowBlock, std::span<const double> modes) {
+  requireCycleLimit(cycleLimit);
+  setParameters(true);
+  int ierr = 0;
+  if (pass != TierPass::further) {
+    const int rows = rowsOf(system), count = static_cast<int>(modes.size()) / rows;
+    TIER_MODES_SET(&rows, &count, modes.data(), &ierr);
+  }
+  TierOutcome outcome;
+  constexpr int symmetric = 12, byPoints = 30, cyclesUnderCg = 1100000;
+  constexpr double tolerance = 1e-10;
+  if (ierr == 0)
+    outcome =
+        call(system, unknowns, pass, {symmetric, byPoints, cyclesUnderCg + cycleLimit, tolerance, rowBlock});
+  else
+    outcome = {ierr, 0, relativeResidual(system, unknowns)};
+  TIER_MODES_CLEAR();
+  outcome.target = tolerance;
   return outcome;
 }
 

@@ -20,13 +20,19 @@ struct TierOutcome {
   /// Whether the unknowns are a solution: the true residual decides, whatever ierr says. Without a word of
   /// the library it may lie above the target by what the rounding of another order of summation makes of it.
   bool isSolution() const { return relativeResidual <= (ierr == 0 ? 2.0 : 1.0) * target; }
-  static constexpr double target = 1e-8;
+  double target = 1e-8;  // of the relative residual
 };
 
 /// Solves for the system's rowLoad into unknowns [1..n], which holds the first guess, by at most cycleLimit
 /// steps. The entries of a row may stand in another order afterwards.
 /// A cycleLimit outside 1 to 9999 ends the run.
 TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass);
+
+/// The same by smoothed aggregation, to 1e-10. rowBlock, [1..n], has the number of each row's block: the two
+/// triples of a mesh node. modes holds the rigid motions by row, six one after the other; a further pass
+/// doesn't read them.
+TierOutcome solveAggregation(CompressedSystem& system, std::span<double> unknowns, int cycleLimit,
+                             TierPass pass, std::span<const int> rowBlock, std::span<const double> modes);
 
 /// Frees the hierarchy that a first pass has kept.
 void releaseTier();

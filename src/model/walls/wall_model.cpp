@@ -31,6 +31,11 @@ std::unique_ptr<WallModel> chosenModel() {
 
 }  // namespace
 
+std::array<Vector3, 2> WallModel::rigidMotion(const Vector3& shift, const Vector3& turn, const Vector3& arm,
+                                              const Vector3& offset, double) const {
+  return {shift + cross(turn, arm - offset), shift + cross(turn, arm + offset)};
+}
+
 const WallModel& wallModel() { return *model; }
 
 void chooseWalls() {

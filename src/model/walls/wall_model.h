@@ -52,6 +52,12 @@ class WallModel {
   /// Displacement of the mid surface from the same component of a mesh node's first and second triple.
   virtual double midSurface(double firstTriple, double secondTriple) const = 0;
 
+  /// A mesh node's two triples in a rigid motion: shift, and turn about a middle from which the node is `arm`
+  /// away, with half the wall there as `offset`; lengths in units of `unit` cm. Two layers of nodes move each
+  /// with its own place.
+  virtual std::array<Vector3, 2> rigidMotion(const Vector3& shift, const Vector3& turn, const Vector3& arm,
+                                             const Vector3& offset, double unit) const;
+
   /// Thickness of a part element under in-mold and total displacement together, cm. Needs `solution`; reports
   /// D5015 of a triangle without area. Main thread only.
   virtual double deformedThickness(int element) const = 0;

@@ -79,7 +79,7 @@ wall_model = "wedge"
     np.testing.assert_allclose(axes[:, 2], surface.unit_normals(part.points, part.triangles), atol=1e-8)
     prc, cpu = values_of(tmp_path / "j.PRC"), values_of(tmp_path / "j.CPU")
     assert [prc[n] for n in (20002, 20011, 20012, 20013, 20014, 21001)] == [300, 1, 2, 20, 0, 23]
-    assert (cpu[22002], cpu[30500], cpu[31001], len(prc), len(cpu)) == (1, 77, 1, 16, 11)
+    assert (cpu[22002], cpu[30500], cpu[31001], cpu[31002], len(prc), len(cpu)) == (1, 77, 1, 2, 16, 12)
     assert (tmp_path / "j.BC1").read_text().split()[1:4] == ["4", "1", "2"]
     mal = {k.strip(): v.split() for k, _, v in (line.partition(" = ") for line in (tmp_path / "j.MAL").open())}
     assert mal["Modulus"] == ["2", "9e+10", "4e+10", "end"] and mal["Expansion"][1:3] == ["2e-05", "6e-05"]

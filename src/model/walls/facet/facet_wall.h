@@ -20,6 +20,10 @@ class FacetWall final : public WallModel {
   std::string faultOf(const WallElement& element) const override;
   double midSurface(double displacement, double) const override { return displacement; }
   double deformedThickness(int element) const override;
+  std::array<Vector3, 2> rigidMotion(const Vector3& shift, const Vector3& turn, const Vector3& arm,
+                                     const Vector3&, double unit) const override {
+    return {shift + cross(turn, arm), (rotationLength_ / unit) * turn};
+  }
 
  private:
   Facet facetOf(const WallElement& element, FacetLoading& loading) const;

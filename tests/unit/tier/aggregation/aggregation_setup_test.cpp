@@ -1,14 +1,15 @@
-// Calls of TIER with smoothed aggregation: steps on systems of known kinds,
-// doors and their errors, re-starts.
+// Calls of TIER with smoothed aggregation: steps on systems of known kinds, doors and their errors,
+// re-starts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <omp.h>
 
 #include <cmath>
 
 #include "support/tier/systems.h"
 #include "support/tier/tier_call.h"
 #include "tier/api/tier.h"
-#include "tier/store/work_arrays.h"
+#include "tier/store/context.h"
 
 namespace {
 
@@ -149,6 +150,122 @@ TEST(Aggregation, RefusesModesOutOfRange) {
   EXPECT_EQ(ierr, 20);
   TIER_MODES_SET(&rows, &line, bad.data(), &ierr);
   EXPECT_EQ(ierr, 20);
+}
+
+/// Two copies of a system side by side, without coupling, and a row that is alone.
+sparse_system two_bodies_and_a_row(const sparse_system& one) {
+  sparse_system s;
+  for (int copy = 0; copy < 2; ++copy)
+    for (int i = 0; i < one.n; ++i) {
+      std::vector<std::pair<int, double>> others;
+      const auto first = static_cast<std::size_t>(one.ia[static_cast<std::size_t>(i)]),
+                 end = static_cast<std::size_t>(one.ia[static_cast<std::size_t>(i) + 1]);
+      for (std::size_t k = first + 1; k < end; ++k)
+        others.emplace_back(one.ja[k - 1] + copy * one.n, one.a[k - 1]);
+      s.add_row(one.a[first - 1], others);
+    }
+  s.add_row(3.0, {});
+  return s;
+}
+
+TEST(Aggregation, SolvesSeveralBodiesAndLonelyRows) {
+  tier_call call = by_aggregation(two_bodies_and_a_row(five_point(20)));
+
+  call.run();
+
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_LT(call.relative_residual(), 1e-7);
+  EXPECT_NEAR(call.s.u.back(), std::sin(call.s.n), 1e-5);
+  EXPECT_LE(call.ncyc_done, 16);
+}
+
+TEST(Aggregation, TakesPointsInAnyOrderAndOfUnequalLength) {
+  tier_call call = by_aggregation(plane_stress(30, 6));
+  const int points = call.s.n / 2;
+  for (int& p : call.s.ip) p = 1 + (p * 11) % points;  // a permutation
+  call.s.ip[7] = points + 1;                           // a point of one row, and one that is left with one
+
+  call.run();
+
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_LT(call.relative_residual(), 1e-7);
+}
+
+TEST(Aggregation, ReStartsOverTheKeptHierarchy) {
+  tier_call call = by_aggregation(plane_stress(40, 8));
+  give_positions(call, 40, 8);
+  call.iswtch = 4120;
+  call.run();
+  ASSERT_EQ(call.ierr, 0) << call.said;
+  const int steps = call.ncyc_done;
+
+  call.iswtch = 1120;
+  for (double& f : call.s.f) f *= -2.0;
+  call.run();
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_EQ(call.ncyc_done, steps);
+
+  call.iswtch = 3120;
+  for (double& a : call.s.a) a *= 1e5;
+  call.run();
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_LT(call.relative_residual(), 1e-7);
+  EXPECT_NEAR(call.ncyc_done, steps, 1);
+
+  call.iswtch = 1120;
+  set(TIER_SET_NAGGREGATION, 0);
+  call.run();
+  EXPECT_EQ(call.ierr, 53);
+  EXPECT_THAT(call.said, HasSubstr("naggregation"));
+}
+
+TEST(Aggregation, EndsWithoutALeakWhereverAnAllocationFails) {
+  std::int64_t failed = 0;
+  for (std::int64_t at = 0;; ++at) {
+    tier_call call = by_aggregation(five_point(12));
+    set(TIER_SET_NAGG_POINTS, 8);
+    tier::memory().allocations = 0;
+    tier::memory().fail_at = at;
+    call.run();
+    tier::memory().fail_at = -1;
+    if (call.ierr == 0) break;
+    ASSERT_TRUE(call.ierr == 60 || call.ierr == 70) << at << call.said;
+    ASSERT_EQ(tier::memory().nisum, 0) << at;
+    ASSERT_EQ(tier::memory().ndsum, 0) << at;
+    ++failed;
+  }
+  EXPECT_GT(failed, 60);
+}
+
+TEST(Aggregation, HasTheSameBitsWithThreeThreadsEachTime) {
+  const auto solve = [](int threads) {
+    omp_set_num_threads(threads);
+    tier_call call = by_aggregation(five_point(150));
+    call.run();
+    EXPECT_EQ(call.ierr, 0) << call.said;
+    return std::pair(call.ncyc_done, call.s.u);
+  };
+  const auto one = solve(1), three = solve(3), again = solve(3);
+
+  EXPECT_EQ(one.first, three.first);
+  EXPECT_EQ(three.second, again.second);
+}
+
+TEST(Aggregation, ReportsLevelsAndComplexities) {
+  tier_call call = by_aggregation(five_point(40));
+  set(TIER_SET_MODE_MESS, 0);
+  call.idump = 10;
+  call.iout = 20;
+  call.run();
+
+  EXPECT_THAT(call.said, HasSubstr("Smoothed aggregation: 1600 points of up to 1 variables"));
+  EXPECT_THAT(call.said, HasSubstr("Basic Method: Smoothed aggregation on 3 levels (K-cycle)"));
+  int levels = 0;
+  double values[11];
+  TIER_GET_COMPLEXITIES(&levels, values);
+  EXPECT_EQ(levels, 3);
+  EXPECT_GT(values[0], 1.1);
+  EXPECT_LT(values[0], 1.6);
 }
 
 }  // namespace

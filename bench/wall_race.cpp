@@ -1,0 +1,176 @@
+// Races the solvers of thin walls on the same systems: TIER by aggregation, MUMPS, TIER's classical set-up.
+// Usage: wall_race SOLVERS SYSTEM... with SOLVERS of the letters a (aggregation), m (MUMPS), c (classical)
+// and SYSTEM kind:unknowns:edge_over_wall[:uneven][:slender=10][:random]; prints a Markdown table. Each
+// solver runs in a process of its own, in one thread unless OMP_NUM_THREADS says otherwise, so that its
+// memory is its own.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "model/solvers/solve_direct.h"
+#include "tier.h"
+#include "wall_systems.h"
+
+namespace {
+
+using bench::wall_system;
+
+struct outcome {
+  double setup = 0.0, total = 0.0, elapsed = 0.0;  // s: processor time, and of the clock
+  double megabytes = 0.0;                          // peak beyond what stood before
+  double own_megabytes = 0.0;                      // of the library: hierarchy at the end
+  double peak_megabytes = 0.0;                     // and at its peak
+  double residual = 0.0, complexity = 0.0;
+  double matrix_megabytes = 0.0;
+  int unknowns = 0, steps = 0, levels = 0, ierr = 0;
+};
+
+double processor_seconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+double clock_seconds() {
+  using namespace std::chrono;
+  return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
+/// A line of /proc/self/status in MB.
+double megabytes_of(const char* name) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double kilobytes = 0.0;
+    if (word == name && status >> kilobytes) return kilobytes / 1000.0;
+  }
+  return 0.0;
+}
+
+void run_tier(wall_system& w, bool aggregation, outcome& out) {
+  std::vector<double> u(w.s.f.size(), 0.0);
+  const int nna = static_cast<int>(w.s.ja.size()), n = w.s.n, nsys = 3, modes = 6, iscale[3] = {0, 0, 0};
+  const int quiet = -2, chosen = aggregation ? 1 : 0, counted = 2, off = -1, ifirst = 0;
+  const int matrix = aggregation ? 12 : 21, nsolve = aggregation ? 30 : 20,
+            ncyc = aggregation ? 1100200 : 1303000, iswtch = 4120;
+  const char* const tolerance = std::getenv("EPS");
+  const double eps = tolerance ? std::atof(tolerance) : 1e-8, chktol = -1.0;
+  double res_in = 0.0, res_out = 0.0, a = 2.2, g = 1.7, p = 0.0, wa = 2.4;
+  TIER_SET_MODE_MESS(&quiet);
+  TIER_SET_NTYP_GALERKIN(&counted);
+  TIER_SET_NAGGREGATION(&chosen);
+  if (const char* degree = std::getenv("DEGREE")) {
+    const int value = std::atoi(degree);
+    TIER_SET_NAGG_DEGREE(&value);
+  }
+  const char* const report = std::getenv("REPORT");
+  const int idump = report ? 10 : off, iout = report ? 20 : off;
+  if (aggregation) TIER_MODES_SET(&n, &modes, w.modes.data(), &out.ierr);
+  TIER(&n, &nna, &nsys, w.s.ia.data(), w.s.ja.data(), w.s.a.data(), w.s.f.data(), u.data(), w.s.iu.data(), &n,
+       aggregation ? w.block.data() : w.s.ip.data(), &n, &matrix, iscale, &res_in, &res_out, &out.steps,
+       &out.ierr, &nsolve, &ifirst, &eps, &ncyc, &iswtch, &a, &g, &p, &wa, &chktol, &idump, &iout);
+  double values[8], complexities[11];
+  TIER_GET_TIME_AND_MEM(values);
+  TIER_GET_COMPLEXITIES(&out.levels, complexities);
+  out.setup = values[0];
+  out.own_megabytes = values[7];
+  out.peak_megabytes = values[6];
+  out.complexity = complexities[0];
+  out.residual = relative_residual(w.s, u);
+}
+
+void run_mumps(wall_system& w, outcome& out) {
+  keld::CompressedSystem system;
+  const auto take = [](const auto& from, auto& to) {
+    to.assign(1, {});
+    to.insert(to.end(), from.begin(), from.end());
+  };
+  take(w.s.ia, system.rowStart);
+  take(w.s.ja, system.columnIndex);
+  take(w.s.a, system.matrixValue);
+  take(w.s.f, system.rowLoad);
+  std::vector<int> block;
+  take(w.block, block);
+  std::vector<double> u(w.s.f.size() + 1, 0.0);
+  const double start = processor_seconds();
+  keld::DirectSolver solver(system, block, 2000000000, "/tmp");
+  out.setup = processor_seconds() - start;
+  out.residual = solver.solve(u);
+  out.own_megabytes = out.peak_megabytes = solver.megabytesUsed();
+  out.steps = 1;
+}
+
+wall_system system_of(const std::string& text) {
+  std::istringstream in(text);
+  std::string kind, unknowns, ratio, word;
+  std::getline(in, kind, ':');
+  std::getline(in, unknowns, ':');
+  std::getline(in, ratio, ':');
+  bool uneven = false, random = false;
+  double slender = 1.0;
+  while (std::getline(in, word, ':')) {
+    uneven |= word == "uneven";
+    random |= word == "random";
+    if (word.starts_with("slender=")) slender = std::atof(word.c_str() + 8);
+  }
+  return bench::make_walls(kind, std::atoi(unknowns.c_str()), std::atof(ratio.c_str()), uneven, slender,
+                           random);
+}
+
+/// In a process of its own, which makes the system too: threads that have run don't go along into a child.
+outcome run_apart(const std::string& text, char solver) {
+  int ends[2];
+  outcome out;
+  if (pipe(ends) != 0) return out;
+  const pid_t child = fork();
+  if (child == 0) {
+    wall_system w = system_of(text);
+    out.unknowns = w.s.n;
+    out.matrix_megabytes = 12e-6 * static_cast<double>(w.s.ja.size());
+    const double before = megabytes_of("VmRSS:"), start = processor_seconds(), clock = clock_seconds();
+    if (solver == 'm')
+      run_mumps(w, out);
+    else
+      run_tier(w, solver == 'a', out);
+    out.total = processor_seconds() - start;
+    out.elapsed = clock_seconds() - clock;
+    out.megabytes = megabytes_of("VmHWM:") - before;
+    const bool sent = write(ends[1], &out, sizeof out) == sizeof out;
+    std::fflush(stdout);
+    _exit(sent ? 0 : 1);
+  }
+  close(ends[1]);
+  if (read(ends[0], &out, sizeof out) != sizeof out) out.ierr = 999;
+  close(ends[0]);
+  waitpid(child, nullptr, 0);
+  return out;
+}
+
+const char* name_of(char solver) {
+  return solver == 'a' ? "aggregation" : solver == 'm' ? "MUMPS" : "classical";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) return std::fprintf(stderr, "usage: wall_race SOLVERS KIND:UNKNOWNS:RATIO...\n"), 2;
+  std::printf(
+      "| system | unknowns | solver | levels, complexity | steps | set-up s | total s | clock s | residual | "
+      "MB beyond the system | own MB at the end, peak | matrix MB "
+      "|\n|---|---|---|---|---|---|---|---|---|---|---|---|\n");
+  for (int k = 2; k < argc; ++k)
+    for (const char* solver = argv[1]; *solver != '\0'; ++solver) {
+      std::fflush(stdout);
+      const outcome o = run_apart(argv[k], *solver);
+      const std::string fault = o.ierr == 0 ? "" : " ierr " + std::to_string(o.ierr);
+      std::printf(
+          "| %s | %d | %s%s | %d, %.2f | %d | %.2f | %.2f | %.2f | %.1e | %.0f | %.0f, %.0f | %.0f |\n",
+          argv[k], o.unknowns, name_of(*solver), fault.c_str(), o.levels, o.complexity, o.steps, o.setup,
+          o.total, o.elapsed, o.residual, o.megabytes, o.own_megabytes, o.peak_megabytes, o.matrix_megabytes);
+      std::fflush(stdout);
+    }
+  return 0;
+}

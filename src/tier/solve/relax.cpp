@@ -20,6 +20,7 @@ struct relaxation {
   const sweep_rows& rows;
   const_vector f;
   vector u, scratch;
+  double omega_sor_do;  // the caller's: threads of a team have parameters of their own
 };
 
 /// A Gauss-Seidel step, decoded.
@@ -28,10 +29,11 @@ struct sweep_kind {
   double omega = 0.0;  // SOR factor, 0: none
 };
 
-sweep_kind decode_step(int step, bool by_state) {
+sweep_kind decode_step(const relaxation& x, int step) {
+  const bool by_state = x.rows.by_state();
   const int mode = std::abs(step), filter = by_state ? (mode - 1) % 3 + 1 : 2;
   sweep_kind kind{filter != 3, filter != 1, (mode > 3) != (step < 0)};
-  if (filter == 2 && mode <= 3 && step > 0) kind.omega = parm().omega_sor_do;
+  if (filter == 2 && mode <= 3 && step > 0) kind.omega = x.omega_sor_do;
   return kind;
 }
 
@@ -49,26 +51,32 @@ void for_places(const level& l, stretch x, stretch y, bool descending, Body body
   }
 }
 
-/// The sweep over a range of rows in the vector v; `shared` gets the new values too, unless it is null.
-void sweep(const relaxation& x, const row_block& part, const sweep_kind& kind, double* v, double* shared) {
+/// The sweep over a range of rows in the vector v. In threads v is a thread's own: x.u gets the new values
+/// too, and diagonals have what the rows add to them: u_i <- u_i + r_i / (a_ii + added_i).
+template <bool in_threads>
+void sweep(const relaxation& x, const row_block& part, const sweep_kind& kind, double* v) {
   const int* const ia = x.l.ia.data();
   const int* const ja = x.l.ja.data();
   const double* const a = x.l.a.data();
   const double* const f = x.f.data();
+  const double* const added = x.rows.added().data();
+  double* const shared = x.u.data();
   const auto relax_row = [=, &l = x.l](int place) {
     const int i = l.row_at(place) - 1, first = ia[place - 1];
     const int others = ia[place] - 1 - first;  // behind the diagonal, from 0
     fetch_ahead(ja + first, a + first, others, kind.descending);
-    const double inverse = -1.0 / a[first - 1];  // in time, while the sum waits for the row before
-    const double value = row_sum(ja + first, a + first, v, others, -f[i]) * inverse;
+    const double extra = in_threads ? added[place - 1] : 0.0;
+    const double inverse = -1.0 / (a[first - 1] + extra);  // in time, while the sum waits for the row before
+    const double start = in_threads ? -f[i] - extra * v[i] : -f[i];
+    const double value = row_sum(ja + first, a + first, v, others, start) * inverse;
     v[i] = kind.omega > 0.0 ? kind.omega * value + (1.0 - kind.omega) * v[i] : value;
-    if (shared) shared[i] = v[i];
+    if (in_threads) shared[i] = v[i];
   };
   for_places(x.l, kind.fine ? part.fine : stretch{}, kind.coarse ? part.coarse : stretch{}, kind.descending,
              relax_row);
 }
 
-/// One thread's own copy of u.
+/// One thread's own copy of u, with those rows of other threads that it reads.
 class private_copy {
  public:
   private_copy(const relaxation& x, int thread)
@@ -76,29 +84,31 @@ class private_copy {
         rows_(x.rows.of_thread(thread)),
         v_(x.scratch.data() + static_cast<std::int64_t>(thread) * x.l.n) {}
 
-  void load_own() {
+  void load() {
     const double* const u = x_.u.data();
-    for (const row_block& part : rows_.range) std::copy(u + part.lo - 1, u + part.hi, v_ + part.lo - 1);
+    for (const row_block& block : rows_.block) std::copy(u + block.lo - 1, u + block.hi, v_ + block.lo - 1);
+    load_foreign({1, static_cast<int>(rows_.foreign.size())});
   }
-  void load_foreign() {
-    const int* const foreign = rows_.foreign.data();
-    for (std::int64_t k = 0; k < rows_.foreign.size(); ++k) v_[foreign[k] - 1] = x_.u[foreign[k]];
-  }
-  void run(const sweep_kind& kind) {
-    for (int turn : {0, 1})
-      sweep(x_, rows_.range[static_cast<std::size_t>(kind.descending ? 1 - turn : turn)], kind, v_,
-            x_.u.data());
+  /// What other threads have smoothed in a round.
+  void load_foreign(int round) { load_foreign(rows_.foreign_of_round[static_cast<std::size_t>(round)]); }
+  void run(const sweep_kind& kind, int round) {
+    sweep<true>(x_, rows_.block[static_cast<std::size_t>(round)], kind, v_);
   }
 
  private:
+  void load_foreign(const stretch& columns) {
+    const int* const foreign = rows_.foreign.data();
+    for (int k = columns.first - 1; k < columns.last; ++k) v_[foreign[k] - 1] = x_.u[foreign[k]];
+  }
+
   const relaxation& x_;
   const thread_rows& rows_;
   double* v_;
 };
 
 void gauss_seidel_in_threads(const relaxation& x, std::span<const int> steps) {
-  const int team = x.rows.team();
-  for_chunks(x.l.n, team, [&x, steps, team](const row_chunk& c) {
+  const int team = x.rows.team(), rounds = x.rows.rounds();
+  for_chunks(x.l.n, team, [&x, steps, team, rounds](const row_chunk& c) {
     // The runtime may give fewer threads than the rows were shared out for.
     const auto for_own = [&](auto work) {
       for (int t = c.tid; t < team; t += c.team) {
@@ -106,21 +116,26 @@ void gauss_seidel_in_threads(const relaxation& x, std::span<const int> steps) {
         work(copy);
       }
     };
-    for_own([](private_copy& copy) { copy.load_own(); });
-    for (const int& step : steps) {
-      const sweep_kind kind = decode_step(step, x.rows.by_state());
-      if (&step != steps.data()) team_barrier(c);  // the step before is done
-      for_own([](private_copy& copy) { copy.load_foreign(); });
-      team_barrier(c);
-      for_own([&kind](private_copy& copy) { copy.run(kind); });
+    for_own([](private_copy& copy) { copy.load(); });
+    team_barrier(c);
+    int last_round = -1;
+    for (const int step : steps) {
+      const sweep_kind kind = decode_step(x, step);
+      for (int turn = 0; turn < rounds; ++turn) {
+        const int round = kind.descending ? rounds - 1 - turn : turn;
+        if (round == last_round) team_barrier(c);  // the sweep turns: others may still read these rows
+        last_round = round;
+        for_own([&](private_copy& copy) { copy.run(kind, round); });
+        team_barrier(c);
+        for_own([&](private_copy& copy) { copy.load_foreign(round); });
+      }
     }
   });
 }
 
 void gauss_seidel(const relaxation& x, std::span<const int> steps) {
   if (x.rows.team() > 1) return gauss_seidel_in_threads(x, steps);
-  for (const int step : steps)
-    sweep(x, x.rows.all(), decode_step(step, x.rows.by_state()), x.u.data(), nullptr);
+  for (const int step : steps) sweep<false>(x, x.rows.all(), decode_step(x, step), x.u.data());
 }
 
 void jacobi(const relaxation& x, const jacobi_damping& damping) {
@@ -143,7 +158,7 @@ void relx_gs(const level& l, const sweep_rows& rows, const_vector f, vector u, s
   for (const int step : steps)
     if (step == 0 || std::abs(step) > jacobi_step)
       fail(ierr_illegal_value, std::string("Unknown relaxation step requested in (") + routine + ")");
-  const relaxation x{l, rows, f, u, scratch};
+  const relaxation x{l, rows, f, u, scratch, parm().omega_sor_do};
   const auto is_jacobi = [](int step) { return std::abs(step) == jacobi_step; };
   for (auto step = steps.begin(); step != steps.end();) {
     if (is_jacobi(*step)) {

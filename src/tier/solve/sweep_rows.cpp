@@ -2,21 +2,57 @@
 #include "tier/solve/sweep_rows.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numeric>
 
 #include "tier/store/row_loop.h"
 
 namespace tier {
+
+namespace {
+
+constexpr int least_rounds = 2, most_rounds = 32;
+constexpr int least_block_entries = 1024;  // below it threads wait for each other longer than they work
+// Rows with larger diagonals, as shares of all: up to `few` cost hardly a step, `many` a quarter as many
+// again.
+constexpr double few = 0.06, many = 0.5;
+
+}  // namespace
 
 sweep_rows::sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch)
     : by_state_(sorted != nullptr), team_(matrix_team(l.n)) {
   const int fine = sorted ? sorted->fine() : l.n;
   all_ = {1, l.n, {1, fine}, {fine + 1, l.n}};
   if (team_ == 1) return;
-  share_out(l, finer);
-  find_foreign_columns(l, scratch);
+  added_.allocate(l.n, "added", "sweep_rows");
+  if (choose_rounds(l, finer) > many) {
+    team_ = rounds_ = 1;
+    threads_.clear();
+    added_.release();
+  } else {
+    find_foreign_columns(l, scratch);
+  }
 }
 
-row_block sweep_rows::range_of(const level& l, int lo, int hi) const {
+double sweep_rows::choose_rounds(const level& l, const sweep_rows* finer) {
+  const auto damped_share = [&](int rounds) {
+    rounds_ = rounds;
+    share_out(l, finer);
+    return static_cast<double>(add_to_diagonals(l)) / l.n;
+  };
+  const int most = std::min(most_rounds, l.entries() / (team_ * least_block_entries));
+  double share = damped_share(least_rounds), least = share;
+  int best = least_rounds;
+  for (int rounds = 2 * least_rounds; rounds <= most && least > few; rounds *= 2) {
+    share = damped_share(rounds);
+    if (share >= least) continue;
+    least = share;
+    best = rounds;
+  }
+  return best == rounds_ ? least : damped_share(best);
+}
+
+row_block sweep_rows::block_of(const level& l, int lo, int hi) const {
   if (!by_state_) return {lo, hi, {lo, hi}, {}};
   const int* const order = l.order.data();
   const auto part = [&](const stretch& rows) -> stretch {
@@ -28,55 +64,97 @@ row_block sweep_rows::range_of(const level& l, int lo, int hi) const {
 }
 
 void sweep_rows::share_out(const level& l, const sweep_rows* finer) {
-  const int blocks = 2 * team_;
-  const bool follows =
-      finer && finer->by_state_ && finer->team_ == team_ && finer->coarse_bounds_.back() == l.n + 1;
-  std::vector<int> bounds(static_cast<std::size_t>(blocks) + 1, l.n + 1);
-  for (int b = 0; b < blocks; ++b)
-    bounds[static_cast<std::size_t>(b)] =
-        follows ? finer->coarse_bounds_[static_cast<std::size_t>(b)] : 1 + b * (l.n / blocks);
-  coarse_bounds_.assign(bounds.size(), 1);
+  const int blocks = rounds_ * team_;
+  const bool follows = finer && finer->by_state_ && finer->team_ == team_ && finer->rounds_ == rounds_ &&
+                       finer->coarse_bounds_.back() == l.n + 1;
+  const auto bound = [&](int b) {
+    return follows ? finer->coarse_bounds_[static_cast<std::size_t>(b)]
+                   : 1 + static_cast<int>(std::int64_t{l.n} * b / blocks);
+  };
+  coarse_bounds_.assign(static_cast<std::size_t>(blocks) + 1, 1);
   threads_.resize(static_cast<std::size_t>(team_));
+  for (thread_rows& t : threads_) t.block.clear();
   for (int b = 0; b < blocks; ++b) {
-    const auto block = static_cast<std::size_t>(b);
-    const row_block part = range_of(l, bounds[block], bounds[block + 1] - 1);
-    threads_[static_cast<std::size_t>(b % team_)].range[static_cast<std::size_t>(b / team_)] = part;
-    coarse_bounds_[block + 1] = coarse_bounds_[block] + part.coarse.last - part.coarse.first + 1;
+    const row_block part = block_of(l, bound(b), bound(b + 1) - 1);
+    threads_[static_cast<std::size_t>(b % team_)].block.push_back(part);
+    coarse_bounds_[static_cast<std::size_t>(b) + 1] =
+        coarse_bounds_[static_cast<std::size_t>(b)] + part.coarse.last - part.coarse.first + 1;
+  }
+}
+
+stretch sweep_rows::rows_of_round(int round) const {
+  const auto r = static_cast<std::size_t>(round);
+  return {threads_.front().block[r].lo, threads_.back().block[r].hi};
+}
+
+int sweep_rows::add_in_block(const level& l, const row_block& own, const stretch& together) {
+  int rows = 0;
+  for (const stretch& places : {own.fine, own.coarse})
+    for (int place = places.first; place <= places.last; ++place) {
+      const int first = l.ia[place];
+      double sum = 0.0;
+      for (int p = first + 1; p < l.ia[place + 1]; ++p)
+        if (together.first <= l.ja[p] && l.ja[p] <= together.last && !own.has(l.ja[p]))
+          sum += std::abs(l.a[p]);
+      const double diagonal = l.a[first];
+      const bool outweighs = sum > 0.5 * std::abs(diagonal);
+      added_[place] = outweighs ? std::copysign(sum, diagonal) : 0.0;
+      rows += outweighs;
+    }
+  return rows;
+}
+
+int sweep_rows::add_to_diagonals(const level& l) {
+  std::vector<int> rows(static_cast<std::size_t>(team_), 0);
+  for_chunks(l.n, team_, [&](const row_chunk& c) {
+    for (int t = c.tid; t < team_; t += c.team)
+      for (int round = 0; round < rounds_; ++round)
+        rows[static_cast<std::size_t>(t)] +=
+            add_in_block(l, of_thread(t).block[static_cast<std::size_t>(round)], rows_of_round(round));
+  });
+  return std::accumulate(rows.begin(), rows.end(), 0);
+}
+
+void sweep_rows::mark_columns(const level& l, thread_rows& own, char* marks) {
+  std::fill(marks, marks + l.n, '\0');
+  const auto mark = [&](const stretch& places) {
+    if (places.empty()) return;
+    for (int p = l.ia[places.first]; p < l.ia[places.last + 1]; ++p) marks[l.ja[p] - 1] = 1;
+  };
+  for (const row_block& block : own.block) {
+    mark(block.fine);
+    mark(block.coarse);
+  }
+  for (const row_block& block : own.block) std::fill(marks + block.lo - 1, marks + block.hi, '\0');
+}
+
+void sweep_rows::collect_columns(thread_rows& own, const char* marks) const {
+  int found = 0;
+  for (int round = 0; round < rounds_; ++round) {
+    const int before = found;
+    const stretch rows = rows_of_round(round);
+    for (int j = rows.first; j <= rows.last; ++j)
+      if (marks[j - 1]) own.foreign[++found] = j;
+    own.foreign_of_round[static_cast<std::size_t>(round)] = {before + 1, found};
   }
 }
 
 void sweep_rows::find_foreign_columns(const level& l, vector scratch) {
-  const auto marks_of = [&](int t) {
-    return reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n);
+  const auto for_threads = [&](auto work) {
+    for_chunks(l.n, team_, [&](const row_chunk& c) {
+      for (int t = c.tid; t < team_; t += c.team)
+        work(threads_[static_cast<std::size_t>(t)],
+             reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n));
+    });
   };
-  std::vector<int> count(static_cast<std::size_t>(team_));
-  const auto mark = [&](int t) {
-    const thread_rows& own = of_thread(t);
-    char* const marks = marks_of(t);
-    std::fill(marks, marks + l.n, '\0');
-    const auto mark_columns = [&](const stretch& rows) {
-      for (int p = l.ia[rows.first]; p < l.ia[rows.last + 1]; ++p)
-        if (!own.has(l.ja[p])) marks[l.ja[p] - 1] = 1;
-    };
-    for (const row_block& part : own.range)
-      for (const stretch& rows : {part.fine, part.coarse})
-        if (!rows.empty()) mark_columns(rows);
-    count[static_cast<std::size_t>(t)] = static_cast<int>(std::count(marks, marks + l.n, '\1'));
-  };
-  for_chunks(l.n, team_, [&](const row_chunk& c) {
-    for (int t = c.tid; t < team_; t += c.team) mark(t);
-  });
-  for (int t = 0; t < team_; ++t)
-    threads_[static_cast<std::size_t>(t)].foreign.allocate(count[static_cast<std::size_t>(t)], "foreign",
-                                                           "sweep_rows");
-  for_chunks(l.n, team_, [&](const row_chunk& c) {
-    for (int t = c.tid; t < team_; t += c.team) {
-      const char* const marks = marks_of(t);
-      int found = 0;
-      for (int j = 1; j <= l.n; ++j)
-        if (marks[j - 1]) threads_[static_cast<std::size_t>(t)].foreign[++found] = j;
-    }
-  });
+  for_threads([&](thread_rows& own, char* marks) { mark_columns(l, own, marks); });
+  for (int t = 0; t < team_; ++t) {
+    const char* const marks = reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n);
+    thread_rows& own = threads_[static_cast<std::size_t>(t)];
+    own.foreign.allocate(std::count(marks, marks + l.n, '\1'), "foreign", "sweep_rows");
+    own.foreign_of_round.resize(static_cast<std::size_t>(rounds_));
+  }
+  for_threads([&](thread_rows& own, const char* marks) { collect_columns(own, marks); });
 }
 
 }  // namespace tier

@@ -16,19 +16,9 @@ namespace tier {
 
 constexpr int most_threads = 256;
 
-// Below these a team costs more time than it saves, whatever smaller limit the parameters give.
-constexpr int least_matrix_rows = 256;
-constexpr int least_vector_rows = 8192;
-
-inline int matrix_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm().nmin_matrix, least_matrix_rows)));
-}
-inline int restriction_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm().nmin_matrix_resc, least_matrix_rows)));
-}
-inline int vector_team(int n) {
-  return std::min(most_threads, team_size(n, std::max(parm().nmin_vector, least_vector_rows)));
-}
+inline int matrix_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix)); }
+inline int restriction_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix_resc)); }
+inline int vector_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_vector)); }
 
 /// A thread's part of a row loop.
 struct row_chunk {

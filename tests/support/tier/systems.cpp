@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <numeric>
 #include <random>
 
 namespace testing_support {
@@ -144,6 +145,59 @@ sparse_system random_rows(int n, int per_row, double diagonal, unsigned seed) {
     row[i] = diagonal * (1.0 + 0.5 * value(random));
   }
   return from_rows(rows);
+}
+
+sparse_system two_faces(int m) {
+  const sparse_system face = five_point(m);
+  sparse_system s;
+  for (int i = 0; i < 2 * face.n; ++i) {
+    const auto row = static_cast<std::size_t>(i % face.n);
+    const int shift = i < face.n ? 0 : face.n;
+    std::vector<std::pair<int, double>> others;
+    for (auto p = static_cast<std::size_t>(face.ia[row]); p < static_cast<std::size_t>(face.ia[row + 1]) - 1;
+         ++p)
+      others.emplace_back(face.ja[p] + shift, face.a[p]);
+    others.emplace_back(i < face.n ? i + 1 + face.n : i + 1 - face.n, -20.0);
+    s.add_row(24.0, others);
+  }
+  return s;
+}
+
+sparse_system normal_equations(int n, int per_row, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<double> value(-1.0, 1.0);
+  std::uniform_int_distribution<int> column(1, n);
+  std::vector<row_map> rows(static_cast<std::size_t>(n));
+  for (int i = 1; i <= n; ++i) rows[static_cast<std::size_t>(i) - 1][i] = 0.1;
+  for (int k = 0; k < n; ++k) {
+    row_map b;
+    for (int e = 0; e < per_row; ++e) b[column(random)] = value(random);
+    for (const auto& [i, x] : b)
+      for (const auto& [j, y] : b) rows[static_cast<std::size_t>(i) - 1][j] += x * y;
+  }
+  return from_rows(rows);
+}
+
+sparse_system renumbered(const sparse_system& s, unsigned seed) {
+  const int per_point = s.ip.empty() ? 1 : s.nsys, points = s.n / per_point;
+  std::vector<int> place(static_cast<std::size_t>(points));
+  std::iota(place.begin(), place.end(), 0);
+  std::shuffle(place.begin(), place.end(), std::mt19937(seed));
+  const auto number = [&](int i) {
+    return place[static_cast<std::size_t>((i - 1) / per_point)] * per_point + (i - 1) % per_point + 1;
+  };
+  std::vector<row_map> rows(static_cast<std::size_t>(s.n));
+  for (int i = 1; i <= s.n; ++i)
+    for (int p = s.ia[static_cast<std::size_t>(i) - 1]; p < s.ia[static_cast<std::size_t>(i)]; ++p)
+      rows[static_cast<std::size_t>(number(i)) - 1][number(s.ja[static_cast<std::size_t>(p) - 1])] =
+          s.a[static_cast<std::size_t>(p) - 1];
+  sparse_system t = from_rows(rows);
+  t.nsys = s.nsys;
+  t.iu = s.iu;
+  t.ip = s.ip;
+  for (int i = 1; i <= s.n; ++i)
+    t.f[static_cast<std::size_t>(number(i)) - 1] = s.f[static_cast<std::size_t>(i) - 1];
+  return t;
 }
 
 void set_known_solution(sparse_system& s) {

@@ -25,6 +25,15 @@ sparse_system plane_stress(int mx, int my);
 /// Random columns and values in (-1, 1), about `per_row` entries, diagonal around `diagonal`; not symmetric.
 sparse_system random_rows(int n, int per_row, double diagonal, unsigned seed);
 
+/// Two grids of m x m, numbered one after the other, tied point by point as the faces of a wall are.
+sparse_system two_faces(int m);
+
+/// B^T B + 0.1 I, B with about `per_row` random entries a row: long rows without order.
+sparse_system normal_equations(int n, int per_row, unsigned seed);
+
+/// The same system with its points, or its rows where it has none, in random order.
+sparse_system renumbered(const sparse_system& s, unsigned seed);
+
 /// f = A x with x_i = sin(i).
 void set_known_solution(sparse_system& s);
 

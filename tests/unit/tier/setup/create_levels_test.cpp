@@ -325,23 +325,6 @@ TEST(CreateLevels, ThreadsGiveASoundHierarchy) {
 }
 #endif
 
-/// Two grids of m x m, numbered one after the other, tied point by point as the faces of a wall are.
-sparse_system two_faces(int m) {
-  const sparse_system face = five_point(m);
-  sparse_system s;
-  for (int i = 0; i < 2 * face.n; ++i) {
-    const auto row = static_cast<std::size_t>(i % face.n);
-    const int shift = i < face.n ? 0 : face.n;
-    std::vector<std::pair<int, double>> others;
-    for (auto p = static_cast<std::size_t>(face.ia[row]); p < static_cast<std::size_t>(face.ia[row + 1]) - 1;
-         ++p)
-      others.emplace_back(face.ja[p] + shift, face.a[p]);
-    others.emplace_back(i < face.n ? i + 1 + face.n : i + 1 - face.n, -20.0);
-    s.add_row(24.0, others);
-  }
-  return s;
-}
-
 int steps_of(const sparse_system& s, int threads, const std::function<void(tier::controls&)>& set) {
   test_run run(s);
   use_threads(threads);

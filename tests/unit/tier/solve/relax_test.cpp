@@ -1,9 +1,11 @@
-// Smoothing codes and steps against numbers from paper; parallel steps
-// against a loop that freezes foreign rows.
+// Smoothing codes and steps against numbers from paper; parallel steps against a loop that freezes what
+// other threads smooth.
 #include "tier/solve/relax.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -54,8 +56,15 @@ void set_states(tier::level& l, const std::vector<int>& icg) {
   std::copy(icg.begin(), icg.end(), l.icg.data());
 }
 
+/// How the rows were shared out.
+struct sweep_sharing {
+  int team, rounds;
+  bool damped;  // some diagonals were larger
+};
+
 /// Steps on a level, with its rows by state if it has states.
-void run_steps(tier::level& l, const std::vector<int>& steps, const tier::jacobi_damping& damping = {}) {
+sweep_sharing run_steps(tier::level& l, const std::vector<int>& steps,
+                        const tier::jacobi_damping& damping = {}) {
   std::vector<double> copies(static_cast<std::size_t>(l.n * tier::max_threads()));
   const tier::vector scratch(copies.data());
   std::vector<double> store(static_cast<std::size_t>(l.has_states() ? tier::entries_of_coarse_rows(l) : 0));
@@ -63,6 +72,9 @@ void run_steps(tier::level& l, const std::vector<int>& steps, const tier::jacobi
   if (l.has_states()) sorted.emplace(l, tier::vector(store.data()));
   const tier::sweep_rows rows(l, sorted ? &*sorted : nullptr, nullptr, scratch);
   tier::relx_gs(l, rows, l.f, l.u, steps, damping, scratch, "relx_gs");
+  const double* const added = rows.added().data();
+  return {rows.team(), rows.rounds(),
+          added && std::any_of(added, added + l.n, [](double x) { return x != 0.0; })};
 }
 
 class RelxGs : public testing::TestWithParam<step_case> {};
@@ -138,58 +150,88 @@ TEST(RelxGs, JacobiTakesAFactorPerFunction) {
   EXPECT_EQ(s.u, (std::vector<double>{0.25, 1.0}));
 }
 
-// A thread reads rows of others as they were when the step began, so parallel steps have one right result. It
-// owns two ranges, half a level apart.
-class ParallelSteps : public testing::TestWithParam<std::vector<int>> {};
+// A thread reads rows of others as they were when the round began, so parallel steps have one right result.
+struct parallel_case {
+  const char* name;
+  sparse_system system;
+  bool more_rounds;
+  std::vector<int> steps;
+};
+class ParallelSteps : public testing::TestWithParam<parallel_case> {};
 
-void expected_step(const sparse_system& s, const std::vector<int>& icg, int team, int step,
+/// Old values are those of rows in the same round but in another thread's block. Where they have more than
+/// half the diagonal's weight the correction of the row is divided by both together.
+double relaxed(const sparse_system& s, std::size_t row, int block, const std::vector<int>& block_of,
+               const std::vector<double>& now, const std::vector<double>& old, int team) {
+  const auto first = static_cast<std::size_t>(s.ia[row]) - 1;
+  double r = s.f[row] - s.a[first] * now[row], weight = 0.0;
+  for (std::size_t p = first + 1; p + 1 < static_cast<std::size_t>(s.ia[row + 1]); ++p) {
+    const auto j = static_cast<std::size_t>(s.ja[p]) - 1;
+    const bool at_once = block_of[j] / team == block / team && block_of[j] != block;
+    r -= s.a[p] * (at_once ? old : now)[j];
+    weight += at_once ? std::abs(s.a[p]) : 0.0;
+  }
+  return now[row] + r / (s.a[first] + (weight > 0.5 * s.a[first] ? weight : 0.0));
+}
+
+void expected_step(const sparse_system& s, const std::vector<int>& icg, int team, int rounds, int step,
                    std::vector<double>& u) {
-  const std::vector<double> before = u;
-  const int mode = std::abs(step), filter = mode == 7 ? 2 : (mode - 1) % 3 + 1, size = s.n / (2 * team);
+  const int mode = std::abs(step), filter = mode == 7 ? 2 : (mode - 1) % 3 + 1, blocks = rounds * team;
   const bool descending = (mode > 3) != (step < 0);
-  for (int t = 0; t < team; ++t) {
-    std::vector<double> seen = before;  // own rows change, others stay
-    std::vector<int> own;
-    for (int i = 1; i <= s.n; ++i)
-      if (std::min((i - 1) / size, 2 * team - 1) % team == t) own.push_back(i);
-    if (descending) std::reverse(own.begin(), own.end());
-    for (const int i : own) {
-      const auto row = static_cast<std::size_t>(i) - 1;
-      if ((filter == 1 && icg[row] > 0) || (filter == 3 && icg[row] <= 0)) continue;
-      const auto first = static_cast<std::size_t>(s.ia[row]) - 1;
-      double d = s.f[row];
-      for (std::size_t p = first + 1; p + 1 < static_cast<std::size_t>(s.ia[row + 1]); ++p)
-        d -= s.a[p] * seen[static_cast<std::size_t>(s.ja[p]) - 1];
-      u[row] = seen[row] = d / s.a[first];
-      if (mode == 7) u[row] = 0.5 * (before[row] + u[row]), seen[row] = before[row];
-    }
+  std::vector<int> block_of(u.size());
+  for (int b = 0; b < blocks; ++b)
+    std::fill(block_of.begin() + s.n * b / blocks, block_of.begin() + s.n * (b + 1) / blocks, b);
+  std::vector<double> old = u;
+  for (int k = 0, round = -1; k < s.n; ++k) {
+    const auto row = static_cast<std::size_t>(descending ? s.n - 1 - k : k);
+    const int block = block_of[row];
+    if (mode != 7 && block / team != round) old = u;
+    round = block / team;
+    if ((filter == 1 && icg[row] > 0) || (filter == 3 && icg[row] <= 0)) continue;
+    if (mode == 7)
+      u[row] = old[row] - 0.5 * (old[row] - relaxed(s, row, 0, std::vector<int>(u.size(), 0), old, old, 1));
+    else
+      u[row] = relaxed(s, row, block, block_of, u, old, team);
   }
 }
 
-TEST_P(ParallelSteps, FreezeForeignRows) {
+TEST_P(ParallelSteps, FreezeRowsThatOthersSmooth) {
   constexpr int team = 3;
-  sparse_system s = turned_anisotropy(40, 30.0, 0.1);
+  sparse_system s = GetParam().system;
   for (std::size_t i = 0; i < s.u.size(); ++i) s.u[i] = 0.001 * static_cast<double>(i % 17);
   tier::hierarchy h;
   set_first_level(h, s);
   std::vector<int> icg(s.u.size());
   for (std::size_t i = 0; i < icg.size(); ++i) icg[i] = i % 3 == 0 ? 1 : -1;
-  std::vector<double> expected = s.u;
-  for (const int step : GetParam()) expected_step(s, icg, team, step, expected);
-
   use_threads(team);
   set_states(h(1), icg);
-  const std::vector<int> columns = s.ja;
-  const std::vector<double> values = s.a;
-  run_steps(h(1), GetParam());
+  const sparse_system before = s;
 
-  for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_NEAR(s.u[i], expected[i], 1e-14) << i;
-  EXPECT_EQ(s.ja, columns);  // the caller's matrix stands as it stood
-  EXPECT_EQ(s.a, values);
+  const sweep_sharing shared = run_steps(h(1), GetParam().steps);
+
+  ASSERT_EQ(shared.team, team);
+  EXPECT_EQ(shared.rounds > 2, GetParam().more_rounds) << shared.rounds;
+  EXPECT_TRUE(shared.damped);
+  std::vector<double> expected = before.u;
+  for (const int step : GetParam().steps) expected_step(before, icg, team, shared.rounds, step, expected);
+  for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_NEAR(s.u[i], expected[i], 1e-13) << i;
+  EXPECT_EQ(s.ja, before.ja);  // the caller's matrix stands as it stood
+  EXPECT_EQ(s.a, before.a);
 }
 
-INSTANTIATE_TEST_SUITE_P(Codes, ParallelSteps,
-                         testing::Values(std::vector{3, 1}, std::vector{1}, std::vector{2},
-                                         std::vector{-1, -3}, std::vector{5, 6, 2}, std::vector{1, 7, 3}));
+std::vector<parallel_case> parallel_cases() {
+  const sparse_system grid = turned_anisotropy(40, 30.0, 0.1), random = random_rows(1500, 30, 4.0, 5);
+  return {{"CF", grid, false, {3, 1}},
+          {"F", grid, false, {1}},
+          {"All", grid, false, {2}},
+          {"MinusFC", grid, false, {-1, -3}},
+          {"Turning", grid, false, {5, 6, 2}},
+          {"Jacobi", grid, false, {1, 7, 3}},
+          {"RandomAll", random, true, {2, 2}},
+          {"RandomCF", random, true, {3, 1}},
+          {"RandomTurning", random, true, {2, -2, 5, -5}}};
+}
+INSTANTIATE_TEST_SUITE_P(Codes, ParallelSteps, testing::ValuesIn(parallel_cases()),
+                         [](const auto& tested) { return std::string(tested.param.name); });
 
 }  // namespace

@@ -36,7 +36,7 @@ void release_level(level& l, bool keep_big_arrays) {
 }
 
 void free_hierarchy(const char* marker, const char* kind, bool keep_big_arrays) {
-  trace(1, std::string(marker) + kind, parm().itrace_amgmain);
+  say_if_possible([=] { trace(1, std::string(marker) + kind, parm().itrace_amgmain); });
   solver().last_set_up = problem_descriptors();
   solver().hierarchy_present = false;
   release_solution_data();

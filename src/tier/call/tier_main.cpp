@@ -214,7 +214,7 @@ void solve_by_aggregation(call_state& s) {
 }
 
 void trace_exit(const char* words, int ierr) {
-  trace(1, words + std::to_string(ierr), parm().itrace_amgmain);
+  say_if_possible([=] { trace(1, words + std::to_string(ierr), parm().itrace_amgmain); });
 }
 
 }  // namespace
@@ -290,10 +290,11 @@ int ierr_of(const std::function<int()>& work) {
   } catch (const failure& f) {
     return f.ierr;
   } catch (const std::bad_alloc&) {
-    info(message_class::error, "Allocation/Deallocation failed in (tier)");
+    say_if_possible([] { info(message_class::error, "Allocation/Deallocation failed in (tier)"); });
     return ierr_allocation;
   } catch (const std::exception& e) {
-    info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what());
+    say_if_possible(
+        [&e] { info(message_class::error, std::string("Unexpected fault in (tier): ") + e.what()); });
     return ierr_internal;
   }
 }
@@ -307,7 +308,10 @@ int tier_main(call_arguments& call, run_results& results) {
     print_performance_meter();
     return last_warning();
   });
-  if (ierr > 0) clean_up("Error_in_tier_main");
+  if (ierr > 0) {
+    clean_up("Error_in_tier_main");
+    last_call().complexity.levels = solver().levels.levels_created;
+  }
   last_call().total_seconds = elapsed_time() - start;
   last_call().nflag = ierr;
   trace_exit(ierr > 0 ? "leaving tier_main, ierr " : "leaving tier_main (regular exit), ierr ", ierr);

@@ -4,6 +4,7 @@
 
 #include "tier/report/solver_report.h"
 #include "tier/setup/create_levels.h"
+#include "tier/setup/galerkin_step.h"
 #include "tier/setup/setup_controls.h"
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
@@ -84,7 +85,8 @@ void report_galerkin(const controls& c) {
                                                    "dynamic memory management using lists"};
   message(c.galerkin_eps > 0.0 ? formatted("Galerkin: truncation:        yes,  eps = %g", c.galerkin_eps)
                                : "Galerkin: truncation:        no");
-  message(std::string("          variant:           ") + variants[static_cast<std::size_t>(c.ntyp_galerkin)]);
+  message(std::string("          variant:           ") +
+          variants[static_cast<std::size_t>(galerkin_variant(c))]);
 }
 
 }  // namespace
@@ -100,7 +102,8 @@ void crsng_data(const controls& c) {
   report_approach(c);
   report_weights(c.nint_weights);
   report_galerkin(c);
-  if (parm().nint_rowsum1 != 0) message("Interpolation: nint_rowsum1 = " + std::to_string(parm().nint_rowsum1));
+  if (parm().nint_rowsum1 != 0)
+    message("Interpolation: nint_rowsum1 = " + std::to_string(parm().nint_rowsum1));
   if (s.reduce_steps > 1) message("Number of reduce steps: " + std::to_string(s.reduce_steps));
 }
 

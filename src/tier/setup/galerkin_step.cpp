@@ -5,7 +5,6 @@
 
 #include "tier/setup/correct.h"
 #include "tier/setup/galerkin_truncate.h"
-#include "tier/setup/opdfn.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -14,15 +13,11 @@ namespace tier {
 
 namespace {
 
+constexpr int most_halvings = 20;  // of the columns of bad rows: a millionth of the weights is left
+
 /// With a structure that re-starts share, the pattern must not depend on values.
 bool keeps_zeros(const controls& c) {
   return parm().glk_mult_zeros || (parm().struct_ident && (c.iswit == 3 || c.iswit == 4));
-}
-
-opdfn_variant variant_of(const controls& c) {
-  const auto wanted = static_cast<opdfn_variant>(c.ntyp_galerkin);
-  const bool dynamic = wanted == opdfn_variant::dynalloc || wanted == opdfn_variant::dynalloc_mg;
-  return dynamic && keeps_zeros(c) ? opdfn_variant::lists : wanted;
 }
 
 /// Ends the call when repairing is hopeless.
@@ -35,10 +30,10 @@ void check_repair(int attempt, int nneg, int earlier) {
     fail(ierr_setup_internal,
          "still " + count + " negative diagonals with second attempt: increasing current value of neg_diag=" +
              std::to_string(parm().neg_diag) + " might help (opdfn)");
-  if (attempt > 2 * parm().maxop_restart)
-    fail(ierr_setup_internal,
-         "Maximum number of allowed re-starts exceeded (opdfn) : " + std::to_string(2 * parm().maxop_restart) +
-             ", non-positive diagonals: " + count);
+  if (attempt > parm().maxop_restart + most_halvings)
+    fail(ierr_setup_internal, "Maximum number of allowed re-starts exceeded (opdfn) : " +
+                                  std::to_string(parm().maxop_restart + most_halvings) +
+                                  ", non-positive diagonals: " + count);
 }
 
 /// First without the negative weights that feed bad rows, then with their columns halved.
@@ -80,16 +75,22 @@ void repair_diagonals(level& fine, level& coarse, int k, const controls& c) {
     check_repair(attempt, nneg, earlier);
     earlier = nneg;
     repair(fine, coarse.n, attempt, bad);
-    opdfn(fine, coarse, variant_of(c), keeps_zeros(c));
+    opdfn(fine, coarse, galerkin_variant(c), keeps_zeros(c));
   }
 }
 
 }  // namespace
 
+opdfn_variant galerkin_variant(const controls& c) {
+  const auto wanted = static_cast<opdfn_variant>(c.ntyp_galerkin);
+  const bool dynamic = wanted == opdfn_variant::dynalloc || wanted == opdfn_variant::dynalloc_mg;
+  return dynamic && keeps_zeros(c) ? opdfn_variant::lists : wanted;
+}
+
 void form_operator(hierarchy& h, int k, const controls& c) {
   level& fine = h(k);
   level& coarse = h(k + 1);
-  opdfn(fine, coarse, variant_of(c), keeps_zeros(c));
+  opdfn(fine, coarse, galerkin_variant(c), keeps_zeros(c));
   repair_diagonals(fine, coarse, k, c);
   if (c.galerkin_eps > 0.0) galerkin_truncate(coarse, c.galerkin_eps, c.isym == 2);
 }

@@ -15,6 +15,7 @@
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
+#include "tier/store/input_checks.h"
 #include "tier/store/parameters.h"
 
 namespace tier {
@@ -240,6 +241,7 @@ class row_writer {
  private:
   void reserve(std::int64_t more) {
     if (next_ - 1 + more <= lv_.jw.size()) return;
+    require_countable(next_ - 1 + more, "jw", "pbint");
     const std::int64_t room = lv_.jw.size() * 3 / 2 + more;
     lv_.jw.resize(room, "jw", "pbint");
     lv_.w.resize(room, "w", "pbint");

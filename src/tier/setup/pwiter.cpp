@@ -4,6 +4,7 @@
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/info.h"
+#include "tier/store/input_checks.h"
 
 namespace tier {
 
@@ -66,9 +67,9 @@ void pwforce(level& lv, int nprim) {
   };
   // Counts, then fills; a weight at a point without this unknown has no counterpart.
   for (const bool filling : {false, true}) {
-    int next = 1;
+    std::int64_t next = 1;
     for (int i = 1; i <= lv.n; ++i) {
-      lv.iw[i] = next;
+      lv.iw[i] = static_cast<int>(next);
       const int source = lv.icg[i] > 0 ? i : primary_of(lv.ip[i]);
       if (source == 0 || lv.icg[i] == state_ff) continue;
       for (int p = old.iw[source]; p < old.iw[source + 1]; ++p) {
@@ -81,7 +82,8 @@ void pwforce(level& lv, int nprim) {
         ++next;
       }
     }
-    lv.iw[lv.n + 1] = next;
+    if (!filling) require_countable(next - 1, "jww", "pwforce");
+    lv.iw[lv.n + 1] = static_cast<int>(next);
     if (filling) return;
     lv.jw.allocate(next - 1, "jww", "pwforce");
     lv.w.allocate(next - 1, "ww", "pwforce");

@@ -1,11 +1,15 @@
 // Graph of C-variables over two strong steps, and the first pass on it.
 #include "tier/setup/reduce.h"
 
+#include <algorithm>
+#include <numeric>
 #include <string>
+#include <vector>
 
 #include "tier/setup/first_pass.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
+#include "tier/store/input_checks.h"
 #include "tier/store/team.h"
 
 namespace tier {
@@ -65,26 +69,39 @@ void number_c_variables(view<const int> state, int n, c_graph& g) {
     if (g.number[i] > 0) g.variable[g.number[i]] = i;
 }
 
-/// Counts, then fills: both runs find the same neighbours. False when nobody has one.
-bool build_graph(const couplings& m, int least, int team, c_graph& g) {
+enum class graph_outcome { built, without_neighbours, too_large };
+
+// Where many rows share a neighbour with a long row, everybody is everybody's neighbour: the graph, and the
+// work of finding it, grow with the square of that row.
+constexpr std::int64_t most_entries_per_coupling = 32;
+
+/// Counts, then fills: both runs find the same neighbours.
+graph_outcome build_graph(const couplings& m, int least, int team, c_graph& g) {
+  const std::int64_t most =
+      std::min<std::int64_t>(most_entries_per_coupling * (m.ia[m.n + 1] - 1), max_entries - 1);
   work_array<int> paths;
   paths.allocate(std::int64_t{m.n} * team, 0, "paths", "reduce");
   g.start.allocate(std::int64_t{g.n} + 1, "start", "reduce");
+  std::vector<std::int64_t> found(static_cast<std::size_t>(team), 0);  // entries by thread
   const auto counter = [&](int tid) {
     return path_counter(m, g.number, least, view<int>(paths.data() + std::int64_t{m.n} * tid));
   };
   run_team(g.n, team, [&](const row_range& rows) {
     path_counter paths_of = counter(rows.tid);
+    std::int64_t sum = 0;
     for (int c = rows.lo; c <= rows.hi; ++c) {
       int entries = 1;
-      paths_of.visit(g.variable[c], [&entries](int) { ++entries; });
+      if (sum <= most) paths_of.visit(g.variable[c], [&entries](int) { ++entries; });
+      sum += entries;
       g.start[c + 1] = entries;
     }
+    found[static_cast<std::size_t>(rows.tid)] = sum;
   });
+  const std::int64_t entries = std::accumulate(found.begin(), found.end(), std::int64_t{0});
+  if (entries > most) return graph_outcome::too_large;
+  if (entries == g.n) return graph_outcome::without_neighbours;
   g.start[1] = 1;
   for (int c = 1; c <= g.n; ++c) g.start[c + 1] += g.start[c];
-  const int entries = g.start[g.n + 1] - 1;
-  if (entries == g.n) return false;
   g.columns.allocate(entries, "columns", "reduce");
   run_team(g.n, team, [&](const row_range& rows) {
     path_counter paths_of = counter(rows.tid);
@@ -95,7 +112,7 @@ bool build_graph(const couplings& m, int least, int team, c_graph& g) {
       g.columns[first] = last > first ? last : 0;
     }
   });
-  return true;
+  return graph_outcome::built;
 }
 
 /// First pass on the graph.
@@ -125,9 +142,13 @@ void reduce(const couplings& m, const reduce_options& o, view<int> state, split_
   c_graph g;
   number_c_variables(state, m.n, g);
   const int team = o.threads ? setup_team(m.n) : 1;
-  if (!build_graph(m, o.paths, team, g)) {
-    report("+++ no aggressive coarsening possible");
-    return;
+  switch (build_graph(m, o.paths, team, g)) {
+    case graph_outcome::without_neighbours:
+      return report("+++ no aggressive coarsening possible");
+    case graph_outcome::too_large:
+      return report("aggressive coarsening skipped (graph of C-variables too large)");
+    case graph_outcome::built:
+      break;
   }
   work_array<int> c_state;
   c_state.allocate(g.n, "#1", "rcol");

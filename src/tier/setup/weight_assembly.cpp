@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tier/store/info.h"
+#include "tier/store/input_checks.h"
 
 namespace tier {
 
@@ -132,9 +133,11 @@ void weight_assembly::apply_pending() {
 }
 
 int weight_assembly::join() {
+  std::int64_t entries = 0;
+  for (const auto& p : parts_) entries += p->used;
+  require_countable(entries, "jw", routine);
   lv_.iw[1] = 1;
   for (int i = 1; i <= lv_.n; ++i) lv_.iw[i + 1] += lv_.iw[i];
-  const std::int64_t entries = lv_.iw[lv_.n + 1] - 1;
   int turned = 0, zero_row_sums = 0;
   for (const auto& p : parts_) {
     turned += p->turned;

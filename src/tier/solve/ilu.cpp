@@ -5,6 +5,8 @@
 #include <cmath>
 #include <functional>
 
+#include "tier/store/input_checks.h"
+
 namespace tier {
 
 namespace {
@@ -114,12 +116,12 @@ void ilu_factors::eliminate(int i, double tolerance) {
   while (waiting > 0) {
     std::pop_heap(heap, heap + waiting, later);
     const int k = heap[--waiting];
-    const double factor = row_[k] * inverse_[k];
-    if (!(std::abs(factor) > tolerance)) {
+    if (!(std::abs(row_[k]) > tolerance)) {  // in the row's own units, as the tolerance is
       dropped_ += row_[k];
       in_row_[k] = 0;
       continue;
     }
+    const double factor = row_[k] * inverse_[k];
     row_[k] = factor;
     finished_[++kept] = k;  // not in below_, whose place the heap needs
     for (int p = upper_.start[k]; p < upper_.start[k + 1]; ++p) {
@@ -206,6 +208,7 @@ bool ilu_factors::append_row(int i) {
     upper_.append(column_at_[above_[m]], row_[above_[m]]);
     in_row_[above_[m]] = 0;
   }
+  require_countable(std::max(lower_.top, upper_.top), "ilu", routine);
   lower_.start[i + 1] = static_cast<int>(lower_.top) + 1;
   upper_.start[i + 1] = static_cast<int>(upper_.top) + 1;
   if (!usable(pivot)) return false;

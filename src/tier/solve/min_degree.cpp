@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "tier/store/input_checks.h"
+
 namespace tier {
 
 namespace {
@@ -53,6 +55,7 @@ class quotient_graph {
   /// Pattern of A + A^T without the diagonal, each pair once in each direction.
   void symmetric_pattern(view<const int> ia, view<const int> ja) {
     const int n = n_;
+    require_countable(2 * std::int64_t{ia[n + 1]} + n, "order", routine);
     work_array<int> column, place, rows;  // the transposed pattern
     column.allocate(n + 2, 0, "order", routine);
     for (int k = 1; k < ia[n + 1]; ++k) ++column[ja[k] + 1];

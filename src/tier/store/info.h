@@ -2,6 +2,7 @@
 // lines. Called by every routine of TIER.
 #pragma once
 
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -37,6 +38,15 @@ void clear_warning();
 
 /// Text of the last error or warning of a call, empty when there was none.
 const std::string& last_fault();
+
+/// Runs say(), which makes texts, on the way out of a call: where memory is out the text is lost, no more.
+template <class Say>
+void say_if_possible(Say say) noexcept {
+  try {
+    say();
+  } catch (const std::bad_alloc&) {
+  }
+}
 
 /// Ends the call: "Parameter setting not yet permitted <what>", ierr 80.
 [[noreturn]] void not_released(std::string_view what);

@@ -28,4 +28,10 @@ void require_consistent(bool consistent, std::string_view name) {
   require(consistent, ierr_inconsistent_input, "Incorrect or inconsistent input <", name);
 }
 
+void require_countable(std::int64_t entries, std::string_view name, std::string_view routine) {
+  if (entries < max_entries) return;
+  fail(ierr_work_arrays_too_small,
+       "Potential integer overflow for " + std::string(name) + " in (" + std::string(routine) + ")");
+}
+
 }  // namespace tier

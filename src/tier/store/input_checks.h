@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "tier/store/controls.h"
@@ -27,5 +28,9 @@ void require_in_range(bool in_range, std::string_view name);
 
 /// Ends the call with "Incorrect or inconsistent input <name>!", ierr 50.
 void require_consistent(bool consistent, std::string_view name);
+
+/// Ends the call with "Potential integer overflow for <name> in (routine)", ierr 10, where an array would
+/// need more positions than 32-bit pointers hold.
+void require_countable(std::int64_t entries, std::string_view name, std::string_view routine);
 
 }  // namespace tier

@@ -29,8 +29,8 @@ double visits(int igam, int k) {
 
 complexities measure(const hierarchy& h, const controls& c) {
   complexities m;
-  m.levels = std::max(h.levels_created, 0);
-  if (m.levels == 0) return m;
+  m.levels = h.levels_created;
+  if (m.levels < 1) return m;
   double n = 0, points = 0, entries = 0, weights = 0, primary = 0, primary_rows = 0, visited = 0,
          interpolated = 0;
   for (int k = 1; k <= m.levels; ++k) {

@@ -9,7 +9,7 @@
 namespace tier {
 
 struct complexities {
-  int levels = 0;
+  int levels = -1;                  // -1: no set-up
   double a_cmplx = 0, a_avrge = 0;  // entries of all levels over those of level 1; average row length
   double b_cmplx = 0, b_avrge = 0;  // the same for the primary matrices
   double ib_cmplx = 0;              // rows of the primary matrices over points of level 1

@@ -30,7 +30,8 @@ void count_words(std::int64_t count, std::size_t size) {
 void* aligned_bytes(std::size_t bytes) {
   constexpr std::size_t line = 64, large_page = std::size_t{1} << 21;
   const bool large = bytes >= 2 * large_page;
-  void* const p = std::aligned_alloc(large ? large_page : line, (bytes + line - 1) / line * line);
+  const std::size_t alignment = large ? large_page : line;  // of which the size must be a multiple
+  void* const p = std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
 #ifdef MADV_HUGEPAGE
   if (p && large) madvise(p, bytes, MADV_HUGEPAGE);  // a wish; where it isn't granted nothing is lost
 #endif

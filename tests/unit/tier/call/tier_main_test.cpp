@@ -64,6 +64,33 @@ TEST(Tier, SolvesOnOneLevelAndOnManyAndFreesAll) {
   }
 }
 
+TEST(Tier, TellsOfNoLevelsAfterAnError) {
+  tier_call call = poisson_call(9);
+  call.run();
+  for (const int nsolve : {0, 4}) {
+    call.nsolve = nsolve;
+    call.iswtch = nsolve == 0 ? 5120 : 3120;  // sound, then a re-start without hierarchy
+    call.run();
+    int levels = 0;
+    TIER_GET_LEVELS_CREATED(&levels);
+    EXPECT_EQ(levels, call.ierr > 0 ? -1 : 1) << call.said;
+  }
+  EXPECT_GT(call.ierr, 0);
+}
+
+// Variants 4 and 5 drop products of zero, which a pattern without regard to values must keep.
+TEST(Tier, NamesTheGalerkinVariantThatRuns) {
+  for (const auto& [zeros, words] : {std::pair{false, "dynamic parallel memory management"},
+                                     {true, "dynamic memory management using lists"}}) {
+    tier_call call = poisson_call();
+    parm().ntyp_galerkin = 4;
+    parm().glk_mult_zeros = zeros;
+    call.idump = 0;
+    call.run();
+    EXPECT_NE(call.said.find(std::string("variant:           ") + words), std::string::npos) << call.said;
+  }
+}
+
 TEST(Tier, SolvesOnTheFinestLevelAlone) {
   tier_call call = poisson_call();
   parm().nptmn = 10;

@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, Repair,
                                          repair_case{
                                              "NegativeWeightGoesRowSumStays", -0.5, 1.0, 1.3, 2, {1.0}},
                                          repair_case{"PositiveWeightIsHalved", 1.0, 0.1, -0.6, 2, {0.5, 1.5}},
-                                         repair_case{"GivesUp", 8.0, 0.0001, -0.9, 1, {}}),
+                                         repair_case{"HalvedOften", 8.0, 0.0001, -0.9, 2, {0.5, 1.5}},
+                                         repair_case{"GivesUp", 1e9, 1e-20, -0.9, 1, {}}),
                          [](const auto& c) { return std::string(c.param.name); });
 
 }  // namespace

@@ -1,5 +1,9 @@
 // Aggressive coarsening against a search on the graph of coarse variables.
 #include "tier/setup/reduce.h"
+#include "tier/store/work_arrays.h"
+#include "support/tier/sparse_system.h"
+#include "tier/setup/rwsrt.h"
+#include "tier/setup/weight_assembly.h"
 
 #include <gtest/gtest.h>
 
@@ -61,5 +65,35 @@ TEST_P(Reduce, AggressiveCoarseningAsASearchDoes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Reduce, testing::Range(1u, 6u));
+
+// All leaves of a hub are two strong steps from each other. Their graph would grow with the square of the
+// hub.
+TEST(Reduce, SkipsAHubWhoseLeavesAreAllNeighbours) {
+  constexpr int leaves = 3000;
+  sparse_system star;
+  std::vector<std::pair<int, double>> all;
+  for (int i = 1; i <= leaves; ++i) {
+    star.add_row(1.0, {{leaves + 1, -1.0}});
+    all.emplace_back(i, -1.0);
+  }
+  star.add_row(leaves, all);
+  tier::hierarchy h;
+  set_first_level(h, star);
+  tier::rwsrt(tier::couplings_of(h(1), false), {});
+  tier::work_array<int> state;
+  state.allocate(star.n, 1, "state", "test");
+  state[star.n] = tier::state_f;
+  tier::split_counts n;
+  n.c = leaves;
+  const std::int64_t before = tier::memory().memi = tier::memory().nisum;
+  tier::reduce_options o;
+  o.paths = 1;
+
+  tier::reduce(tier::couplings_of(h(1), false), o, state, n);
+
+  EXPECT_EQ(n.c, leaves);
+  EXPECT_EQ(n.reduced, 0);
+  EXPECT_LT(tier::memory().memi - before, 100 * leaves);
+}
 
 }  // namespace

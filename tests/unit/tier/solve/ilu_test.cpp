@@ -26,6 +26,22 @@ double error_of(sparse_system& s, tier::ilu_factors& factors) {
   return euclidean(residual_of(s, s.u)) / euclidean(s.f);
 }
 
+// What is dropped goes by the row's own units: powers of two change no other bit.
+TEST(Ilut, KeepsTheSameEntriesInOtherUnits) {
+  const sparse_system original = turned_anisotropy(20, 30.0, 0.1);
+  std::int64_t entries = 0;
+  for (const double unit : {1.0, 0x1p20, 0x1p-33}) {
+    sparse_system s = original;
+    for (double& v : s.a) v *= unit;
+    tier::hierarchy h;
+    tier::ilu_factors factors;
+    ASSERT_TRUE(factors.decompose(first_level(h, s), {ilu_kind::threshold, false, 1.0, 20, 0.02}));
+    if (unit == 1.0) entries = factors.entries();
+    EXPECT_EQ(factors.entries(), entries) << unit;
+    EXPECT_GT(error_of(s, factors), 1e-6);  // something is dropped
+  }
+}
+
 struct exact_case {
   const char* name;
   sparse_system system;

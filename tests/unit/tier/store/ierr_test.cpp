@@ -45,6 +45,7 @@ tier_call zero_product() {
 }
 
 tier_call cube() { return tier_call(testing_support::seven_point(7)); }
+tier_call points() { return testing_support::coupled_call(); }
 tier_call poisson() { return testing_support::poisson_call(); }
 struct Raised {
   const char* name;
@@ -64,7 +65,8 @@ TEST_P(Number, ComesWithItsWords) {
 
   EXPECT_EQ(call.ierr, GetParam().ierr) << call.said;
   EXPECT_THAT(call.said, HasSubstr(GetParam().words));
-  EXPECT_EQ(std::pair(tier::memory().nisum, tier::memory().ndsum), std::pair(std::int64_t{0}, std::int64_t{0}));
+  EXPECT_EQ(std::pair(tier::memory().nisum, tier::memory().ndsum),
+            std::pair(std::int64_t{0}, std::int64_t{0}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -72,6 +74,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Raised{"Extension", 60, cube, [](tier_call& x) { parm().nptmn = 10, parm().ihuge = x.nna; },
                "Memory extension failed (integer overflow for size of array "},
+        Raised{"BlockElimination", 140, points,
+               [](tier_call& x) { x.nsolve = 50401, parm().nptmn = 10, parm().allow_elim = 0; },
+               "eelim=.true. but allow_elim.ne.1 in (pbint1)"},
         Raised{"BlockIlu", 200, singular_block, [](tier_call& x) { x.nsolve = 26; },
                "Error in BLOCK ILU smoother in (smoother)"},
         Raised{"BlockPivot", 220, singular_block, [](tier_call& x) { x.nsolve = 25; },

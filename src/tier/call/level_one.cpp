@@ -181,13 +181,6 @@ void set_points(level& l, const call_arguments& call, const controls& c) {
 
 }  // namespace
 
-int modification(const controls& c) {
-  constexpr int rows = 2, columns = 3, force_rows = 6, force_columns = 7;
-  if (c.iforce0 == force_rows) return rows;
-  if (c.iforce0 == force_columns) return columns;
-  return parm().modify_mat;
-}
-
 void bind_level_one(level& fine, const call_arguments& call, const controls& c) {
   fine.n = c.nnu;
   // The library writes none of these but ja, a and u; its views are the same for all levels.
@@ -203,7 +196,7 @@ void bind_level_one(level& fine, const call_arguments& call, const controls& c) 
 
 void modify_level_one(level& fine, system_scaling& scaling, const controls& c) {
   const int digits = modification(c);
-  if (digits == 0 || c.iswit == 1) return;
+  if (digits == 0) return;
   if (fine.own_ia.size() == 0) copy_matrix(fine, c.nnu);
   modify_mat(fine, c.nnu, digits, scaling, c);
   scale_right_hand_side(fine, c.nnu, scaling);

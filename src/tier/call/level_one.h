@@ -17,15 +17,11 @@ struct system_scaling {
 /// zeros are removed (iforce0 2): the caller's a is never written then.
 void bind_level_one(level& fine, const call_arguments& call, const controls& c);
 
-/// Modifies the system, in a copy of its matrix and right-hand side,
-/// as modify_mat asks for; not with iswit 1.
+/// Modifies the system, in a copy of its matrix and right-hand side, as modify_mat asks for.
 void modify_level_one(level& fine, system_scaling& scaling, const controls& c);
 
 /// Ends the use of the caller's arrays and frees the copies.
 void release_level_one(level& fine, system_scaling& scaling);
-
-/// Digits of the modification in force: modify_mat, or what iforce0 6 and 7 stand for; 0 for none.
-int modification(const controls& c);
 
 /// u of the scaled system from the caller's first guess, and the caller's solution from it.
 void scale_first_guess(const system_scaling& scaling, int n, view<double> u);

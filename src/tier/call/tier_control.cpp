@@ -35,12 +35,6 @@ void set_up_or_re_start(call_state& s) {
     re_start(s);
 }
 
-double stop_target(const controls& c, double reference) {
-  constexpr double least_floor = 1e-20;
-  const double target = c.eps >= 0.0 ? c.eps * reference : -c.eps;
-  return parm().eps_abs > least_floor ? std::max(target, parm().eps_abs) : target;
-}
-
 /// True where the first guess is as good as asked for and nobody insists on work. A residual that is too
 /// small for a relative test is left to the solution phase, which ends the call.
 bool first_guess_satisfies(call_state& s) {
@@ -195,6 +189,12 @@ void run_automatically(call_state& s) {
 }
 
 }  // namespace
+
+double stop_target(const controls& c, double reference) {
+  constexpr double least_floor = 1e-20;
+  const double target = c.eps >= 0.0 ? c.eps * reference : -c.eps;
+  return parm().eps_abs > least_floor ? std::max(target, parm().eps_abs) : target;
+}
 
 void tier_cntrl(call_state& s) {
   if (s.c.ncycle == 0) {

@@ -26,6 +26,7 @@
 #include "tier/solve/norms.h"
 #include "tier/solve/tier_solve.h"
 #include "tier/store/dimensions.h"
+#include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
@@ -149,6 +150,20 @@ void finish_call(call_state& s) {
   release_level_one(solver().levels(1), solver().scaling);
 }
 
+/// The caller learns of the residuals of his own system, and where their reduction is less than he asked for.
+void take_original_residuals(call_state& s) {
+  if (s.original_res_in < 0.0) return;
+  s.results.res_in = s.original_res_in;
+  s.results.res_out = s.original_res_out;
+  controls asked = s.c;  // the control layer may have changed eps since
+  asked.eps = s.call.eps;
+  const double target = stop_target(asked, s.original_res_in);
+  if (s.original_res_out <= target) return;
+  warn(warn_original_residual,
+       formatted("Residual of the unmodified system %.3e, above its target %.3e (tier_main)!",
+                 s.original_res_out, target));
+}
+
 void run_call(call_arguments& call, run_results& results) {
   if (open_logfile() != 0) fail(ierr_internal, "A problem with a specified logfile occurred (tier_main)!");
   start_call(call, results);
@@ -163,6 +178,7 @@ void run_call(call_arguments& call, run_results& results) {
     call.w_avrge = s.c.w_avrge;
     bind_level_one(solver().levels(1), call, s.c);
     tier_cntrl(s);
+    take_original_residuals(s);
     finish_call(s);
   } catch (...) {
     results = s.results;
@@ -254,9 +270,10 @@ void re_start(call_state& s) {
   const double start = elapsed_time();
   check_re_start(s.call, s.c);
   take_over_coarsest_solver(s.c);
+  modify_level_one(solver().levels(1), solver().scaling,
+                   s.c);  // the kept hierarchy is that of the modified matrix
   if (s.c.iswit == new_operators) {
     info(message_class::note, "TIER re-start: Recomputing coarse-level operators");
-    modify_level_one(solver().levels(1), solver().scaling, s.c);
     if (!parm().lu_reuse) release_solution_data();
     if (by_aggregation())
       aggregation::renew(solver().aggregates, solver().levels(1));
@@ -272,8 +289,8 @@ void solve(call_state& s) {
   const double start = elapsed_time();
   level& fine = solver().levels(1);
   first(s.c.ifirst, fine.n, fine.u);
-  const bool modified = s.c.out_level >= 0 && fine.own_a.size() > 0 && modification(s.c) != 0;
-  const double res_in = modified ? original_residual(s) : 0.0;
+  const bool modified = modification(s.c) != 0;
+  if (modified && s.original_res_in < 0.0) s.original_res_in = original_residual(s);
   scale_first_guess(solver().scaling, fine.n, fine.u);
   by_aggregation() ? solve_by_aggregation(s) : solve_by_levels(s);
   last_call().solve_seconds += elapsed_time() - start;
@@ -281,7 +298,9 @@ void solve(call_state& s) {
   add_time(phase::solve, elapsed_time() - start);
   note_memory();
   print_workcount(s.c, s.results);
-  if (modified) print_restored_residuals(s.c, res_in, original_residual(s));
+  if (!modified) return;
+  s.original_res_out = original_residual(s);
+  print_restored_residuals(s.c, s.original_res_in, s.original_res_out);
 }
 
 int ierr_of(const std::function<int()>& work) {

@@ -14,6 +14,8 @@ struct call_state {
   call_arguments& call;
   controls c;
   run_results results;
+  double original_res_in = -1.0,
+         original_res_out = -1.0;  // of the caller's system where a modified one is solved
 };
 
 /// ierr of a piece of work: what it returns, or the number of the failure that it throws. Nothing thrown may

@@ -269,7 +269,7 @@ void read_cycle_code(controls& c, const call_arguments& call) {
 /// Conjugate gradients ask for symmetry of the matrix and of the cycle.
 void adapt_to_symmetry(controls& c) {
   constexpr int cg = 1, bicgstab = 2, gmres = 3, flexible_cg = 4, energy_norm = 3;
-  if (c.isym == 2) {
+  if (!symmetric_as_solved(c)) {
     if (c.norm_typ == energy_norm) {
       c.norm_typ = 0;
       parm().ntake_res_in = 0;

@@ -92,7 +92,7 @@ void form_operator(hierarchy& h, int k, const controls& c) {
   level& coarse = h(k + 1);
   opdfn(fine, coarse, galerkin_variant(c), keeps_zeros(c));
   repair_diagonals(fine, coarse, k, c);
-  if (c.galerkin_eps > 0.0) galerkin_truncate(coarse, c.galerkin_eps, c.isym == 2);
+  if (c.galerkin_eps > 0.0) galerkin_truncate(coarse, c.galerkin_eps, !symmetric_as_solved(c));
 }
 
 }  // namespace tier

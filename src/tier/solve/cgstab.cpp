@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* routine = "cgstab";
 constexpr accelerator_words words{"BiCGstab", routine, warn_bicgstab_quasi_residual,
-                                  warn_bicgstab_not_converged};
+                                  warn_bicgstab_not_converged, 1};
 
 enum class outcome { go_on, done, refresh, breakdown, singular };
 

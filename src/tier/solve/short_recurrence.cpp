@@ -9,8 +9,6 @@ namespace tier {
 
 namespace {
 
-constexpr int steps_between_checks = 10;
-
 void stop_words(const accelerator_words& words, int ierr, const char* reason) {
   warn(ierr, std::string(words.method) + " stop: " + reason + " (" + words.routine + ")!");
 }
@@ -30,7 +28,7 @@ verdict judge_step(accelerated_run& run, const accelerator_words& words, double 
   const int steps = run.results.ncyc_done;
   const decision by_quasi = run.rules.decide(steps, quasi);
   const bool at_limit = steps >= run.s.c.ncycle;
-  if (by_quasi == decision::go_on && !at_limit && quasi > 0.0 && steps % steps_between_checks != 0)
+  if (by_quasi == decision::go_on && !at_limit && quasi > 0.0 && steps % words.steps_between_checks != 0)
     return verdict::go_on;
 
   const double real = run.results.res_out = real_residual(run, fresh);

@@ -10,6 +10,7 @@ namespace tier {
 struct accelerator_words {
   const char *method, *routine;  // "BiCGstab", "cgstab"
   int quasi_warning, missed_warning;
+  int steps_between_checks;  // of the real residual
 };
 
 enum class verdict { go_on, done, refresh };
@@ -18,7 +19,7 @@ enum class verdict { go_on, done, refresh };
 bool no_steps_left(const accelerated_run& run, const accelerator_words& words);
 
 /// Counts the step with norm `quasi` of the updated residual r. Where a rule or the limit would end the run,
-/// and every tenth step, the real residual is formed in `fresh` and decides.
+/// and every steps_between_checks steps, the real residual is formed in `fresh` and decides.
 /// Returns `done` when the run ends, its warning given; `refresh` when the updated residual was too good and
 /// the caller must go on from `fresh`; else `go_on`.
 verdict judge_step(accelerated_run& run, const accelerator_words& words, double quasi, double& previous,

@@ -11,13 +11,11 @@ namespace tier {
 
 namespace {
 
-constexpr int symmetric = 1;
-
 void check_coarsest_solver(controls& c) {
   if (c.nrc == 11) fail(ierr_illegal_value, "invalid value for the coarsest grid solver (solve-data)!");
   if (c.nrc < 1 || (c.nrc > 11 && c.nrc != 99))
     fail(ierr_illegal_value, "invalid value for nrc (solve-data)!");
-  if (c.isym != symmetric && (c.nrc == 2 || c.nrc == 4)) ++c.nrc;  // CG needs symmetry
+  if (!symmetric_as_solved(c) && (c.nrc == 2 || c.nrc == 4)) ++c.nrc;  // CG needs symmetry
   if (c.nrc == 10 && (parm().cldense_ctrl < 0 || parm().cldense_ctrl > 1))
     fail(ierr_illegal_value, "invalid value for cldense_ctrl (solve-data)!");
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "tier/store/info.h"
+#include "tier/store/parameters.h"
 
 namespace tier {
 
@@ -24,6 +25,21 @@ void idec(int value, int nnum, int& ndigit, int* digits) {
     rest %= power;
   }
   if (ndigit >= nnum) digits[nnum - 1] = static_cast<int>(rest);
+}
+
+int modification(const controls& c) {
+  constexpr int rows = 2, columns = 3, force_rows = 6, force_columns = 7;
+  if (c.iforce0 == force_rows) return rows;
+  if (c.iforce0 == force_columns) return columns;
+  return parm().modify_mat;
+}
+
+bool symmetric_as_solved(const controls& c) {
+  constexpr int symmetric = 1;
+  if (c.isym != symmetric) return false;
+  for (int digits = std::abs(modification(c)); digits > 0; digits /= 10)
+    if (digits % 10 > 1) return false;
+  return true;
 }
 
 }  // namespace tier

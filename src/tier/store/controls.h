@@ -77,4 +77,11 @@ void idec(int value, int nnum, int& ndigit, int* digits);
 /// The primary matrix is to be made from norms of the blocks of points.
 inline bool norm_based(const controls& c) { return c.internal == 3 || c.internal == 4; }
 
+/// Digits of the modification of the matrix in force: modify_mat, or what iforce0 6 and 7 stand for; 0 for
+/// none.
+int modification(const controls& c);
+
+/// Whether the system as it is solved is symmetric: scaling of rows or columns ends that.
+bool symmetric_as_solved(const controls& c);
+
 }  // namespace tier

@@ -53,6 +53,7 @@ constexpr int warn_bicgstab_restarts = -843;
 constexpr int warn_gmres_quasi_residual = -851;
 constexpr int warn_gmres_not_converged = -852;
 constexpr int warn_cycles_not_converged = -862;
+constexpr int warn_original_residual = -863;
 constexpr int warn_coarsest_cg = -920;
 
 }  // namespace tier

@@ -89,7 +89,7 @@ void krylov_steps(aggregation_hierarchy& h, block_level<double>& l, int k) {
 void gather(aggregation_hierarchy& h, const double* r, double factor) {
   const int* const place = h.points.place.data();
   float* const f = h.fine.f.data();
-  for_chunks(h.points.rows, team_size(h.points.rows, least_vector_rows), [=](const row_chunk& c) {
+  for_chunks(h.points.rows, vector_team(h.points.rows), [=](const row_chunk& c) {
     for (int i = c.lo - 1; i < c.hi; ++i) f[place[i]] = static_cast<float>(factor * r[i]);
   });
 }
@@ -97,7 +97,7 @@ void gather(aggregation_hierarchy& h, const double* r, double factor) {
 void scatter(const aggregation_hierarchy& h, double factor, double* z) {
   const int* const place = h.points.place.data();
   const float* const x = h.fine.x.data();
-  for_chunks(h.points.rows, team_size(h.points.rows, least_vector_rows), [=](const row_chunk& c) {
+  for_chunks(h.points.rows, vector_team(h.points.rows), [=](const row_chunk& c) {
     for (int i = c.lo - 1; i < c.hi; ++i) z[i] = factor * x[place[i]];
   });
 }

@@ -18,7 +18,7 @@ struct piece {
 };
 piece piece_of(std::int64_t n, int k) { return {n * k / pieces, n * (k + 1) / pieces}; }
 
-int team_of(std::int64_t n) { return team_size(n, least_vector_rows); }
+int team_of(std::int64_t n) { return team_size(n, parm().nmin_vector); }
 
 /// Eight running sums, so that the additions don't wait for each other.
 template <class T>

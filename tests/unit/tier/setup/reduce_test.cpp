@@ -1,9 +1,5 @@
 // Aggressive coarsening against a search on the graph of coarse variables.
 #include "tier/setup/reduce.h"
-#include "tier/store/work_arrays.h"
-#include "support/tier/sparse_system.h"
-#include "tier/setup/rwsrt.h"
-#include "tier/setup/weight_assembly.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +7,9 @@
 #include <vector>
 
 #include "support/tier/split_search.h"
+#include "tier/setup/rwsrt.h"
+#include "tier/setup/weight_assembly.h"
+#include "tier/store/work_arrays.h"
 
 namespace {
 

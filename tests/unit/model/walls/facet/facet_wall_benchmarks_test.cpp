@@ -90,7 +90,7 @@ TEST_F(ShellOfTheLiterature, TwistedBeam) {
   }
 }
 
-// The same source: a quarter of the roof under its own weight, at the middle of the free edge.
+// MacNeal and Harder: a quarter of the roof under its own weight, at the middle of the free edge.
 TEST_F(ShellOfTheLiterature, ScordelisLoRoof) {
   const auto place = [](double s, double t) {
     const double angle = 40.0 * pi / 180.0 * t;
@@ -144,6 +144,30 @@ TEST_F(ShellOfTheLiterature, HemisphereWithHole) {
   const std::vector<double> u = body.solve();
   EXPECT_NEAR(u[pulled] / 0.094, 0.990, 0.005);
   EXPECT_NEAR(u[pushed] / -0.094, 0.990, 0.005);
+}
+
+// A rib of 120 x 10 x 2 mm, bent in its plane by a moment of 1 at its end: deflection over that of a beam.
+// What is expected is the answer of an independent program with edges of 7, 2.5 and 1 wall thicknesses.
+TEST_F(ShellOfTheLiterature, RibBentInItsPlane) {
+  constexpr double length = 120.0, height = 10.0, wall = 2.0, modulus = 2000.0;
+  for (const auto& [along, up, expected] :
+       {std::tuple{9, 1, 1.142}, std::tuple{24, 2, 1.025}, std::tuple{60, 5, 1.004}}) {
+    const auto place = [](double s, double t) { return Vector3{length * s, 0.0, height * (t - 0.5)}; };
+    ShellBody body = ShellBody::grid(along, up, place);
+    body.hold([](const Vector3&) { return true; }, {1, 3, 5});  // all stays in the plane
+    body.hold([](const Vector3& p) { return p[0] < 1e-9; }, {0, 4});
+    body.held.insert(6 * body.nearest({0.0, 0.0, -0.5 * height}) + 2);
+    body.form(wall, testing_support::isotropicStiffness(modulus, 0.4));
+    const double inertia = wall * height * height * height / 12.0, step = height / up;
+    for (int j = 0; j < up; ++j) {  // the traction wall x z / inertia, linear between two nodes
+      const int low = along * (up + 1) + j;
+      const double zLow = body.node[low][2], zHigh = body.node[low + 1][2];
+      body.force[6 * low] += wall * step * (2.0 * zLow + zHigh) / 6.0 / inertia;
+      body.force[6 * (low + 1)] += wall * step * (zLow + 2.0 * zHigh) / 6.0 / inertia;
+    }
+    const double found = body.solve()[6 * along * (up + 1) + 2];
+    EXPECT_NEAR(found / (-length * length / (2.0 * modulus * inertia)), expected, 0.01 * expected) << along;
+  }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The prior-result stage: what the earlier stages of the process have left in the elements. Called by the model
-// stage; in a Shell run it calls the processing of closed skins on its way.
+// The prior-result stage: what the earlier stages of the process have left in the elements. Called by the
+// model stage; in a Shell run it calls the processing of closed skins on its way.
 #pragma once
 
 namespace keld {

@@ -90,13 +90,13 @@ TIER_API void XTIER_LEAVE(int* ierr);
 TIER_API void XTIER_CLEANUP(int* ierr);
 
 /*
- * Contexts: all that TIER keeps between calls, parameters, hierarchy, timers, log file and figures of the last
- * call. Every thread begins in the default one, number 0. Calls in different contexts may overlap in threads of
- * a program; calls in one context may not.
- *   TIER_CREATE   makes a context with default parameters; its number, from 1. ierr 70 without memory
- *   TIER_USE      the calling thread uses a context from now on. ierr 20: there is none of that number
- *   TIER_DESTROY  frees a context; a thread that still uses it keeps it until it turns to another or ends, the
- *                 calling thread turns to the default one. ierr 20: none of that number, or 0
+ * Contexts: all that TIER keeps between calls, parameters, hierarchy, timers, log file and figures of the
+ * last call. Every thread begins in the default one, number 0. Calls in different contexts may overlap in
+ * threads of a program; calls in one context may not. TIER_CREATE   makes a context with default parameters;
+ * its number, from 1. ierr 70 without memory TIER_USE      the calling thread uses a context from now on.
+ * ierr 20: there is none of that number TIER_DESTROY  frees a context; a thread that still uses it keeps it
+ * until it turns to another or ends, the calling thread turns to the default one. ierr 20: none of that
+ * number, or 0
  */
 TIER_API void TIER_CREATE(int* context, int* ierr);
 TIER_API void TIER_USE(const int* context, int* ierr);

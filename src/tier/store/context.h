@@ -1,5 +1,6 @@
-// What the library keeps between calls stands in a context; a thread uses one at a time, the default one until
-// it asks for another. The modules declare their share as a per_context object; no other state outlives a call.
+// What the library keeps between calls stands in a context; a thread uses one at a time, the default one
+// until it asks for another. The modules declare their share as a per_context object; no other state outlives
+// a call.
 #pragma once
 
 #include <cstddef>

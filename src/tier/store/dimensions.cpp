@@ -34,9 +34,9 @@ std::int64_t expected(double complexity, double factor, int base, const char* na
 void check_group(std::int64_t used, std::int64_t provided, const char* name, const controls& c) {
   const std::string routine = std::string(name) + "_extent";
   if (parm().ihuge > 0 && used > parm().ihuge)
-    fail(ierr_extension_failed, "Memory extension failed (integer overflow for size of array " +
-                                    std::string(name) + " in " + routine +
-                                    " (1)), limit [MB]: " + formatted("%f", megabytes_of_reals(parm().ihuge)));
+    fail(ierr_extension_failed,
+         "Memory extension failed (integer overflow for size of array " + std::string(name) + " in " +
+             routine + " (1)), limit [MB]: " + formatted("%f", megabytes_of_reals(parm().ihuge)));
   if (c.iextent > 0 || used <= provided) return;
   fail(ierr_work_arrays_too_small, "Insufficient dimensioning: <" + std::string(name) + "> in (" + routine +
                                        "). Either adjust dimensions or activate memory extension switch.");

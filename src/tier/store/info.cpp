@@ -16,7 +16,7 @@ namespace {
 
 /// What a call said last.
 struct last_words {
-  int warning = 0;     // its number, 0: none
+  int warning = 0;    // its number, 0: none
   std::string fault;  // text of the last error or warning
 };
 const per_context<last_words> latest;

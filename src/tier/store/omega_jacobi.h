@@ -8,6 +8,7 @@
 
 namespace tier {
 
-extern const per_context<std::vector<double>> omega_jacobi_vec;  // empty: omega_jacobi holds; else 1 or nsys factors
+extern const per_context<std::vector<double>>
+    omega_jacobi_vec;  // empty: omega_jacobi holds; else 1 or nsys factors
 
 }  // namespace tier

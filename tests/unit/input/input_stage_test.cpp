@@ -1,5 +1,5 @@
-// The input stage on a whole job, its files missing, late or in their second place; what all readers share: seeds of
-// the fuzz targets, files cut at every byte.
+// The input stage on a whole job, its files missing, late or in their second place; what all readers share:
+// seeds of the fuzz targets, files cut at every byte.
 #include "input/input_stage.h"
 
 #include <sys/stat.h>

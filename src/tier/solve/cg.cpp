@@ -15,8 +15,6 @@ namespace {
 
 enum class ratio { fletcher_reeves, polak_ribiere };
 
-constexpr int steps_between_checks = 10;
-
 constexpr const char* preconditioning[] = {"preconditioning_old_cgc", "preconditioning_new_cgc",
                                            "preconditioning_flexcg"};
 
@@ -59,7 +57,7 @@ class cg_run {
         n_(run.fine().n),
         kind_(kind),
         words_{"CG", kind == ratio::fletcher_reeves ? "old_cgc" : "new_cgc", warn_cg_quasi_residual,
-               warn_cg_not_converged, steps_between_checks},
+               warn_cg_not_converged},
         vectors_(n_, kind == ratio::polak_ribiere ? 5 : 4, "cg", words_.routine),
         breakdowns_(run, words_.routine) {}
 
@@ -129,7 +127,7 @@ class flexible_cg_run {
       : run_(run),
         n_(run.fine().n),
         most_(std::max(1, std::min(run.s.c.nkdim, run.s.c.ncycle - run.results.ncyc_done))),
-        words_{"CG", "flexcg_skcycle", warn_cg_quasi_residual, warn_cg_not_converged, steps_between_checks},
+        words_{"CG", "flexcg_skcycle", warn_cg_quasi_residual, warn_cg_not_converged},
         p_(n_, most_, "p", words_.routine),
         ap_(n_, most_, "ap", words_.routine),
         vectors_(n_, 2, "cg", words_.routine),

@@ -10,7 +10,7 @@ namespace tier {
 struct accelerator_words {
   const char *method, *routine;  // "BiCGstab", "cgstab"
   int quasi_warning, missed_warning;
-  int steps_between_checks;  // of the real residual
+  int steps_between_checks = 10;  // of the real residual
 };
 
 enum class verdict { go_on, done, refresh };

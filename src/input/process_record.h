@@ -23,11 +23,11 @@ struct ProcessRecord {
   double fillerVolumeFraction = 0.0;  // 0..1
   int secondKind = 0;                 // 1: two polymer kinds are read
   int solverChoice = 0;               // 2: direct sparse path, any other value: TIER
-  std::array<int, 4> bcNode{};  // [1..3] boundary nodes in geometry numbers; any 0: chosen by the system
+  std::array<int, 4> bcNode{};      // [1..3] boundary nodes in geometry numbers; any 0: chosen by the system
   int solverRoad = road_as_chosen;  // which solver, where solverChoice isn't to say it
-  int cycleLimit = 3000;        // cycle limit of TIER
-  bool extensionGiven = false;  // ".CPU" has the section of KELD's own choices, which follow
-  int wallModel = wedge_walls;  // wedge_walls or facet_walls
+  int cycleLimit = 3000;            // cycle limit of TIER
+  bool extensionGiven = false;      // ".CPU" has the section of KELD's own choices, which follow
+  int wallModel = wedge_walls;      // wedge_walls or facet_walls
 };
 
 extern ProcessRecord processRecord;

@@ -83,16 +83,11 @@ void startWithOneThread(char** arguments, char** environment) {
   ::execve("/proc/self/exe", arguments, changed.data());
 }
 
-// The sanitizers aren't ready at this point.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-
 void probeThreads(int, char** arguments, char** environment) {
   const int wanted = threadsWanted(environment);
   if (wanted > 0 && !threadsCanBeMade(wanted)) startWithOneThread(arguments, environment);
 }
 
 [[gnu::section(".preinit_array"), gnu::used]] void (*const first_of_all)(int, char**, char**) = probeThreads;
-
-#endif
 
 }  // namespace

@@ -68,11 +68,12 @@ void set_parameters(choices& c) {
   for (int count = c.below(2) * c.below(5); count > 0; --count) {
     const tier::parameter_entry& p =
         all[static_cast<std::size_t>(256 * c.below(2) + c.below(256)) % all.size()];
-    if (int* const* i = std::get_if<int*>(&p.place))
+    const tier::parameter_reference place = p.place();
+    if (int* const* i = std::get_if<int*>(&place))
       **i = c.of({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 20, 21, 31, 99, 110, 131, 211, -1, -131, 77});
-    if (double* const* d = std::get_if<double*>(&p.place))
+    if (double* const* d = std::get_if<double*>(&place))
       **d = c.of({0.0, 0.1, 0.5, 0.99, 1.0, 1.1, 12.2, 21.25, -1.0, 1e-12, 1e10, std::nan("")});
-    if (bool* const* b = std::get_if<bool*>(&p.place)) **b = !**b;
+    if (bool* const* b = std::get_if<bool*>(&place)) **b = !**b;
   }
   tier::parm().logio = 0;  // reports are made, but go nowhere
   tier::parm().allow_private_in = false;

@@ -22,7 +22,7 @@ namespace tier {
 
 namespace {
 
-setup_record latest;
+const per_context<setup_record> latest;
 
 /// Gives the level's rows their numbers back in the diagonals' slots, also when an error leaves the level.
 class diagonal_guard {
@@ -130,11 +130,11 @@ void allocate_vectors(hierarchy& h, int levels) {
 
 }  // namespace
 
-const setup_record& latest_setup() { return latest; }
+const setup_record& latest_setup() { return latest(); }
 
 void create_levels(hierarchy& h, controls& c) {
-  latest = setup_record();
-  setup_state t{h, c, decode_setup(c), latest};
+  latest() = setup_record();
+  setup_state t{h, c, decode_setup(c), latest()};
   h.levels_created = h.levels_used = -1;
   try {
     if (t.by_points()) set_points(h(1));

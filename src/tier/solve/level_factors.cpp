@@ -27,9 +27,10 @@ struct kept_factors {
   std::unique_ptr<point_blocks> points;
 };
 
-std::array<kept_factors, max_levels + 1> kept;
+using factors_by_level = std::array<kept_factors, max_levels + 1>;
+const per_context<factors_by_level> kept;
 
-kept_factors& kept_at(int k) { return kept[static_cast<std::size_t>(k)]; }
+kept_factors& kept_at(int k) { return kept()[static_cast<std::size_t>(k)]; }
 
 /// What cgc0 and cgstab0 tell about new factors.
 void trace_decomposition(const kept_ilu& f, const ilu_options& wanted) {
@@ -89,7 +90,7 @@ ilu_options smoother_ilu_options(int nxtyp) {
 }
 
 void release_level_factors() {
-  for (kept_factors& f : kept) f = {};
+  for (kept_factors& f : kept()) f = {};
 }
 
 }  // namespace tier

@@ -17,9 +17,7 @@ namespace {
 
 constexpr int most_restarts = 10;
 constexpr double widening = 1.5;
-constexpr int steps_between_checks = 10;
-constexpr accelerator_words words{"CG", "flexible_cg", warn_cg_quasi_residual, warn_cg_not_converged,
-                                  steps_between_checks};
+constexpr accelerator_words words{"CG", "flexible_cg", warn_cg_quasi_residual, warn_cg_not_converged};
 
 class iteration {
  public:

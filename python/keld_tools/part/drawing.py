@@ -5,12 +5,12 @@ Called by the programs; every fault names file, line and key. Places are mm in t
 
 from __future__ import annotations
 
-import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
-from ..base.findings import BadFile, Findings
-from .part_section import Section, key_lines
+from ..base.findings import Findings
+from .part_section import Section
+from .toml_file import read_toml
 
 LENGTHS, ZONES = ("distance", "diameter"), ("flatness", "roundness", "position", "profile")
 KINDS = (*LENGTHS, "angle", *ZONES)
@@ -46,19 +46,11 @@ class Drawing:
 
 def read_drawing(path: Path, findings: Findings) -> Drawing:
     """The measures of a TOML file. BadFile when it can't be read or isn't TOML."""
-    try:
-        text = path.read_bytes().decode("utf-8-sig")
-        document = tomllib.loads(text)
-    except OSError as error:
-        raise BadFile(path, f"can't be read: {error.strerror}") from None
-    except UnicodeDecodeError as error:
-        raise BadFile(path, f"is no UTF-8 text (byte {error.start})") from None
-    except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise BadFile(path, f"is no TOML: {error}") from None
+    document, lines = read_toml(path)
     for key in document:
         if key not in ("measure", "datum"):
             findings.fault(f"{path}", f"{key!r} is not known; a drawing has [[measure]] and [datum]")
-    return drawing_of(document, path, key_lines(text), findings)
+    return drawing_of(document, path, lines, findings)
 
 
 def drawing_of(document: dict, path, lines: dict, findings: Findings) -> Drawing:

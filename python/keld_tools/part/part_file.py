@@ -6,16 +6,16 @@ Called by job_cli. Values leave here in the units of units.py; nothing here look
 from __future__ import annotations
 
 import math
-import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
 from ..base import units
-from ..base.findings import BadFile, Findings
+from ..base.findings import Findings
 from . import polymers
 from .drawing import Drawing, drawing_of
-from .part_section import FieldRequest, Section, is_number, key_lines
+from .part_section import FieldRequest, Section, is_number
 from .polymers import Filler, Polymer
+from .toml_file import read_toml
 
 
 @dataclass
@@ -90,16 +90,8 @@ CSV_MAPPINGS = ("element", "nearest", "inverse_distance")
 
 def read_part_file(path: Path, findings: Findings) -> Part:
     """The part of a TOML file. Raises BadFile when it can't be read or isn't TOML."""
-    try:
-        text = path.read_bytes().decode("utf-8-sig")
-        document = tomllib.loads(text)
-    except OSError as error:
-        raise BadFile(path, f"can't be read: {error.strerror}") from None
-    except UnicodeDecodeError as error:
-        raise BadFile(path, f"is no UTF-8 text (byte {error.start})") from None
-    except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise BadFile(path, f"is no TOML: {error}") from None
-    return read_part(document, path, key_lines(text), findings, path.parent)
+    document, lines = read_toml(path)
+    return read_part(document, path, lines, findings, path.parent)
 
 
 def read_part(document: dict, path, lines: dict, findings: Findings, folder: Path) -> Part:

@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import copy
 import itertools
-import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
@@ -12,7 +11,8 @@ from typing import Any
 import numpy as np
 
 from ..base.findings import BadFile, Findings
-from ..part.part_section import Section, is_number, key_lines
+from ..part.part_section import Section, is_number
+from ..part.toml_file import read_toml
 
 MOST_RUNS = 10000
 RANGE = {"from", "to", "steps"}
@@ -33,19 +33,6 @@ class Plan:
     drawing: Path | None  # None: the measures of the part file
     keys: list[str] = field(default_factory=list)  # all that vary
     variants: list[Variant] = field(default_factory=list)
-
-
-def read_toml(path: Path) -> tuple[dict, dict]:
-    """A document and the lines of its keys."""
-    try:
-        text = path.read_bytes().decode("utf-8-sig")
-        return tomllib.loads(text), key_lines(text)
-    except OSError as error:
-        raise BadFile(path, f"can't be read: {error.strerror}") from None
-    except UnicodeDecodeError as error:
-        raise BadFile(path, f"is no UTF-8 text (byte {error.start})") from None
-    except (tomllib.TOMLDecodeError, RecursionError) as error:
-        raise BadFile(path, f"is no TOML: {error}") from None
 
 
 def read_plan(path: Path, output: str | None, findings: Findings) -> Plan:

@@ -16,10 +16,22 @@ TOTAL[:, 2] = 0.5  # the part stays flat, so that all of it is seen from above
 @pytest.fixture
 def browser(tmp_path):
     from selenium.webdriver.chrome.service import Service
+    from selenium.webdriver.common import utils
+
+    class Loopback(Service):
+        """By number: a root without a hosts file doesn't know the name of its own machine."""
+
+        @property
+        def service_url(self) -> str:
+            return f"http://127.0.0.1:{self.port}"
+
+        def is_connectable(self) -> bool:
+            return utils.is_connectable(self.port, "127.0.0.1")
 
     options = webdriver.ChromeOptions()
     for word in (
         "--headless=new",
+        "--remote-debugging-pipe",
         "--no-sandbox",
         "--disable-gpu",
         "--use-angle=swiftshader",
@@ -32,7 +44,7 @@ def browser(tmp_path):
     ):
         options.add_argument(word)
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+    driver = webdriver.Chrome(service=Loopback(shutil.which("chromedriver")), options=options)
     yield driver
     driver.quit()
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/tier/prepared_level.h"
+#include "tier/store/info.h"
 #include "tier/store/parameters.h"
 
 namespace {
@@ -33,28 +34,46 @@ TEST(Pwint2, PassesReachTheMiddleOfAChain) {
   for (int i = 2; i <= 7; ++i) expect_row(p.weights(i), {{i <= 4 ? 1 : 8, 1.0}});
 }
 
-// 3 and 4 couple with each other alone: no pass reaches them. They become C below gmax_multipass, else FF.
-TEST(Pwint2, VariablesOutOfReach) {
-  for (const bool may_grow : {true, false}) {
-    sparse_system s;
-    s.add_row(2.0, {{2, -1.0}});
-    s.add_row(2.0, {{1, -1.0}});
-    s.add_row(2.0, {{4, -1.0}});
-    s.add_row(2.0, {{3, -1.0}});
-    prepared_level p(s, std::vector<int>{1, -1, -1, -1});
-    tier::parm().gmax_multipass = may_grow ? 0.75 : 0.5;
-    tier::parm().mode_mess = -2;
-    tier::interpolation_options o;
-    o.nwtint = 4;
+// 3 and 4 couple with each other alone: no pass reaches them. They become C below gmax_multipass, else FF. At
+// the last attempt new C variables draw a warning; new FF ones get one attempt more, as they may spoil rows.
+struct reach_case {
+  const char* name;
+  bool may_grow;
+  int most_attempts, attempts, warning;
+};
+class OutOfReach : public testing::TestWithParam<reach_case> {};
 
-    const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
+TEST_P(OutOfReach, BecomesCoarseOrTakesNoPart) {
+  const reach_case& c = GetParam();
+  sparse_system s;
+  s.add_row(2.0, {{2, -1.0}});
+  s.add_row(2.0, {{1, -1.0}});
+  s.add_row(2.0, {{4, -1.0}});
+  s.add_row(2.0, {{3, -1.0}});
+  prepared_level p(s, std::vector<int>{1, -1, -1, -1});
+  tier::parm().gmax_multipass = c.may_grow ? 0.75 : 0.5;
+  tier::parm().numtry_max_set = c.most_attempts;
+  tier::parm().mode_mess = -2;
+  tier::interpolation_options o;
+  o.nwtint = 4;
+  tier::clear_warning();
 
-    EXPECT_EQ(n.attempts, 2);
-    EXPECT_EQ(n.turned_c, may_grow ? 2 : 0);
-    EXPECT_EQ(n.turned_ff, may_grow ? 0 : 2);
-    expect_row(p.weights(3), may_grow ? row{{3, 1.0}} : row{});
-    EXPECT_EQ(p.lv.icg[4], may_grow ? 1 : 0);
-  }
+  const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
+
+  EXPECT_EQ(n.attempts, c.attempts);
+  EXPECT_EQ(n.turned_c, c.may_grow ? 2 : 0);
+  EXPECT_EQ(n.turned_ff, c.may_grow ? 0 : 2);
+  expect_row(p.weights(2), {{1, 0.5}});
+  expect_row(p.weights(3), c.may_grow ? row{{3, 1.0}} : row{});
+  EXPECT_EQ(p.lv.icg[4], c.may_grow ? 1 : 0);
+  EXPECT_EQ(tier::last_warning(), c.warning);
 }
+
+INSTANTIATE_TEST_SUITE_P(Cases, OutOfReach,
+                         testing::Values(reach_case{"Coarse", true, 0, 2, 0},
+                                         reach_case{"CoarseAtTheLastAttempt", true, 1, 1, -140},
+                                         reach_case{"NoPart", false, 0, 2, 0},
+                                         reach_case{"NoPartAtTheLastAttempt", false, 1, 2, 0}),
+                         [](const auto& i) { return i.param.name; });
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Flexible conjugate gradients.
 #include "tier/aggregation/flexible_cg.h"
 
+#include <cmath>
 #include <string>
 
 #include "tier/aggregation/block_cycle.h"
@@ -60,13 +61,14 @@ class iteration {
     add_scaled(n_, -alpha_, q_, r_);
   }
 
-  /// z <- M^-1 r; (z, r), made positive by wider bounds where need be.
+  /// z <- M^-1 r; (z, r), made positive by wider bounds where need be. Bounds far too small let a cycle run
+  /// out of the range of single precision: that is cured like the wrong sign, unless the residual is bad.
   double preconditioned() {
     for (;;) {
       precondition(h_, r_.data(), z_.data());
       const double rho = dot(n_, z_, r_);
-      if (rho > 0.0) return rho;
-      if (rho != rho) fail(ierr_residual_nan, "NaN detected in (flexible_cg)!");
+      if (rho > 0.0 && std::isfinite(rho)) return rho;
+      if (!std::isfinite(dot(n_, r_, r_))) fail(ierr_residual_nan, "NaN detected in (flexible_cg)!");
       restart();
     }
   }

@@ -94,7 +94,7 @@ def origin_of(part: Part, mesh: JobMesh, findings: Findings) -> Origin:
                 findings.fault(measure.where, f"{measure.name}: the mesh has no group {face!r}; it has {has}")
     if drawing.datum:
         drawing.datum = own_numbers(mesh, drawing.datum, "[datum]", findings)
-    return Origin(part.mesh.path, part.mesh.to_mm, groups, drawing, part.title)
+    return Origin(part.mesh.path, mesh.to_mm, groups, drawing, part.title)
 
 
 def own_numbers(mesh: JobMesh, places: list, place: str, findings: Findings) -> list:

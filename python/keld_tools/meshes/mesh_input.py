@@ -30,6 +30,7 @@ class JobMesh:
     groups: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) mask
     cell_data: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) or (S, n)
     notes: list[str] = field(default_factory=list)
+    to_mm: float = 1.0  # of the mesh file's length unit
 
     @property
     def numbers(self) -> np.ndarray:
@@ -43,8 +44,9 @@ class JobMesh:
 
 def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
     """The job's mesh of what a file holds: mm, quadrilaterals cut, unused nodes dropped."""
-    points = raw.points * request.to_mm
-    notes = tell_kinds(raw, request, findings)
+    notes = raw.notes + tell_kinds(raw, request, findings)
+    to_mm = unit_of(raw, request, notes, findings)
+    points = raw.points * to_mm
     if not np.isfinite(points).all():
         bad = raw.node_numbers[~np.isfinite(points).all(axis=1)]
         findings.fault(str(request.path), f"{count_of(bad, 'node')} without finite coordinates")
@@ -55,7 +57,7 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
         )
         points = np.clip(points, -FARTHEST, FARTHEST)
     triangles, source = cut(points, raw.shells)
-    lines, line_numbers, diameter = raw.lines, raw.line_numbers, raw.line_diameter * request.to_mm
+    lines, line_numbers, diameter = raw.lines, raw.line_numbers, raw.line_diameter * to_mm
     triangles, lines = merge(points, triangles, lines, raw, request, notes)
     whole = (triangles != triangles[:, [1, 2, 0]]).all(axis=1)
     if not whole.all():
@@ -83,10 +85,11 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
         lines[runner],
         diameter[runner],
         line_numbers[runner],
-        raw.shell_thickness * request.to_mm,
+        raw.shell_thickness * to_mm,
         raw.groups,
         raw.cell_data,
         notes,
+        to_mm,
     )
     if request.orient and len(triangles):
         turn = surface.turned_alike(triangles, surface.edges_of(triangles))
@@ -94,6 +97,23 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
         notes.append(f"{turn.sum()} triangles turned round, so that neighbours agree")
     drop_unused_nodes(mesh, raw, findings, str(request.path))
     return mesh
+
+
+def unit_of(raw: RawMesh, request, notes: list[str], findings: Findings) -> float:
+    """mm per length unit: what the user says, else what the file says of itself, else mm."""
+    if raw.unit_mm is None or request.to_mm is None:
+        if raw.unit_mm is not None:
+            notes.append(
+                f"the file says that its lengths are in units of {raw.unit_mm:.6g} mm; length_unit overrules it"
+            )
+        return request.to_mm or raw.unit_mm or 1.0
+    if abs(raw.unit_mm / request.to_mm - 1.0) > 1e-3:
+        findings.warn(
+            str(request.path),
+            f"the file says that its lengths are in units of {raw.unit_mm:.6g} mm, length_unit says "
+            f"{request.to_mm:.6g} mm, which is taken",
+        )
+    return request.to_mm
 
 
 def tell_kinds(raw: RawMesh, request, findings: Findings) -> list[str]:

@@ -34,6 +34,8 @@ class RawMesh:
     reduced: dict[str, int] = field(default_factory=dict)  # kind of element -> count taken by its corners, or split
     referenced: np.ndarray | None = None  # (N,) mask of nodes that any element has, middle nodes too; None: by corners
     shares_nodes: bool = True  # False: each triangle has nodes of its own (STL)
+    unit_mm: float | None = None  # of the file's lengths, where the file tells it
+    notes: list[str] = field(default_factory=list)  # what a user should know of the reading
 
     def loose(self) -> np.ndarray:
         """(N,) mask of the nodes that no element of the file has."""

@@ -1,4 +1,4 @@
-"""Universal files (.unv): nodes, shells, beams and groups, of data sets 2411, 2412, 2467 and their kin.
+"""Universal files (.unv): units, nodes, shells, beams and groups, of data sets 164, 2411, 2412, 2467 and their kin.
 
 Called by formats. A data set stands between two lines of -1; records are of fixed sequence, fields split at blanks.
 """
@@ -37,6 +37,14 @@ class _Reader:
         self.groups: dict[str, list[int]] = {}
         self.left_out: dict[str, int] = {}
         self.reduced: dict[str, int] = {}
+        self.unit_mm: float | None = None
+
+    def set_units(self, rows: list[list[str]]) -> None:
+        """Behind a line of words the factors from SI to the file's units, that of lengths first."""
+        per_metre = float(rows[1][0].upper().replace("D", "E"))
+        if not 1e-6 < per_metre < 1e9:
+            raise ValueError(f"{per_metre:g} is no factor for lengths")
+        self.unit_mm = 1000.0 / per_metre
 
     def add_nodes(self, rows: list[list[str]]) -> None:
         for head, place in zip(rows[::2], rows[1::2]):
@@ -87,7 +95,9 @@ class _Reader:
             self.groups.setdefault(name, []).extend(entities[entities[:, 0] == ELEMENT, 1].tolist())
 
     def dataset(self, number: int, rows: list[list[str]]) -> None:
-        if number in (781, 2411):
+        if number == 164:
+            self.set_units(rows)
+        elif number in (781, 2411):
             self.add_nodes(rows)
         elif number == 15:
             self.nodes += [int(row[0]) for row in rows]
@@ -131,6 +141,7 @@ def raw_of(path: Path, reader: _Reader) -> RawMesh:
         np.full(len(reader.lines), math.nan),
         left_out=reader.left_out,
         reduced=reader.reduced,
+        unit_mm=reader.unit_mm,
     )
     groups = {name: np.isin(ids, numbers) for name, numbers in reader.groups.items()}
     return with_indices(path, raw, reader.others, groups)

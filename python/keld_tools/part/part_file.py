@@ -22,7 +22,7 @@ from .toml_file import read_toml
 class MeshRequest:
     path: Path = Path()
     place: str = ""
-    to_mm: float = 1.0
+    to_mm: float | None = None  # of the file's length unit; None: as the file says, else 1
     merge_tolerance: float | None = None  # mm; None: only for formats without shared nodes
     thickness: FieldRequest | None = None  # mm
     thickness_by_group: dict[str, float] = field(default_factory=dict)  # mm
@@ -136,10 +136,10 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     elif not name:
         section.fault("file" if "file" in section.table else "", "has no file: the name of the mesh to read")
     mesh.path = folder / name if name else Path()
-    unit = section.take("length_unit", str, "a unit", "mm")
-    if unit not in units.LENGTH_TO_MM:
+    unit = section.take("length_unit", str, "a unit", None)
+    if unit is not None and unit not in units.LENGTH_TO_MM:
         section.fault("length_unit", f"{unit!r} is not known; one of {', '.join(units.LENGTH_TO_MM)}")
-    mesh.to_mm = units.LENGTH_TO_MM.get(unit, 1.0)
+    mesh.to_mm = None if unit is None else units.LENGTH_TO_MM.get(unit, 1.0)
     mesh.merge_tolerance = section.quantity("merge_tolerance", "length", least=0.0)
     mesh.thickness = section.field("thickness", "length", 1)
     if mesh.thickness and isinstance(mesh.thickness.value, float) and mesh.thickness.value <= 0.0:

@@ -106,7 +106,7 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
     first_try = path.suffix.lower() != ".toml"
     if first_try:
         document = {
-            "mesh": {"file": path.name, "length_unit": options.unit or "mm"},
+            "mesh": {"file": path.name} | ({"length_unit": options.unit} if options.unit else {}),
             "polymer": {"name": options.polymer or "PP"},
             "title": path.stem,
         }

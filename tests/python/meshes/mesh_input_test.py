@@ -226,6 +226,7 @@ def test_merging_and_turning(tmp_path):
         ("a.inp", "*NODE\n1,0,0,0\n*ELEMENT,TYPE=S3\n1,1,2,3\n", "element 1 has the node 2"),
         ("a.inp", "*INCLUDE, INPUT=a.inp\n", "includes itself"),
         ("a.inp", "*INCLUDE, INPUT=none.inp\n", "a.inp:1: .*'none.inp' that it includes isn't there"),
+        ("a.unv", "    -1\n   164\n 1 m 2\n 0.0\n    -1\n", "a.unv:2: the data set 164"),
         ("a.inp", "*NODE, INPUT=none.inp\n", "a.inp:1: .*'none.inp' that it includes isn't there"),
         (
             "a.bdf",
@@ -352,6 +353,20 @@ def test_the_instance_stands_where_the_assembly_puts_it(tmp_path):
 
     expected = np.column_stack([1 - POINTS[:, 1], 2 + POINTS[:, 0], 3 + POINTS[:, 2]])
     np.testing.assert_allclose(mesh.points, expected, atol=1e-12)
+
+
+@pytest.mark.parametrize("said, given, extent, words", [
+    ("1000", {}, 40.0, "note"), ("1.0D0", {}, 40000.0, "note"), ("1.0", {"to_mm": 1.0}, 40.0, "length_unit"),
+    ("39.37007874", {"to_mm": 25.4}, 1016.0, ""),
+])  # fmt: skip
+def test_a_universal_file_tells_its_unit_unless_the_user_does(tmp_path, said, given, extent, words):
+    head = f"    -1\n   164\n         1units of a length           2\n {said} 1.0 1.0 273.15\n    -1\n"
+    (tmp_path / "a.unv").write_text(head + universal())
+
+    mesh, findings = read(tmp_path / "a.unv", **given)
+
+    assert mesh.extent == pytest.approx(extent) and mesh.to_mm == pytest.approx(extent / 40)
+    assert bool(mesh.notes) == (words == "note") and bool(findings.warnings) == (words == "length_unit")
 
 
 SAVE_ALL = """$MeshFormat

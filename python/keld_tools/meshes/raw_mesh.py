@@ -153,3 +153,38 @@ def with_indices(path: Path, raw: RawMesh, others: list[int], groups: dict) -> R
     raw.groups = groups
     raw.referenced = np.isin(raw.node_numbers, others)
     return raw
+
+
+def joined(meshes: list[RawMesh], names: list[str]) -> RawMesh:
+    """Several meshes as one. Numbers that clash are counted on behind those of the meshes before."""
+    numbers = [[mesh.node_numbers for mesh in meshes]]
+    numbers.append([np.concatenate([mesh.shell_numbers, mesh.line_numbers]) for mesh in meshes])
+    clash = any(len(np.unique(np.concatenate(of))) < sum(map(len, of)) for of in numbers)
+    node_add, element_add = (
+        np.concatenate([[0], np.cumsum([n.max(initial=0) for n in of])[:-1]]) * clash for of in numbers
+    )
+    first = np.concatenate([[0], np.cumsum([len(mesh.points) for mesh in meshes])])
+    whole = filled(
+        np.concatenate([mesh.points for mesh in meshes]),
+        np.concatenate([mesh.node_numbers + add for mesh, add in zip(meshes, node_add)]),
+        np.concatenate([np.where(mesh.shells >= 0, mesh.shells + at, -1) for mesh, at in zip(meshes, first)]),
+        np.concatenate([mesh.shell_numbers + add for mesh, add in zip(meshes, element_add)]),
+        np.concatenate([mesh.shell_thickness for mesh in meshes]),
+        np.concatenate([mesh.lines + at for mesh, at in zip(meshes, first)]),
+        np.concatenate([mesh.line_numbers + add for mesh, add in zip(meshes, element_add)]),
+        np.concatenate([mesh.line_diameter for mesh in meshes]),
+    )
+    whole.referenced = np.concatenate([~mesh.loose() for mesh in meshes])
+    for name in dict.fromkeys(name for mesh in meshes for name in mesh.groups):
+        masks = [mesh.groups.get(name, np.zeros(len(mesh.shells), bool)) for mesh in meshes]
+        whole.groups[name] = np.concatenate(masks)
+    for mesh in meshes:
+        for kinds, of in ((whole.left_out, mesh.left_out), (whole.reduced, mesh.reduced)):
+            kinds.update({kind: kinds.get(kind, 0) + count for kind, count in of.items()})
+    if clash:
+        told = [
+            f"{name or 'flat mesh'} from node {a + 1}, element {b + 1}"
+            for name, a, b in zip(names, node_add, element_add)
+        ]
+        whole.notes.append("numbers are counted on from one instance to the next: " + "; ".join(told))
+    return whole

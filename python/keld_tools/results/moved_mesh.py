@@ -75,7 +75,7 @@ class Mover:
             raise BadFile(
                 self.source,
                 f"has {len(np.unique(index[met, 0]))} of the {len(self.shift_mm)} nodes of the job: it has changed, or "
-                "they stand in included files; export an .stl",
+                "they stand in included files or in instances that the deck places; export an .stl",
             )
         weight = 1.0 / np.maximum(distance, 1e-12)
         shift = np.einsum("ij,ijk->ik", weight / weight.sum(axis=1, keepdims=True), self.shift_mm[index])

@@ -226,6 +226,10 @@ def test_merging_and_turning(tmp_path):
         ("a.inp", "*NODE\n1,0,0,0\n*ELEMENT,TYPE=S3\n1,1,2,3\n", "element 1 has the node 2"),
         ("a.inp", "*INCLUDE, INPUT=a.inp\n", "includes itself"),
         ("a.inp", "*INCLUDE, INPUT=none.inp\n", "a.inp:1: .*'none.inp' that it includes isn't there"),
+        ("a.inp", "*ASSEMBLY\n*INSTANCE, NAME=i, PART=p\n*END INSTANCE\n", "instance i is of the part 'p'"),
+        ("a.inp", "*NODE\n1,0,0,0\n1,1,0,0\n", "given twice, 1 among them"),
+        ("a.inp", "*ELGEN\n1,5\n", "a.inp:1: .*ELGEN in this form"),
+        ("a.inp", "*NODE, SYSTEM=C\n1,5,90\n", "a.inp:1: .*NODE in this form"),
         ("a.unv", "    -1\n   164\n 1 m 2\n 0.0\n    -1\n", "a.unv:2: the data set 164"),
         ("a.inp", "*NODE, INPUT=none.inp\n", "a.inp:1: .*'none.inp' that it includes isn't there"),
         (
@@ -353,6 +357,75 @@ def test_the_instance_stands_where_the_assembly_puts_it(tmp_path):
 
     expected = np.column_stack([1 - POINTS[:, 1], 2 + POINTS[:, 0], 3 + POINTS[:, 2]])
     np.testing.assert_allclose(mesh.points, expected, atol=1e-12)
+
+
+ASSEMBLY = """*PART, NAME=wall
+*NODE
+1, 0, 0, 0
+2, 10, 0, 0
+3, 10, 10, 0
+4, 0, 10, 0
+*ELEMENT, TYPE=S3, ELSET=first
+5, 1, 2, 3
+*ELEMENT, TYPE=S3
+6, 1, 3, 4
+*SHELL SECTION, ELSET=first
+2.5
+*END PART
+*PART, NAME=rib
+*NODE
+1, 0, 0, 0
+2, 5, 0, 0
+3, 0, 5, 0
+*ELEMENT, TYPE=S3, ELSET=all
+5, 1, 2, 3
+*SHELL SECTION, ELSET=all
+1.5
+*END PART
+*ASSEMBLY, NAME=a
+*INSTANCE, NAME=Wall-1, PART=Wall
+*END INSTANCE
+*INSTANCE, NAME=Wall-2, PART=WALL
+0, 0, 20
+*END INSTANCE
+*INSTANCE, NAME=Rib-1, PART=rib
+1, 2, 3
+1, 2, 3, 2, 2, 3, 90
+*END INSTANCE
+*NODE
+1, 99, 99, 99
+*ELSET, ELSET=upper, INSTANCE=Wall-2
+5
+*ELSET, ELSET=some
+upper, Rib-1.all
+*ELEMENT, TYPE=MASS
+1, Rib-1.1
+*END ASSEMBLY
+"""
+
+
+def test_instances_of_an_assembly_are_one_mesh(tmp_path):
+    """The rib is shifted by (1, 2, 3), then turned by a quarter about the line along x there: its y becomes z."""
+    (tmp_path / "a.inp").write_text(ASSEMBLY)
+
+    mesh, findings = read(tmp_path / "a.inp")
+
+    corners = mesh.points[mesh.triangles]
+    assert findings.faults == findings.warnings == [] and len(mesh.points) == 11
+    np.testing.assert_allclose(corners[2:4], corners[:2] + [0, 0, 20])
+    np.testing.assert_allclose(corners[4], [[1, 2, 3], [6, 2, 3], [1, 2, 8]], atol=1e-12)
+    assert mesh.node_numbers.tolist() == [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11] and mesh.numbers.tolist() == [
+        5,
+        6,
+        11,
+        12,
+        17,
+    ]
+    np.testing.assert_array_equal(mesh.card_thickness, [2.5, np.nan, 2.5, np.nan, 1.5])
+    groups = {name: np.flatnonzero(mask).tolist() for name, mask in mesh.groups.items()}
+    assert groups["FIRST"] == [0, 2] and groups["WALL-2.FIRST"] == groups["UPPER"] == [2]
+    assert groups["WALL-2"] == [2, 3] and groups["SOME"] == [2, 4]
+    assert "RIB-1 from node 9, element 13" in mesh.notes[0]
 
 
 @pytest.mark.parametrize("said, given, extent, words", [

@@ -12,6 +12,7 @@
 #include "model/model_stage.h"
 #include "model/model_tables.h"
 #include "model/system/pattern.h"
+#include "places.h"
 #include "results/result_rows.h"
 #include "results/results_stage.h"
 #include "support/faults.h"
@@ -28,7 +29,7 @@ struct CaseRun {
 
 std::vector<CaseRun> runsWith(int solverChoice) {
   std::vector<CaseRun> runs;
-  for (const auto& entry : fs::directory_iterator(CASES_FOLDER)) {
+  for (const auto& entry : fs::directory_iterator(places::cases)) {
     if (fs::exists(entry.path() / "expected.txt"))
       runs.push_back({entry.path().filename().string(), solverChoice});
   }
@@ -41,7 +42,7 @@ class Case : public testing::TestWithParam<CaseRun> {
   Case() : job_(ScratchJob::copyOf(folder())), answer_(readExpected(folder() / "expected.txt")) {
     job_.chooseSolver(GetParam().solverChoice);
   }
-  static fs::path folder() { return fs::path(CASES_FOLDER) / GetParam().name; }
+  static fs::path folder() { return places::cases / GetParam().name; }
 
   ScratchJob job_;
   ExpectedAnswer answer_;

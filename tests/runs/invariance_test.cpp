@@ -15,6 +15,7 @@
 #include "model/model_tables.h"
 #include "model/sink_mark.h"
 #include "part_maker.h"
+#include "places.h"
 #include "results/result_rows.h"
 #include "run/base/vector3.h"
 #include "support/faults.h"
@@ -110,7 +111,7 @@ void expectSameShape(const DeformedPart& found, const DeformedPart& expected, do
 ScratchJob jobOf(const part_maker::Mesh& mesh, const part_maker::JobOptions& options) {
   ScratchJob job;
   part_maker::writeJob(job.base(), mesh, options);
-  std::filesystem::create_directory_symlink(INSTALL_FOLDER, job.folder() / "install");
+  std::filesystem::create_directory_symlink(places::install, job.folder() / "install");
   return job;
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "part_maker.h"
+#include "places.h"
 #include "support/job.h"
 
 namespace keld::testing_support {
@@ -23,7 +24,7 @@ struct Ended {
 Ended runOf(const part_maker::Mesh& mesh, int solverChoice) {
   const ScratchJob job;
   part_maker::writeJob(job.base(), mesh, {.solverChoice = solverChoice, .cycleLimit = 200});
-  std::filesystem::create_directory_symlink(INSTALL_FOLDER, job.folder() / "install");
+  std::filesystem::create_directory_symlink(places::install, job.folder() / "install");
   Ended end;
   end.outcome = job.run("OMP_NUM_THREADS=1");
   end.report = job.read(".WD1");

@@ -8,13 +8,14 @@
 #include <string_view>
 
 #include "part_maker.h"
+#include "places.h"
 #include "support/job.h"
 
 namespace keld::testing_support {
 namespace {
 
 ScratchJob caseJob(const std::string& name, const std::string& stem = "job") {
-  ScratchJob job = ScratchJob::copyOf(std::filesystem::path(CASES_FOLDER) / name, stem);
+  ScratchJob job = ScratchJob::copyOf(places::cases / name, stem);
   job.chooseSolver(2);
   return job;
 }
@@ -48,8 +49,7 @@ TEST_P(Golden, ReportAndResultsAreThoseOfTheFiles) {
   ASSERT_EQ(job.run().status, 0);
 
   for (const char* suffix : {".WD1", ".WR1"}) {
-    const std::filesystem::path file =
-        std::filesystem::path(RUNS_FOLDER) / (golden.name + std::string(suffix));
+    const std::filesystem::path file = places::runs / (golden.name + std::string(suffix));
     const std::string found = masked(job.read(suffix));
     if (std::getenv("KELD_WRITE_GOLDEN") != nullptr) std::ofstream(file, std::ios::binary) << found;
     EXPECT_EQ(found, readText(file)) << suffix;
@@ -124,7 +124,7 @@ TEST_P(InPieces, EachPieceIsHeldByItself) {
   const auto resultOf = [](const part_maker::Mesh& part) {
     const ScratchJob job;
     part_maker::writeJob(job.base(), part, {});
-    std::filesystem::create_directory_symlink(INSTALL_FOLDER, job.folder() / "install");
+    std::filesystem::create_directory_symlink(places::install, job.folder() / "install");
     job.chooseSolver(GetParam());
     const ScratchJob::Outcome outcome = job.run("OMP_NUM_THREADS=1");
     EXPECT_EQ(outcome.status, 0) << outcome.console;

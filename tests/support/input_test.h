@@ -56,9 +56,8 @@ class InputTest : public testing::Test {
   ScratchJob job_;
 };
 
-inline std::string seedOf(const std::string& reader, const std::string& name = "valid") {
-  return readText(std::filesystem::path(TEST_DATA) / ".." / "fuzz" / "seeds" / reader / name);
-}
+/// A text of the seed corpus of a reader's fuzz target.
+std::string seedOf(const std::string& reader, const std::string& name = "valid");
 
 /// `text` with the first `what` replaced; `what` must stand there.
 inline std::string replaced(std::string text, const std::string& what, const std::string& by) {

@@ -9,6 +9,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "places.h"
+
 namespace keld::testing_support {
 
 namespace fs = std::filesystem;
@@ -61,8 +63,8 @@ void ScratchJob::chooseSolver(int solverChoice) const {
 }
 
 ScratchJob::Outcome ScratchJob::run(const std::string& prefix, const std::string& redirection) const {
-  const std::string command =
-      prefix + " '" KELD_PROGRAM "' '" + base() + "' 1@ '" + install() + "' 2@ " + redirection + " 2>&1";
+  const std::string command = prefix + " '" + places::program.string() + "' '" + base() + "' 1@ '" +
+                              install() + "' 2@ " + redirection + " 2>&1";
   std::FILE* pipe = ::popen(command.c_str(), "r");
   if (pipe == nullptr) throw std::runtime_error("cannot start " + command);
   Outcome outcome;

@@ -10,6 +10,7 @@
 #include "input/geometry_file.h"
 #include "input/mesh_tables.h"
 #include "model/prior_stage.h"
+#include "places.h"
 #include "run/base/labels.h"
 #include "support/input_test.h"
 
@@ -32,7 +33,7 @@ class InputStage : public testing::Test {
 
   std::string standard(const char* name) const { return job_.install() + "Standard/" + name; }
 
-  ScratchJob job_ = ScratchJob::copyOf(std::filesystem::path(TEST_DATA) / ".." / "cases" / "plate-stress");
+  ScratchJob job_ = ScratchJob::copyOf(places::cases / "plate-stress");
 };
 
 struct MissingCase {
@@ -148,8 +149,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(InputTest, EverySeedIsReadOrRefusedWithAMessage) {
   namespace fs = std::filesystem;
   for (const fuzz::Reader& reader : fuzz::readers)
-    for (const auto& seed :
-         fs::directory_iterator(fs::path(TEST_DATA) / ".." / "fuzz" / "seeds" / reader.name)) {
+    for (const auto& seed : fs::directory_iterator(places::seeds / reader.name)) {
       SCOPED_TRACE(seed.path());
       try {
         reader.read(testing_support::readText(seed.path()));

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <vector>
 
+#include "places.h"
 #include "support/input_test.h"
 
 namespace keld {
@@ -18,7 +19,7 @@ using testing_support::ScratchJob;
 
 /// A copy of the smallest case on the direct path.
 ScratchJob smallJob() {
-  ScratchJob job = ScratchJob::copyOf(std::filesystem::path(TEST_DATA) / ".." / "cases" / "plate-stress");
+  ScratchJob job = ScratchJob::copyOf(places::cases / "plate-stress");
   job.chooseSolver(2);
   return job;
 }
@@ -27,7 +28,7 @@ std::string outputOf(const std::string& words) {
   const std::filesystem::path output =
       std::filesystem::temp_directory_path() / ("keld-out-" + std::to_string(getpid()));
   EXPECT_EQ(
-      std::system((std::string("'") + KELD_PROGRAM + "' " + words + " >'" + output.string() + "'").c_str()),
+      std::system(("'" + places::program.string() + "' " + words + " >'" + output.string() + "'").c_str()),
       0);
   const std::string text = testing_support::readText(output);
   std::filesystem::remove(output);
@@ -92,7 +93,7 @@ TEST(Program, RunsOnOneThreadWhereTheSystemRefusesMore) {
   const ScratchJob job = smallJob();
   namespace fs = std::filesystem;
   const fs::path program = job.folder() / "keld";  // where another user reaches it
-  fs::copy_file(KELD_PROGRAM, program);
+  fs::copy_file(places::program, program);
   for (const auto& entry : fs::recursive_directory_iterator(job.folder()))
     fs::permissions(entry, fs::perms::all);
   fs::permissions(job.folder(), fs::perms::all);

@@ -13,6 +13,7 @@
 #include "model/material/material.h"
 #include "model/model_stage.h"
 #include "model/skin/shell_tables.h"
+#include "places.h"
 #include "results/results_stage.h"
 #include "run/base/streams.h"
 #include "run/base/working_files.h"
@@ -70,7 +71,7 @@ std::string geometryText() {
 }
 
 TEST(ShellRun, GoesFromThePairingTableToTheResultsFile) {
-  auto job = testing_support::ScratchJob::copyOf(std::string(TEST_DATA) + "/../cases/plate-stress");
+  auto job = testing_support::ScratchJob::copyOf(places::cases / "plate-stress");
   const BoxSkin skin = plateSkin(6);
   const int elements = elementTable.elementCount, nodes = nodeTable.nodeCount;
   job.write(".PG1", geometryText());

@@ -10,6 +10,7 @@
 #include <map>
 #include <sstream>
 
+#include "places.h"
 #include "support/tier/sparse_system.h"
 #include "tier/setup/create_levels.h"
 #include "tier/store/threads.h"
@@ -19,7 +20,7 @@ namespace {
 using namespace testing_support;
 using entries = std::map<std::pair<int, int>, double>;
 
-const std::string data = std::string(TEST_DATA) + "/tier/";
+const std::string data = places::data.string() + "/tier/";
 
 struct expectation {
   tier::controls settings;

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include "places.h"
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/systems.h"
 #include "tier/store/ierr.h"
@@ -23,7 +24,7 @@ using testing_support::test_run;
 class KnownHierarchy : public testing::TestWithParam<const char*> {};
 
 TEST_P(KnownHierarchy, GivesTheResidualsOfAnIndependentComputation) {
-  const std::string folder = std::string(TEST_DATA) + "/tier/" + GetParam();
+  const std::string folder = places::data.string() + "/tier/" + GetParam();
   test_run run(read_system(folder + "/system.txt"));
   read_levels(folder, run);
   const std::vector<double> expected = read_expected_residuals(folder);

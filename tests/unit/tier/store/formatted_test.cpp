@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "places.h"
 #include "support/tier/tier_call.h"
 #include "tier/api/tier.h"
 #include "tier/store/parameters.h"
@@ -23,7 +24,7 @@ constexpr const char* comma = "[0-9],[0-9]";
 
 /// The program's locale has a decimal comma: the path stands in place of a name.
 void use_comma_locale() {
-  ASSERT_EQ(setenv("LOCPATH", std::filesystem::path(COMMA_LOCALE).parent_path().c_str(), 1), 0);
+  ASSERT_EQ(setenv("LOCPATH", places::comma_locale.parent_path().c_str(), 1), 0);
   ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8"));
   char text[20];
   std::snprintf(text, sizeof text, "%g", 0.5);

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "places.h"
 #include "tier/api/tier.h"
 #include "tier/store/parameter_list.h"
 
@@ -20,7 +21,7 @@ int length_of(const std::string& text) { return static_cast<int>(text.size()); }
 
 /// Compares the store, read by name over all types, with the table of defaults.
 void expect_defaults() {
-  std::ifstream in(TEST_DATA "/tier/parameter_defaults.txt");
+  std::ifstream in(places::data / "tier/parameter_defaults.txt");
   std::string name, kind;
   std::size_t count = 0;
   for (; in >> name >> kind; ++count) {

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "model/walls/facet/membrane.h"
+#include "places.h"
 #include "support/model_maker.h"
 #include "support/number_lists.h"
 
@@ -37,7 +38,7 @@ class FacetElement : public testing::Test {
     formFacetStiffness(facet, k);
   }
 
-  const NumberLists lists = testing_support::readNumberLists(TEST_DATA "/facet/element.txt");
+  const NumberLists lists = testing_support::readNumberLists(places::data / "facet/element.txt");
   std::array<Vector3, 3> corner;
   Facet facet;
   ElementMatrix k;

@@ -6,6 +6,7 @@
 #include <numbers>
 
 #include "model/walls/facet/fold_turns.h"
+#include "places.h"
 #include "support/model_test.h"
 #include "support/number_lists.h"
 #include "support/shell_body.h"
@@ -20,7 +21,8 @@ class FoldedPart : public testing_support::ModelTest, public testing::WithParamI
  protected:
   void SetUp() override {
     ModelTest::SetUp();
-    lists = testing_support::readNumberLists(TEST_DATA "/facet/" + std::string(GetParam()) + "_part.txt");
+    lists =
+        testing_support::readNumberLists(places::data / "facet" / (std::string(GetParam()) + "_part.txt"));
     const auto &xyz = lists.at("xyz"), &corner = lists.at("tri");
     for (std::size_t n = 0; n < xyz.size(); n += 3) body.node.push_back({xyz[n], xyz[n + 1], xyz[n + 2]});
     for (std::size_t t = 0; t < corner.size(); t += 3)

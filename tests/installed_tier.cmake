@@ -1,5 +1,5 @@
-# Installs TIER into a folder of its own, builds an example against it and runs it:
-#   cmake -D BUILD=<build folder> -D EXAMPLE=<source folder> -D PROGRAM=<name> -D WORK=<folder> -D GENERATOR=<generator> -P installed_tier.cmake
+# Installs TIER into a folder of its own, builds a folder of examples against it and runs them:
+#   cmake -D BUILD=<build folder> -D EXAMPLE=<source folder> "-D PROGRAMS=<names>" -D WORK=<folder> -D GENERATOR=<generator> -P installed_tier.cmake
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
@@ -8,7 +8,9 @@ file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --component tier --prefix ${WORK}/prefix)
 run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${EXAMPLE} -B ${WORK}/build -DCMAKE_PREFIX_PATH=${WORK}/prefix -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build ${WORK}/build)
-run(${WORK}/build/${PROGRAM})
+foreach(program IN LISTS PROGRAMS)
+  run(${WORK}/build/${program})
+endforeach()
 
 # Nothing but the entries is visible in the libraries.
 foreach(library .a .so)
@@ -45,9 +47,9 @@ foreach(name strategy.def parameters.def tier.f90)
   file(SIZE ${WORK}/prefix/include/tier/${name} size)
 endforeach()
 
-# The line that the page gives for a C compiler makes the example, as it stands there.
-file(GLOB program ${EXAMPLE}/*.c)
-if(program)
+# The line that the page gives for a C compiler makes the examples, as it stands there.
+file(GLOB programs ${EXAMPLE}/*.c)
+foreach(program IN LISTS programs)
   file(STRINGS ${WORK}/prefix/share/doc/tier/solver.md line REGEX "^    cc program.c ")
   string(REPLACE "program.c" "${program} -o ${WORK}/by_line" line "${line}")
   string(REPLACE "<folder>" "${WORK}/prefix" line "${line}")
@@ -55,4 +57,4 @@ if(program)
   run(sh -c "${line}")
   run(${WORK}/by_line)
   run(sh -c "pkg-config --atleast-version=1.0 tier")
-endif()
+endforeach()

@@ -62,18 +62,20 @@ TestMesh tMesh() {
                        {{0, -1, 0}, {0, 2, 0}, {0, 0, 2}, 3, 2}})
       .mesh;
 }
-TestMesh boxMesh() {
-  return joinedSheets({{{0, 0, 0}, {4, 0, 0}, {0, 3, 0}, 4, 3},
-                       {{0, 0, 0}, {4, 0, 0}, {0, 0, 2}, 4, 2},
-                       {{0, 3, 0}, {4, 0, 0}, {0, 0, 2}, 4, 2},
-                       {{0, 0, 0}, {0, 3, 0}, {0, 0, 2}, 3, 2},
-                       {{4, 0, 0}, {0, 3, 0}, {0, 0, 2}, 3, 2}})
+/// An open box of 4 x 3 x 2 cm, cells a centimetre.
+TestMesh boxMesh(int cells) {
+  const int x = 4 * cells, y = 3 * cells, z = 2 * cells;
+  return joinedSheets({{{0, 0, 0}, {4, 0, 0}, {0, 3, 0}, x, y},
+                       {{0, 0, 0}, {4, 0, 0}, {0, 0, 2}, x, z},
+                       {{0, 3, 0}, {4, 0, 0}, {0, 0, 2}, x, z},
+                       {{0, 0, 0}, {0, 3, 0}, {0, 0, 2}, y, z},
+                       {{4, 0, 0}, {0, 3, 0}, {0, 0, 2}, y, z}})
       .mesh;
 }
 const FlatPart flatParts[] = {{"Plate", testing_support::plateMesh(6, 4, 3.0, 2.0, 0.3)},
                               {"L", lMesh()},
                               {"T", tMesh()},
-                              {"Box", boxMesh()},
+                              {"Box", boxMesh(1)},
                               {"Ribs", testing_support::ribbedMesh(9, 6, 3)}};
 
 /// Turns over every third triangle.
@@ -85,17 +87,20 @@ TestMesh turnedOver(TestMesh mesh) {
 
 class FacetPart : public ModelTest, public testing::WithParamInterface<FlatPart> {};
 
-TEST_P(FacetPart, ShrinksToScaleWhateverTheWallsAndTheNormals) {
-  const TestMesh mesh = turnedOver(GetParam().mesh);
-  const auto unevenWalls = [] {
-    for (std::size_t e = 1; e < elementTable.thickness.size(); ++e)
-      elementTable.thickness[e] = 0.1 + 0.05 * static_cast<double>(e % 4);
-  };
-  const Deformation d = deformed(mesh, facet_walls, unevenWalls);
+void setUnevenWalls() {
+  for (std::size_t e = 1; e < elementTable.thickness.size(); ++e)
+    elementTable.thickness[e] = 0.1 + 0.05 * static_cast<double>(e % 4);
+}
 
+/// Difference from the part as it was, smaller by what it cools.
+double differenceFromScale(const Deformation& d) {
   std::vector<Vector3> scaled(d.place.size());
   for (std::size_t n = 1; n < scaled.size(); ++n) scaled[n] = -expansion * cooling * d.place[n];
-  EXPECT_LT(difference(d.place, d.total, scaled), 1e-9);
+  return difference(d.place, d.total, scaled);
+}
+
+TEST_P(FacetPart, ShrinksToScaleWhateverTheWallsAndTheNormals) {
+  EXPECT_LT(differenceFromScale(deformed(turnedOver(GetParam().mesh), facet_walls, setUnevenWalls)), 1e-9);
 }
 
 /// Gradient, stress and fibres that are not along the edges; `rotation` turns the directions with the part.
@@ -154,6 +159,28 @@ TEST_P(FacetPart, HasOneShapeWhateverHoldsItWhereverItLiesAndHoweverItIsNumbered
 }
 
 INSTANTIATE_TEST_SUITE_P(Parts, FacetPart, testing::ValuesIn(flatParts),
+                         [](const auto& part) { return std::string(part.param.name); });
+
+/// Meshes of more nodes than the coarsest level of multigrid may have.
+class FacetMultigrid : public ModelTest, public testing::WithParamInterface<FlatPart> {};
+
+TEST_P(FacetMultigrid, ShrinksToScale) {
+  const TestMesh mesh = turnedOver(GetParam().mesh);
+  testing::internal::CaptureStdout();
+  const Deformation d = deformed(mesh, facet_walls, [] {
+    setUnevenWalls();
+    processRecord.solverRoad = aggregation_road;
+  });
+  const std::string console = testing::internal::GetCapturedStdout();
+
+  EXPECT_THAT(console, testing::HasSubstr("Solver= TIER by aggregation"));
+  EXPECT_LT(differenceFromScale(d), 1e-6);
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, FacetMultigrid,
+                         testing::Values(FlatPart{"Plate", testing_support::plateMesh(40, 30, 6.0, 4.5, 0.3)},
+                                         FlatPart{"Box", boxMesh(5)},
+                                         FlatPart{"Ribs", testing_support::ribbedMesh(36, 24, 6)}),
                          [](const auto& part) { return std::string(part.param.name); });
 
 class FacetWallTest : public ModelTest {};
@@ -335,9 +362,7 @@ TEST_F(FacetWallTest, LeavesOutAndReportsASingleTriangleWithoutThickness) {
   const std::string console = testing::internal::GetCapturedStdout();
 
   EXPECT_THAT(console, testing::HasSubstr("D5016"));
-  std::vector<Vector3> scaled(d.place.size());
-  for (std::size_t n = 1; n < scaled.size(); ++n) scaled[n] = -expansion * cooling * d.place[n];
-  EXPECT_LT(difference(d.place, d.total, scaled), 1e-9) << "a hole shrinks to scale";
+  EXPECT_LT(differenceFromScale(d), 1e-9) << "a hole shrinks to scale";
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ void run(benchmark::State& state, const linear_system& original, int variant) {
   tier::controls c;
   c.ncg = original.functions > 1 ? 4 : 1;
   c.nsys = original.functions;
-  c.nstyp = original.functions > 1 ? 2 : 1;
+  c.nstyp = original.functions > 1 ? tier::approach::by_unknowns : tier::approach::by_variables;
   c.dump_level = -1;
   c.ntyp_galerkin = variant;
   tier::hierarchy h;

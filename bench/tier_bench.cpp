@@ -78,12 +78,12 @@ struct system_of_run {
     h(1).u = tier::vector(u.data());
     h.levels_used = h.levels_created = 1;
     c.nsys = s.functions;
-    c.nstyp = s.functions > 1 ? 2 : 1;
+    c.nstyp = s.functions > 1 ? tier::approach::by_unknowns : tier::approach::by_variables;
     c.nnu = s.n;
     c.ncg = s.functions > 1 ? 4 : 1;
     c.ntyp_galerkin = threads > 1 ? 6 : 2;
     c.dump_level = c.out_level = -1;
-    c.ncgrad = 3;
+    c.ncgrad = tier::accelerator::gmres;
     c.icrits = {0, 1, 1, 0, 0};
     c.eps = 1e-300;
   }
@@ -174,7 +174,7 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
 void diagonal_step_against_traffic(benchmark::State& state, linear_system given) {
   constexpr int steps = 30;
   system_of_run run(std::move(given), state.range(1));
-  run.c.igam = 5;
+  run.c.igam = tier::cycle_kind::diagonal;
   const double n = run.s.n;
   double bytes = 0.0;
   for (int j = 1; j <= steps; ++j)

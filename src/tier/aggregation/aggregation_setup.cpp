@@ -272,8 +272,9 @@ options read_options(const controls& c) {
   require_legal(o.cycle >= v_cycle && o.cycle <= k_cycle, "nagg_cycle");
   require_legal(o.coarse_points >= 1 && o.coarse_points <= 1000, "nagg_points");
   require_legal(o.repair_sweeps >= 0 && o.repair_sweeps <= 100, "nagg_repair");
-  require_consistent(c.isym == 1, "matrix: aggregation is for symmetric positive definite ones");
-  require_consistent(c.igam <= 4, "ncyc: aggregation is no one-level method");
+  require_consistent(c.isym == symmetry::symmetric,
+                     "matrix: aggregation is for symmetric positive definite ones");
+  require_consistent(!is_one_level(c.igam), "ncyc: aggregation is no one-level method");
   require_consistent(c.nsys == 1 || c.has_ip, "ip: aggregation of several functions is by points");
   return o;
 }

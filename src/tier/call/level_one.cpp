@@ -16,7 +16,6 @@ namespace tier {
 namespace {
 
 constexpr const char* routine = "level_one";
-constexpr int remove_zeros = 2;
 
 void view_own_matrix(level& l) {
   l.ia = l.own_ia;
@@ -168,8 +167,7 @@ void set_points(level& l, const call_arguments& call, const controls& c) {
   l.iu = c.nsys > 1 ? view<int>(const_cast<int*>(call.iu)) : view<int>();
   l.ip = c.has_ip ? view<int>(const_cast<int*>(call.ip)) : view<int>();
   l.npnts = c.npnts;
-  constexpr int point_based = 3;
-  if (c.nsys > 1 || c.nstyp != point_based) return;
+  if (c.nsys > 1 || c.nstyp != approach::by_points) return;
   l.own_iu.allocate(c.nnu, 1, "iu", routine);
   l.iu = l.own_iu;
   if (c.has_ip) return;
@@ -191,7 +189,7 @@ void bind_level_one(level& fine, const call_arguments& call, const controls& c) 
   fine.u = view<double>(call.u);
   set_points(fine, call, c);
   if (c.half_stored) expand_half(fine, c.nnu);
-  if (c.iforce0 == remove_zeros) copy_without_zeros(fine, c.nnu);
+  if (c.iforce0 == transformation::remove_zeros) copy_without_zeros(fine, c.nnu);
 }
 
 void modify_level_one(level& fine, system_scaling& scaling, const controls& c) {

@@ -17,7 +17,8 @@ const per_context<solver_state> solver;
 
 namespace {
 
-void require_same(int now, int before, int ierr, const char* name) {
+template <class T>
+void require_same(T now, T before, int ierr, const char* name) {
   if (now != before) fail(ierr, std::string("TIER re-start terminated - illegal change in <") + name + ">");
 }
 
@@ -49,15 +50,9 @@ void free_hierarchy(const char* marker, const char* kind, bool keep_big_arrays) 
 }  // namespace
 
 problem_descriptors descriptors_of(const call_arguments& call, const controls& c) {
-  return {c.nnu,
-          c.nna,
-          c.nsys,
-          c.npnts,
-          c.levelx,
-          c.nptmn,
-          approach_or_default(call.nsolve),
-          c.igam,
-          parm().naggregation};
+  return {
+      c.nnu, c.nna, c.nsys, c.npnts, c.levelx, c.nptmn, approach_or_default(call.nsolve), parm().naggregation,
+      c.igam};
 }
 
 void check_re_start(const call_arguments& call, const controls& c) {
@@ -75,8 +70,7 @@ void check_re_start(const call_arguments& call, const controls& c) {
   require_same(now.nsolve, before.nsolve, ierr_changed_descriptor, "nsolve");
   require_same(now.igam, before.igam, ierr_changed_descriptor, "igam");
   require_same(now.naggregation, before.naggregation, ierr_changed_descriptor, "naggregation");
-  constexpr int new_operators = 3;
-  if (c.iswit == new_operators && parm().struct_ident != solver().struct_ident_at_set_up)
+  if (c.iswit == run_kind::new_operators && parm().struct_ident != solver().struct_ident_at_set_up)
     fail(ierr_setup_internal, "tier_main:: illegal change of struct_ident after last setup with iswtch=4xxx");
 }
 

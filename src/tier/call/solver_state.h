@@ -12,8 +12,8 @@ namespace tier {
 
 /// What a re-start must find unchanged; -1 after a clean-up.
 struct problem_descriptors {
-  int nnu = -1, nna = -1, nsys = -1, npnts = -1, levelx = -1, nptmn = -1, nsolve = -1, igam = -1,
-      naggregation = -1;
+  int nnu = -1, nna = -1, nsys = -1, npnts = -1, levelx = -1, nptmn = -1, nsolve = -1, naggregation = -1;
+  cycle_kind igam{-1};
   bool operator==(const problem_descriptors&) const = default;
 };
 
@@ -25,9 +25,9 @@ struct solver_state {
   bool set_up_since_start = false;  // a set-up was made since the start or TIER_LEAVE
   bool hierarchy_present = false;   // kept for re-starts
   bool struct_ident_at_set_up = false;
-  int nrc_asked = 0, nrc_used = 0;  // coarsest-level solver before and after the set-up
-  int calls = 0;                    // since the start or TIER_LEAVE
-  int calls_with_hierarchy = 0;     // automatic control: calls since its last set-up
+  coarsest_solver nrc_asked{0}, nrc_used{0};  // before and after the set-up; 0: none was made
+  int calls = 0;                              // since the start or TIER_LEAVE
+  int calls_with_hierarchy = 0;               // automatic control: calls since its last set-up
 };
 extern const per_context<solver_state> solver;
 

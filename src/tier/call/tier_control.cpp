@@ -18,15 +18,13 @@ namespace tier {
 
 namespace {
 
-constexpr int reuse_all = 1, new_operators = 3, set_up_and_keep = 4, set_up_once = 5, automatic = 6,
-              automatic_operators = 7, automatic_reuse = 8;
 constexpr double smallest_normal = std::numeric_limits<double>::min();
 
 std::string figure(double x) { return formatted("%.6e", x); }
 
 void control(std::string_view text) { info(message_class::control, text); }
 
-bool sets_up(int iswit) { return iswit == set_up_and_keep || iswit == set_up_once; }
+bool sets_up(run_kind run) { return run == run_kind::set_up_and_keep || run == run_kind::set_up_once; }
 
 void set_up_or_re_start(call_state& s) {
   if (sets_up(s.c.iswit))
@@ -47,8 +45,9 @@ bool first_guess_satisfies(call_state& s) {
   control("First guess satisfies eps-criterion:");
   control("Residual of first guess  = " + figure(residual));
   control("Residual to be undershot = " + figure(target));
-  if (s.c.iswit == set_up_and_keep || s.c.iswit == new_operators) {
-    control("TIER setup will be performed anyway: user-enforced (iswit=" + std::to_string(s.c.iswit) + ").");
+  if (s.c.iswit == run_kind::set_up_and_keep || s.c.iswit == run_kind::new_operators) {
+    control("TIER setup will be performed anyway: user-enforced (iswit=" +
+            std::to_string(code_of(s.c.iswit)) + ").");
     return false;
   }
   if (parm().ncyc_min > 0) {
@@ -81,7 +80,7 @@ class automatic_run {
       return;
     }
     solver().calls_with_hierarchy += 1;
-    re_start_as(reuse_all, "TIER setup completely reused (iswit=8).");
+    re_start_as(run_kind::reuse_all, "TIER setup completely reused (iswit=8).");
     if (test_convergence())
       solve_rest();
     else {
@@ -101,14 +100,14 @@ class automatic_run {
 
   void new_set_up() {
     control("+++++++++++++++ Performing TIER setup ...... ++++++++++++++++");
-    s_.c.iswit = set_up_and_keep;
+    s_.c.iswit = run_kind::set_up_and_keep;
     full_set_up(s_);
     solver().calls_with_hierarchy = 1;
   }
 
-  void re_start_as(int iswit, const char* words) {
+  void re_start_as(run_kind run, const char* words) {
     control(words);
-    s_.c.iswit = iswit;
+    s_.c.iswit = run;
     re_start(s_);
   }
 
@@ -171,15 +170,15 @@ class automatic_run {
 
 void run_automatically(call_state& s) {
   switch (s.c.iswit) {
-    case automatic:
+    case run_kind::automatic:
       return automatic_run(s).run();
-    case automatic_operators:
+    case run_kind::automatic_operators:
       control("TIER setup partially reused (iswit=7).");
-      s.c.iswit = new_operators;
+      s.c.iswit = run_kind::new_operators;
       break;
-    case automatic_reuse:
+    case run_kind::automatic_reuse:
       control("TIER setup completely reused (iswit=8).");
-      s.c.iswit = reuse_all;
+      s.c.iswit = run_kind::reuse_all;
       break;
     default:
       fail(ierr_illegal_value, "Illegal value of parameter <iswtch> in (tier_main)!");
@@ -199,10 +198,10 @@ double stop_target(const controls& c, double reference) {
 void tier_cntrl(call_state& s) {
   if (s.c.ncycle == 0) {
     control("Nothing to do since ncycle=0 on input.");
-    if (s.c.iswit == set_up_and_keep || s.c.iswit == new_operators) set_up_or_re_start(s);
+    if (s.c.iswit == run_kind::set_up_and_keep || s.c.iswit == run_kind::new_operators) set_up_or_re_start(s);
     return;
   }
-  if (s.c.iswit < automatic)
+  if (s.c.iswit < run_kind::automatic)
     run_once(s);
   else
     run_automatically(s);

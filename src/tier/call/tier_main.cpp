@@ -40,7 +40,6 @@ namespace tier {
 
 namespace {
 
-constexpr int new_operators = 3, set_up_and_keep = 4, set_up_once = 5;
 constexpr int level_of_dump = 2;
 
 void start_call(const call_arguments& call, run_results& results) {
@@ -65,28 +64,23 @@ void refuse_block_scaling() {
 
 /// The matrix transformations that iforce0 can ask for.
 void check_transformation(const controls& c, int matrix) {
-  constexpr int force1 = 4, last_scalar = 7, force_test = 9;
-  if (c.iforce0 >= force1 && c.iforce0 <= last_scalar && c.nsys > 1)
-    fail(ierr_illegal_value, "Setting of parameter <iforce0-" + std::to_string(c.iforce0) +
-                                 "> only legal if NSYS=1 (tier_main)!");
+  constexpr int first_scalar = 4, last_scalar = 7, unknown = 8;
+  const int code = code_of(c.iforce0);
+  const std::string number = std::to_string(code);
+  if (code >= first_scalar && code <= last_scalar && c.nsys > 1)
+    fail(ierr_illegal_value,
+         "Setting of parameter <iforce0-" + number + "> only legal if NSYS=1 (tier_main)!");
   switch (c.iforce0) {
-    case 0:
-    case 2:
+    case transformation::none:
+    case transformation::remove_zeros:
       return;
-    case 6:
-    case 7:
-      if (digits_of<4>(matrix)[4] != 0)
-        not_released("matrix: scaling digits of iforce0=" + std::to_string(c.iforce0));
+    case transformation::scale_rows:
+    case transformation::scale_columns:
+      if (digits_of<4>(matrix)[4] != 0) not_released("matrix: scaling digits of iforce0=" + number);
       return;
-    case 1:
-    case 3:
-    case 4:
-    case 5:
-    case force_test:
-      not_released("iforce0=" + std::to_string(c.iforce0));
-    default:
-      fail(ierr_illegal_value, "Illegal value of parameter <iforce0> in (tier_main)!");
   }
+  if (code == unknown) fail(ierr_illegal_value, "Illegal value of parameter <iforce0> in (tier_main)!");
+  not_released("iforce0=" + number);
 }
 
 bool by_aggregation() { return parm().naggregation != 0; }
@@ -118,17 +112,17 @@ void take_over_coarsest_solver(controls& c) {
   if (c.nrc == solver().nrc_asked) c.nrc = solver().nrc_used;
 }
 
-void note_coarsest_solver(int asked, int used) {
-  if (solver().nrc_used != 0 && solver().nrc_used != used)
+void note_coarsest_solver(coarsest_solver asked, coarsest_solver used) {
+  const int before = code_of(solver().nrc_used);
+  if (before != 0 && before != code_of(used))
     info(message_class::note,
-         "CL solver switched from " + std::to_string(solver().nrc_used) + " to " + std::to_string(used));
+         "CL solver switched from " + std::to_string(before) + " to " + std::to_string(code_of(used)));
   solver().nrc_asked = asked;
   solver().nrc_used = used;
 }
 
 void make_levels(hierarchy& h, controls& c) {
-  constexpr int multilevel_cycles = 4;
-  if (c.igam > multilevel_cycles || by_aggregation()) {
+  if (is_one_level(c.igam) || by_aggregation()) {
     h.levels_created = h.levels_used = 1;
     if (by_aggregation()) aggregation::set_up(solver().aggregates, h(1), c);
     return;
@@ -139,7 +133,7 @@ void make_levels(hierarchy& h, controls& c) {
 }
 
 void finish_call(call_state& s) {
-  if (s.c.iswit == set_up_once) {
+  if (s.c.iswit == run_kind::set_up_once) {
     clean_up("Work_count_/_Cleanup");
     if (memory().nisum != 0 || memory().ndsum != 0) {
       info(message_class::warning, "Inconsistency in memory counter:");
@@ -248,14 +242,14 @@ void full_set_up(call_state& s) {
   bind_level_one(fine, s.call, s.c);
   modify_level_one(fine, solver().scaling, s.c);
   tier_dimensions(s.c);
-  const int asked = s.c.nrc;
+  const coarsest_solver asked = s.c.nrc;
   make_levels(solver().levels, s.c);
   note_coarsest_solver(asked, s.c.nrc);
   if (s.c.dump_level >= level_of_dump) dump_hierarchy(solver().levels);
 
   solver().set_up_since_start = true;
   solver().struct_ident_at_set_up = parm().struct_ident;
-  if (s.c.iswit == set_up_and_keep) {
+  if (s.c.iswit == run_kind::set_up_and_keep) {
     solver().hierarchy_present = true;
     solver().last_set_up = descriptors_of(s.call, s.c);
   }
@@ -272,7 +266,7 @@ void re_start(call_state& s) {
   take_over_coarsest_solver(s.c);
   modify_level_one(solver().levels(1), solver().scaling,
                    s.c);  // the kept hierarchy is that of the modified matrix
-  if (s.c.iswit == new_operators) {
+  if (s.c.iswit == run_kind::new_operators) {
     info(message_class::note, "TIER re-start: Recomputing coarse-level operators");
     if (!parm().lu_reuse) release_solution_data();
     if (by_aggregation())

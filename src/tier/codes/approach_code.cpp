@@ -12,35 +12,39 @@ namespace tier {
 
 namespace {
 
-constexpr int variable_based = 1, unknown_based = 2, point_based = 3;
-
 void read_smoother(controls& c, int nxtyp) {
-  require_legal(nxtyp != 4 && nxtyp != 7, "nxtyp");
-  if (nxtyp == 8 || nxtyp == 9) not_released("nxtyp=" + std::to_string(nxtyp));
-  if (c.nsys == 1 && nxtyp == 5) nxtyp = 0;  // blocks of one variable
-  if (c.nsys == 1 && nxtyp == 6) nxtyp = 1;
-  require_consistent((nxtyp != 5 && nxtyp != 6) || c.has_ip, "nxtyp");
-  c.nxtyp = nxtyp;
+  constexpr int unused = 4, unused_too = 7, f_relaxation = 8, uzawa = 9;
+  require_legal(nxtyp != unused && nxtyp != unused_too, "nxtyp");
+  if (nxtyp == f_relaxation || nxtyp == uzawa) not_released("nxtyp=" + std::to_string(nxtyp));
+  c.nxtyp = smoother_kind{nxtyp};
+  const bool by_blocks = c.nxtyp == smoother_kind::block_gauss_seidel || c.nxtyp == smoother_kind::block_ilu0;
+  if (by_blocks && c.nsys == 1)  // blocks of one variable
+    c.nxtyp = c.nxtyp == smoother_kind::block_ilu0 ? smoother_kind::ilu0 : smoother_kind::gauss_seidel;
+  else
+    require_consistent(!by_blocks || c.has_ip, "nxtyp");
 }
 
 /// What the other digits of nsolve say about points goes with them: an unknown-based run refuses it.
 void fall_back_to_unknowns(controls& c) {
-  c.nstyp = unknown_based;
-  c.internal = c.nprim = 0;
+  c.nstyp = approach::by_unknowns;
+  c.internal = primary_matrix::of_primary_unknown;
+  c.nprim = 0;
   c.dummy_primary = false;
-  c.nint_weights = c.nint_pat = 1;
+  c.nint_weights = weight_source::entries;
+  c.nint_pat = weight_pattern::of_matrix;
 }
 
 void choose_approach(controls& c, int napproach) {
+  constexpr int variable_based = code_of(approach::by_variables);
   if (napproach <= variable_based) {
-    c.nstyp = variable_based;
+    c.nstyp = approach::by_variables;
     if (c.nsys > 1 && napproach == variable_based)
       warn(warn_approach_changed,
            "The coupled system is solved as if it were scalar (variable-based approach).");
     return;
   }
-  if (napproach == unknown_based) {
-    c.nstyp = c.nsys == 1 ? variable_based : unknown_based;
+  if (napproach == code_of(approach::by_unknowns)) {
+    c.nstyp = c.nsys == 1 ? approach::by_variables : approach::by_unknowns;
     return;
   }
   if (!c.has_ip && c.nsys > 1) {
@@ -50,8 +54,8 @@ void choose_approach(controls& c, int napproach) {
     fall_back_to_unknowns(c);
     return;
   }
-  c.nstyp = point_based;
-  c.nint_force = napproach - 2;
+  c.nstyp = approach::by_points;
+  c.nint_force = point_interpolation{napproach - code_of(approach::by_unknowns)};
 }
 
 }  // namespace
@@ -64,15 +68,15 @@ void read_approach(controls& c, const call_arguments& call) {
 
   const auto d = digits_of<9>(approach_or_default(call.nsolve));
   require_legal(d[1] <= 5, "napproach");
-  require_legal(d[3] <= 6, "internal>6");
-  c.internal = d[3];
+  require_legal(d[3] <= code_of(primary_matrix::second_test), "internal>6");
+  c.internal = primary_matrix{d[3]};
   c.nprim = 10 * d[4] + d[5];
   require_legal(c.nprim <= c.nsys, "nprim");
   c.dummy_primary = c.nprim != 0 && d[6] != 0;
-  require_legal(d[7] <= 5, "nint_weights>5");
-  require_legal(d[8] <= 2, "nint_pat>2");
-  c.nint_weights = d[7] == 0 ? 1 : d[7];
-  c.nint_pat = d[8] == 0 ? 1 : d[8];
+  require_legal(d[7] <= code_of(weight_source::spectral_norm), "nint_weights>5");
+  require_legal(d[8] <= code_of(weight_pattern::of_primary_matrix), "nint_pat>2");
+  if (d[7] != 0) c.nint_weights = weight_source{d[7]};
+  if (d[8] != 0) c.nint_pat = weight_pattern{d[8]};
   read_smoother(c, d[2]);
   choose_approach(c, d[1]);
   if (c.nsys == 1 && norm_based(c))

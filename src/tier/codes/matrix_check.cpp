@@ -135,7 +135,9 @@ int count_points(const call_arguments& call, const controls& c) {
 }
 
 void check_points(const call_arguments& call, const controls& c) {
-  if (!c.has_ip || (c.nstyp != 3 && c.nxtyp != 5 && c.nxtyp != 6)) return;
+  const bool by_points = c.nstyp == approach::by_points || c.nxtyp == smoother_kind::block_gauss_seidel ||
+                         c.nxtyp == smoother_kind::block_ilu0;
+  if (!c.has_ip || !by_points) return;
   const view<const int> ip(call.ip), iu(call.iu);
   for (int i = 1; i <= c.nnu; ++i) {
     const int before = i == 1 ? 0 : ip[i - 1];

@@ -117,7 +117,7 @@ void test_matrix(const call_arguments& call, const controls& c) {
   check_columns_once(call);
   check_diagonal_signs(call);
   check_functions_used(call, c);
-  const double difference = c.isym == 1 && !c.half_stored ? asymmetry(call) : 0.0;
+  const double difference = c.isym == symmetry::symmetric && !c.half_stored ? asymmetry(call) : 0.0;
   if (call.chktol == 0.0) return;
   if (largest_row_sum(call, c) > call.chktol)
     warn(warn_setting_adjusted, "Parameter <irow0> may be wrong. Check!");

@@ -39,11 +39,12 @@ void read_print_codes(controls& c, const call_arguments& call) {
 
 void read_cycle_options(controls& c) {
   require_legal(parm().inner_accel >= 1 && parm().inner_accel <= 9, "inner_accel");
-  require_legal(parm().nstar_typ >= 0 && parm().nstar_typ <= 3, "nstar_typ");
+  require_legal(parm().nstar_typ >= 0 && parm().nstar_typ <= code_of(star_cycle::two_directions),
+                "nstar_typ");
   const int sweeps = parm().ndyn_smo;
   require_legal(sweeps == 0 || sweeps == 10 || sweeps == 11 || sweeps == 20 || sweeps == 21, "ndyn_smo");
   c.inner_accel = parm().inner_accel;
-  c.nstar_typ = parm().nstar_typ;
+  c.nstar_typ = star_cycle{parm().nstar_typ};
   c.ndyn_smo = sweeps;
 }
 
@@ -62,18 +63,19 @@ void apply_strategy(controls& c) {
 
 void read_run_code(controls& c, const call_arguments& call) {
   const auto d = digits_of<8>(call.iswtch);
-  c.iswit = d[1];
+  c.iswit = run_kind{d[1]};
   c.iextent = d[2];
   require_legal(c.iextent <= 3, "iextent");
   c.n_default = 10 * d[3] + d[4];
   if (c.n_default == 0) c.n_default = 40;
   if (c.n_default == 99) c.n_default = 20;
-  c.norm_typ = d[5];
-  require_legal(c.norm_typ <= 3, "norm_typ");
+  require_legal(d[5] <= code_of(norm_kind::energy), "norm_typ");
+  c.norm_typ = norm_kind{d[5]};
   const int unit = 10 * d[6] + d[7];
   c.scratch_unit = unit == 0 ? parm().ioscratch_default : unit;
   apply_strategy(c);
-  if (c.iswit == 2 || c.iswit == 9) not_released("iswit=" + std::to_string(c.iswit));
+  if (c.iswit == run_kind::not_released || c.iswit == run_kind::not_released_either)
+    not_released("iswit=" + std::to_string(code_of(c.iswit)));
 }
 
 template <class T>
@@ -108,8 +110,10 @@ int smoothing_code(int code) {
 }
 
 void read_smoothing_codes(controls& c, const call_arguments& call) {
-  const int nxtyp = digits_of<9>(approach_or_default(call.nsolve))[2];
-  const bool plain_sweeps = c.levelx == 1 && !parm().force_accel && (nxtyp == 0 || nxtyp == 5);
+  const smoother_kind smoother{digits_of<9>(approach_or_default(call.nsolve))[2]};
+  const bool gauss_seidel =
+      smoother == smoother_kind::gauss_seidel || smoother == smoother_kind::block_gauss_seidel;
+  const bool plain_sweeps = c.levelx == 1 && !parm().force_accel && gauss_seidel;
   c.nrd = c.nru = plain_sweeps ? 12 : 131;
   take(parm().nrd, c.nrd);
   take(parm().nru, c.nru);
@@ -119,11 +123,13 @@ void read_smoothing_codes(controls& c, const call_arguments& call) {
 
 /// 1 to 11, two digits from 60 stand for their first one, 99 is no solution on the coarsest level.
 void read_coarsest_solver(controls& c) {
-  constexpr int sparse_gauss = 7, none = 99;
-  int nrc = is_set(parm().nrc) && parm().nrc != 0 ? parm().nrc : sparse_gauss;
-  require_legal((nrc >= 1 && nrc <= 11) || (nrc >= 60 && nrc <= none), "nrc");
-  if (nrc >= 60 && nrc < none) nrc /= 10;
-  c.nrc = nrc;
+  constexpr int first_of_two_digits = 60, none = code_of(coarsest_solver::none);
+  int nrc = is_set(parm().nrc) && parm().nrc != 0 ? parm().nrc : code_of(coarsest_solver::sparse_gauss);
+  require_legal((nrc >= code_of(coarsest_solver::smoothing) && nrc <= code_of(coarsest_solver::not_served)) ||
+                    (nrc >= first_of_two_digits && nrc <= none),
+                "nrc");
+  if (nrc >= first_of_two_digits && nrc < none) nrc /= 10;
+  c.nrc = coarsest_solver{nrc};
 }
 
 double estimate(double given, double fallback, const char* name, bool multilevel) {
@@ -133,7 +139,8 @@ double estimate(double given, double fallback, const char* name, bool multilevel
 
 void read_complexities(controls& c, const call_arguments& call) {
   const bool aggressive = digits_of<6>(c.ncg)[2] > 0;
-  const bool multilevel = digits_of<4>(call.ncyc == 0 ? parm().ncyc_default : call.ncyc)[1] <= 4;
+  const int cycle = digits_of<4>(call.ncyc == 0 ? parm().ncyc_default : call.ncyc)[1];
+  const bool multilevel = cycle <= code_of(cycle_kind::vv);
   const auto choose = [&](double given, double usual, double with_aggressive, const char* name) {
     return estimate(given, aggressive ? with_aggressive : usual, name, multilevel);
   };
@@ -150,10 +157,11 @@ void read_matrix_code(controls& c, const call_arguments& call) {
   const auto d = digits_of<4>(call.matrix);
   require_legal(d[1] >= 1 && d[1] <= 3, "isym");
   if (call.nsys == 1) require_legal(d[2] == 1 || d[2] == 2, "irow0");
-  c.half_stored = d[1] == 3;
-  c.isym = c.half_stored ? 1 : d[1];
+  constexpr int half_stored = 3;
+  c.half_stored = d[1] == half_stored;
+  c.isym = c.half_stored ? symmetry::symmetric : symmetry{d[1]};
   c.irow0 = d[2];
-  c.iforce0 = d[3];
+  c.iforce0 = transformation{d[3]};
 }
 
 void read_automatic_stop(controls& c) {
@@ -190,7 +198,7 @@ void read_stopping(controls& c) {
 
   const auto accel = digits_of<3>(parm().ntyp_accel);
   require_legal(accel[1] <= 1 && accel[2] <= 2, "ntyp_accel");
-  c.ntyp_cg = accel[1] == 0 || accel[2] == 0 ? 1 : accel[2];
+  c.ntyp_cg = accel[1] == 0 || accel[2] == 0 ? cg_ratio::fletcher_reeves : cg_ratio{accel[2]};
 }
 
 void read_operator_options(controls& c) {
@@ -252,11 +260,13 @@ void read_cycle_code(controls& c, const call_arguments& call) {
   const int code = call.ncyc == 0 ? parm().ncyc_default : call.ncyc;
   const auto d = digits_of<4>(code);
   c.negative_ncyc = code < 0;
-  c.igam = d[1];
-  require_legal(c.igam >= 1 && c.igam <= 6, "igam");
-  require_legal(d[2] <= 4, "ncgrad");
-  c.ncgrad = d[2] == 0 ? parm().ncgrad_default : d[2];
-  require_legal(c.ncgrad >= 0 && c.ncgrad <= 4, "ncgrad_default");
+  require_legal(d[1] >= code_of(cycle_kind::v) && d[1] <= code_of(cycle_kind::incomplete_factors), "igam");
+  c.igam = cycle_kind{d[1]};
+  constexpr int last_method = code_of(accelerator::flexible_cg);
+  require_legal(d[2] <= last_method, "ncgrad");
+  const int method = d[2] == 0 ? parm().ncgrad_default : d[2];
+  require_legal(method >= 0 && method <= last_method, "ncgrad_default");
+  c.ncgrad = accelerator{method};
   constexpr int largest_digit = 9, largest_dimension = 20;
   c.nkdim = d[3] == 0 ? parm().nkdim_default : d[3] == largest_digit ? largest_dimension : d[3] + 1;
   require_legal(c.nkdim >= 1, "nkdim_default");
@@ -268,17 +278,16 @@ void read_cycle_code(controls& c, const call_arguments& call) {
 
 /// Conjugate gradients ask for symmetry of the matrix and of the cycle.
 void adapt_to_symmetry(controls& c) {
-  constexpr int cg = 1, bicgstab = 2, gmres = 3, flexible_cg = 4, energy_norm = 3;
   if (!symmetric_as_solved(c)) {
-    if (c.norm_typ == energy_norm) {
-      c.norm_typ = 0;
+    if (c.norm_typ == norm_kind::energy) {
+      c.norm_typ = norm_kind::euclidean;
       parm().ntake_res_in = 0;
       info(message_class::note, "Switched to L2-NORM (reason: matrix non-symmetric)!");
     }
-    if (!parm().force_accel && c.ncgrad == cg) c.ncgrad = bicgstab;
-    if (!parm().force_accel && c.ncgrad == flexible_cg) c.ncgrad = gmres;
+    if (!parm().force_accel && c.ncgrad == accelerator::cg) c.ncgrad = accelerator::bicgstab;
+    if (!parm().force_accel && c.ncgrad == accelerator::flexible_cg) c.ncgrad = accelerator::gmres;
   }
-  if (!parm().force_accel && (c.ncgrad == cg || c.ncgrad == flexible_cg)) {
+  if (!parm().force_accel && needs_symmetry(c.ncgrad)) {
     if (c.nrd != 0)
       c.nru = -c.nrd;
     else
@@ -287,9 +296,9 @@ void adapt_to_symmetry(controls& c) {
 }
 
 void check_one_level(controls& c) {
-  c.one_level = c.igam > 4 || c.levelx == 1 || c.nnu <= c.nptmn;
-  require_consistent(c.igam != 6 || c.isym == 1, "igam");
-  require_consistent(c.igam <= 4 || !c.half_stored, "igam");
+  c.one_level = is_one_level(c.igam) || c.levelx == 1 || c.nnu <= c.nptmn;
+  require_consistent(c.igam != cycle_kind::incomplete_factors || c.isym == symmetry::symmetric, "igam");
+  require_consistent(!is_one_level(c.igam) || !c.half_stored, "igam");
   if (c.negative_ncyc && !c.one_level) not_released("ncyc<0: K-cycle");
 }
 

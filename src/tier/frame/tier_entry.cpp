@@ -71,7 +71,7 @@ void TIER_LEAVE(int* ierr) {
   tier::parm().refresh_called = true;
   tier::solver().calls = 0;
   tier::solver().set_up_since_start = false;
-  tier::solver().nrc_asked = tier::solver().nrc_used = 0;
+  tier::solver().nrc_asked = tier::solver().nrc_used = {};
 }
 
 void TIER_REFRESH(int* ierr) {

@@ -75,17 +75,16 @@ int emergency_run(call_arguments call, run_results& results) {
   message("trying ILU-BiCGstab now ...");
   message("... for original matrix ...");
   message("... first guess u reset to zero ...");
-  constexpr int zero_guess = 1, bicgstab = 2, ilut = 2, set_up_once = 5, largest_power = 10000000,
-                no_coarse_solution = 99;
+  constexpr int zero_guess = 1, set_up_once = code_of(run_kind::set_up_once), largest_power = 10000000;
   const replaced levelx(parm().levelx, parm().levelx_2nd), nrd(parm().nrd, parm().nrd_2nd),
-      nru(parm().nru, parm().nru_2nd), nrc(parm().nrc, no_coarse_solution),
+      nru(parm().nru, parm().nru_2nd), nrc(parm().nrc, code_of(coarsest_solver::none)),
       fill(parm().lfil_smo, parm().lfil_2nd), finest(parm().clsolver_finest, 0), modify(parm().modify_mat, 0);
   const replaced drop(parm().droptol_smo, parm().droptol_2nd);
   const replaced force(parm().force_accel, parm().force_accel_2nd);
   const auto d = digits_of<4>(call.matrix);
   if (call.matrix > 0) call.matrix = 10 * d[1] + d[2];  // no transformation
-  call.ncyc = with_second_digit(parm().ncyc_2nd, bicgstab);
-  call.nsolve = with_second_digit(parm().nsolve_2nd, ilut);
+  call.ncyc = with_second_digit(parm().ncyc_2nd, code_of(accelerator::bicgstab));
+  call.nsolve = with_second_digit(parm().nsolve_2nd, code_of(smoother_kind::ilut));
   call.ifirst = zero_guess;
   if (digits_of<8>(call.iswtch)[1] != set_up_once) call.iswtch = set_up_once * largest_power + 1000000;
   return tier_main(call, results);

@@ -17,17 +17,17 @@ constexpr const char* rule = "==================================================
 
 void print_input_list(const controls& c) {
   print_line("nnu    = %d, nna = %d, nsys = %d, npnts = %d", c.nnu, c.nna, c.nsys, c.npnts);
-  print_line("isym   = %d, irow0 = %d, iforce0 = %d", c.isym, c.irow0, c.iforce0);
-  print_line("nstyp  = %d, nint_force = %d, nxtyp = %d, internal = %d, nprim = %d", c.nstyp, c.nint_force,
-             c.nxtyp, c.internal, c.nprim);
-  print_line("iswit  = %d, iextent = %d, n_default = %d, norm_typ = %d", c.iswit, c.iextent, c.n_default,
-             c.norm_typ);
-  print_line("igam   = %d, ncgrad = %d, nkdim = %d, ncycle = %d, eps = %.3e, ifirst = %d", c.igam, c.ncgrad,
-             c.nkdim, c.ncycle, c.eps, c.ifirst);
+  print_line("isym   = %d, irow0 = %d, iforce0 = %d", code_of(c.isym), c.irow0, code_of(c.iforce0));
+  print_line("nstyp  = %d, nint_force = %d, nxtyp = %d, internal = %d, nprim = %d", code_of(c.nstyp),
+             code_of(c.nint_force), code_of(c.nxtyp), code_of(c.internal), c.nprim);
+  print_line("iswit  = %d, iextent = %d, n_default = %d, norm_typ = %d", code_of(c.iswit), c.iextent,
+             c.n_default, code_of(c.norm_typ));
+  print_line("igam   = %d, ncgrad = %d, nkdim = %d, ncycle = %d, eps = %.3e, ifirst = %d", code_of(c.igam),
+             code_of(c.ncgrad), c.nkdim, c.ncycle, c.eps, c.ifirst);
   print_line("levelx = %d, nptmn = %d, ncg = %d, nwt = %d, ntr = %d, np_opt = %d", c.levelx, c.nptmn, c.ncg,
              c.nwt, c.ntr, c.np_opt);
-  print_line("nrd    = %d, nru = %d, nrc = %d, ecg = %g, ewt = %g, etr = %g", c.nrd, c.nru, c.nrc, c.ecg,
-             c.ewt, c.etr);
+  print_line("nrd    = %d, nru = %d, nrc = %d, ecg = %g, ewt = %g, etr = %g", c.nrd, c.nru, code_of(c.nrc),
+             c.ecg, c.ewt, c.etr);
 }
 
 void print_levels(const hierarchy& h) {

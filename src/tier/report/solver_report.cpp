@@ -15,8 +15,6 @@ namespace tier {
 
 namespace {
 
-constexpr int jacobi_step = 7, no_coarse_solution = 99;
-
 std::string milu_weight() { return formatted("MILU(0,%g)", parm().delta_milu); }
 
 void print_sweeps(const char* side, int code) {
@@ -34,31 +32,32 @@ void print_sweeps(const char* side, int code) {
 
 void print_basic_method(const hierarchy& h, const controls& c) {
   constexpr std::array<const char*, 5> cycles{"", "V", "F", "W", "VV"};
-  constexpr int last_cycle = 4, diagonal = 5, cg = 1, flexible_cg = 4;
-  if (c.igam > last_cycle) {
-    const char* method = c.igam == diagonal                          ? "Diagonal scaling (Jacobi)"
-                         : c.ncgrad == 0                             ? "Gauss-Seidel"
-                         : c.ncgrad == cg || c.ncgrad == flexible_cg ? "IC(0)"
-                                                                     : "ILUT";
-    print_line("Basic Method: One-level method (igam=%d) - %s", c.igam, method);
+  if (is_one_level(c.igam)) {
+    const char* method = c.igam == cycle_kind::diagonal  ? "Diagonal scaling (Jacobi)"
+                         : c.ncgrad == accelerator::none ? "Gauss-Seidel"
+                         : needs_symmetry(c.ncgrad)      ? "IC(0)"
+                                                         : "ILUT";
+    print_line("Basic Method: One-level method (igam=%d) - %s", code_of(c.igam), method);
   } else if (h.levels_used > 1) {
     print_line("Basic Method: AMG on %d levels (%s-cycle)", h.levels_used,
                cycles[static_cast<std::size_t>(c.igam)]);
-  } else if (c.nrc == no_coarse_solution) {
-    print_line("Basic Method: Smoothing only - nxtyp=%d on one level", c.nxtyp);
+  } else if (c.nrc == coarsest_solver::none) {
+    print_line("Basic Method: Smoothing only - nxtyp=%d on one level", code_of(c.nxtyp));
   } else {
     message("Basic Method: One-level method - smoothing and coarsest-level solver");
   }
 }
 
 void print_acceleration(const controls& c) {
-  constexpr int cg = 1, bicgstab = 2;
-  if (c.ncgrad == 0) return message("Acceleration: None");
-  const char* name = c.ncgrad == cg ? c.ntyp_cg == 1 ? "old Conjugate Gradient" : "new Conjugate Gradient"
-                     : c.ncgrad == bicgstab ? "BI-CGSTAB"
-                     : c.ncgrad == 3        ? "Flexible GMRES"
-                                            : "Flexible CG";
-  if (c.ncgrad <= bicgstab)
+  if (c.ncgrad == accelerator::none) return message("Acceleration: None");
+  const char* cg =
+      c.ntyp_cg == cg_ratio::fletcher_reeves ? "old Conjugate Gradient" : "new Conjugate Gradient";
+  const char* name = c.ncgrad == accelerator::cg         ? cg
+                     : c.ncgrad == accelerator::bicgstab ? "BI-CGSTAB"
+                     : c.ncgrad == accelerator::gmres    ? "Flexible GMRES"
+                                                         : "Flexible CG";
+  const bool restarts = c.ncgrad == accelerator::cg || c.ncgrad == accelerator::bicgstab;
+  if (restarts)
     print_line("Acceleration: %s[%d] (Restart - %d) with %d pre-steps", name, c.inner_accel,
                parm().maxop_restart, c.iter_pre);
   else
@@ -70,68 +69,66 @@ void print_acceleration(const controls& c) {
 
 void print_smoother(const controls& c) {
   switch (c.nxtyp) {
-    case 0:
-      message(c.nstyp == 1 ? "Smoothing:  Gauss-Seidel, variable-wise"
-                           : "Smoothing:  Gauss-Seidel, unknown-wise");
+    case smoother_kind::gauss_seidel:
+      message(c.nstyp == approach::by_variables ? "Smoothing:  Gauss-Seidel, variable-wise"
+                                                : "Smoothing:  Gauss-Seidel, unknown-wise");
       break;
-    case 1:
+    case smoother_kind::ilu0:
       message("Smoothing:  " + (parm().milu != 0 ? milu_weight() : "ILU(0)"));
       break;
-    case 2:
+    case smoother_kind::ilut:
       print_line("Smoothing:  ILUT(%d,%g)", parm().lfil_smo, parm().droptol_smo);
       break;
-    case 3:
+    case smoother_kind::ilutp:
       print_line("Smoothing:  %s(%d,%g)", parm().milu != 0 ? "MILUTP" : "ILUTP", parm().lfil_smo,
                  parm().droptol_smo);
       break;
-    case 5:
+    case smoother_kind::block_gauss_seidel:
       print_line("Smoothing:  Gauss-Seidel, block-wise, pivoting(%d)", parm().ibgs_pivot);
       break;
-    case 6:
+    case smoother_kind::block_ilu0:
       message("Smoothing:  Block-" + (parm().milu != 0 ? milu_weight() : "ILU(0)"));
-      break;
-    default:
       break;
   }
 }
 
 void print_coarsest_choice(const controls& c, const level* coarsest) {
-  if (c.nrc == no_coarse_solution) return message("Coarse level: no solution");
-  if (c.nrc <= 5)
+  if (c.nrc == coarsest_solver::none) return message("Coarse level: no solution");
+  if (is_iterative(c.nrc))
     print_line("Coarse level: Iterative solution (max:%d, stop: %g) by", parm().itmax_conv, parm().conv_stop);
-  else if (c.nrc != 9)
+  else if (c.nrc != coarsest_solver::of_user)
     message("Coarse level: Direct solution by");
   switch (c.nrc) {
-    case 1:
+    case coarsest_solver::smoothing:
       print_line("              Plain smoothing steps  (iter_check =%d)", parm().iter_check);
       break;
-    case 2:
+    case coarsest_solver::ilu_cg:
       message("              " + (parm().milu != 0 ? milu_weight() : "ILU(0)") + " preconditioned CG");
       break;
-    case 3:
+    case coarsest_solver::ilut_bicgstab:
       print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB",
                  coarsest ? coarse_fill_limit(*coarsest) : parm().lfil_cl, parm().droptol_cl);
       break;
-    case 4:
+    case coarsest_solver::diagonal_cg:
       message("              Diagonally preconditioned CG");
       break;
-    case 5:
+    case coarsest_solver::diagonal_bicgstab:
       message("              Diagonally preconditioned BI-CGSTAB");
       break;
-    case 6:
+    case coarsest_solver::full_gauss:
       print_line("              Full Gauss elimination (%s pivoting)",
                  parm().full_pivoting ? "full" : "partial");
       break;
-    case 7:
+    case coarsest_solver::sparse_gauss:
       message("              Sparse Gauss elimination");
       break;
-    case 8:
+    case coarsest_solver::least_squares:
       message("              Least squares");
       break;
-    case 9:
+    case coarsest_solver::of_user:
       message("Coarse level: User provided solution process");
       break;
-    case 10:
+    case coarsest_solver::lapack:
       message("              Full Gauss elimination (LAPACK)");
       break;
     default:
@@ -143,14 +140,14 @@ void print_solver_information(const hierarchy& h, const controls& c) {
   if (c.out_level < 1) return;
   message("AMG solver information", 1);
   print_basic_method(h, c);
-  if (c.igam <= 4) {
+  if (!is_one_level(c.igam)) {
     print_smoother(c);
     print_sweeps("Pre", c.nrd);
     print_sweeps("Post", c.nru);
   }
   print_acceleration(c);
-  if (c.igam > 4) return;
-  if (c.nrc != no_coarse_solution) print_line("Coarse level: size = %d", h(h.levels_used).n);
+  if (is_one_level(c.igam)) return;
+  if (c.nrc != coarsest_solver::none) print_line("Coarse level: size = %d", h(h.levels_used).n);
   print_coarsest_choice(c, &h(h.levels_used));
 }
 

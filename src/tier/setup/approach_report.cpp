@@ -23,7 +23,7 @@ void approach_line(const char* approach) { message(std::string("Approach: ") + a
 void report_primary_matrix(const controls& c) {
   const std::string head = std::string(indent) + "primary matrix P - ";
   const std::string primary = ", nprim = " + std::to_string(c.nprim);
-  if (c.internal == 0) {
+  if (c.internal == primary_matrix::of_primary_unknown) {
     message(head + (c.nsys == 1 ? "equals A" : "equals A_[nprim,nprim]" + primary));
   } else {
     message(head + (c.nprim == 0 ? "maximal pattern" : "nprim-pattern" + primary));
@@ -42,25 +42,27 @@ void report_primary_matrix(const controls& c) {
 }
 
 void report_point_based(const controls& c) {
-  constexpr std::array<const char*, 3> forces = {"separate for all unknowns", "same for all unknowns",
+  constexpr std::array<const char*, 4> forces = {"", "separate for all unknowns", "same for all unknowns",
                                                  "block-wise"};
   approach_line("point-based.");
   report_primary_matrix(c);
   message(std::string(indent) + "strong couplings - based on P");
-  message(std::string(indent) + "interpolation    - " + forces[static_cast<std::size_t>(c.nint_force - 1)]);
-  constexpr int block_wise = 3;
+  message(std::string(indent) + "interpolation    - " + forces[static_cast<std::size_t>(c.nint_force)]);
   const char* pattern = "SW-pattern of P";  // blocks follow the strong points
-  if (c.nint_pat == 1 && !(c.nint_force == block_wise && c.internal > 0))
-    pattern = c.nint_force == 1 ? "SW-pattern of each A_[i,i]" : "SW-pattern of A_[nprim,nprim]";
+  const bool of_blocks =
+      c.nint_force == point_interpolation::block_wise && c.internal != primary_matrix::of_primary_unknown;
+  if (c.nint_pat == weight_pattern::of_matrix && !of_blocks)
+    pattern = c.nint_force == point_interpolation::separate ? "SW-pattern of each A_[i,i]"
+                                                            : "SW-pattern of A_[nprim,nprim]";
   message(std::string(deep_indent) + pattern);
 }
 
 void report_approach(const controls& c) {
-  if (c.nstyp == 1) {
+  if (c.nstyp == approach::by_variables) {
     approach_line("variable-based.");
     message(std::string(indent) + "strong couplings - based on full matrix A");
     message(std::string(indent) + "interpolation    - SW-pattern of full matrix A");
-  } else if (c.nstyp == 2) {
+  } else if (c.nstyp == approach::by_unknowns) {
     approach_line("unknown-based.");
     message(std::string(indent) + "strong couplings - separate for all unknowns i, based on A_[i,i]");
     message(std::string(indent) + "interpolation    - SW-pattern of each A_[i,i]");
@@ -69,10 +71,10 @@ void report_approach(const controls& c) {
   }
 }
 
-void report_weights(int nint_weights) {
+void report_weights(weight_source source) {
   constexpr std::array<const char*, 6> sources = {
       "", "entries of A", "distances", "positions", "entries of P", "entries of A (spectral norm)"};
-  message(std::string(deep_indent) + "weights based on " + sources[static_cast<std::size_t>(nint_weights)]);
+  message(std::string(deep_indent) + "weights based on " + sources[static_cast<std::size_t>(source)]);
 }
 
 void report_galerkin(const controls& c) {

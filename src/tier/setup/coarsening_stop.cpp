@@ -29,7 +29,8 @@ coarsening stop_coarsening(setup_state& t, const std::string& reason) {
 }
 
 void apply_emergency_rule(controls& c, int variables) {
-  if (variables > parm().nptmax && c.nrc >= 6 && c.nrc <= 11) c.nrc = parm().nrc_emergency;
+  const bool direct = c.nrc >= coarsest_solver::full_gauss && c.nrc <= coarsest_solver::not_served;
+  if (variables > parm().nptmax && direct) c.nrc = coarsest_solver{parm().nrc_emergency};
 }
 
 coarsening test_size(setup_state& t, const level& lv) {

@@ -74,7 +74,7 @@ void interpolate_variables(setup_state& t, int k) {
     for (int step = 0; step < t.s.itint; ++step)
       report_improvement(pwiter(lv, o, t.own_unknown(), t.by_points()));
   }
-  if (t.by_points() && t.c.nint_force == 2) pwforce(lv, t.c.nprim);
+  if (t.by_points() && t.c.nint_force == point_interpolation::same) pwforce(lv, t.c.nprim);
 }
 
 void interpolate_blocks(setup_state& t, int k) {
@@ -94,7 +94,7 @@ void interpolate_blocks(setup_state& t, int k) {
 
 void driver_int(setup_state& t, int k) {
   level_record& r = t.record.at[static_cast<std::size_t>(k)];
-  if (t.by_points() && t.c.nint_force == 3) {
+  if (t.by_points() && t.c.nint_force == point_interpolation::block_wise) {
     interpolate_blocks(t, k);
   } else {
     interpolate_variables(t, k);

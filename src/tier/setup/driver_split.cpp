@@ -39,14 +39,14 @@ void run_pcol(const setup_state& t, int k, const couplings& m, int nprim, view<i
   o.nprim = nprim;
   o.threads = pcol_in_threads(k, t.s.nwtint);
   n = pcol(m, o, state);
-  if (t.reports()) print_split_counts(n, t.c.nstyp);
+  if (t.reports()) print_split_counts(n, code_of(t.c.nstyp));
 }
 
 void run_reduce(const setup_state& t, int k, const couplings& m, view<int> state, split_counts& n) {
   const timed time(phase::reduce);
   reduce_options o;
   o.paths = t.s.nred;
-  o.nstyp = t.c.nstyp;
+  o.nstyp = code_of(t.c.nstyp);
   o.report = t.reports();
   o.threads = reduce_in_threads(k);
   for (int step = 0; step < t.s.reduce_steps; ++step) reduce(m, o, state, n);
@@ -57,7 +57,8 @@ void run_second_pass(const setup_state& t, const couplings& m, int nprim, view<i
   const double limit = t.s.npcol == 1 ? 1.0 : 0.75;
   const int changed = second_pass(m, limit, nprim, state, n);
   if (t.reports())
-    message("cforce(" + std::to_string(t.c.nstyp) + "):     # vars -> C: " + std::to_string(changed));
+    message("cforce(" + std::to_string(code_of(t.c.nstyp)) +
+            "):     # vars -> C: " + std::to_string(changed));
 }
 
 /// First pass, aggressive coarsening and second pass on a matrix or a primary matrix.
@@ -114,10 +115,10 @@ coarsening split_variables(setup_state& t, int k, bool aggressive) {
   if (split(t, k, m, t.c.nprim, aggressive, lv.icg) == coarsening::stops) return coarsening::stops;
   double c_variables = n.c;
   if (t.by_points()) {
-    if (t.c.nint_force == 2) c_variables *= variables_per_point(lv);
+    if (t.c.nint_force == point_interpolation::same) c_variables *= variables_per_point(lv);
     collect(lv, t.c.nprim, parm().vio_dd != 0);
     recount(lv, n);
-    if (t.c.nint_force != 2) c_variables = n.c;
+    if (t.c.nint_force != point_interpolation::same) c_variables = n.c;
   }
   return test_size_and_ratio(t, k, c_variables, "(split_3)");
 }

@@ -17,7 +17,8 @@ constexpr int most_halvings = 20;  // of the columns of bad rows: a millionth of
 
 /// With a structure that re-starts share, the pattern must not depend on values.
 bool keeps_zeros(const controls& c) {
-  return parm().glk_mult_zeros || (parm().struct_ident && (c.iswit == 3 || c.iswit == 4));
+  const bool for_re_starts = c.iswit == run_kind::new_operators || c.iswit == run_kind::set_up_and_keep;
+  return parm().glk_mult_zeros || (parm().struct_ident && for_re_starts);
 }
 
 /// Ends the call when repairing is hopeless.

@@ -39,11 +39,13 @@ struct setup_state {
   bool split_matrix = true;  // with a primary matrix: the matrix itself is sorted too
 
   bool reports() const { return c.dump_level >= 0; }
-  bool own_unknown() const { return c.nstyp >= 2; }
-  bool by_points() const { return c.nstyp == 3; }
-  bool uses_primary_matrix() const { return by_points() && c.internal > 0; }
+  bool own_unknown() const { return c.nstyp != approach::by_variables; }
+  bool by_points() const { return c.nstyp == approach::by_points; }
+  bool uses_primary_matrix() const { return by_points() && c.internal != primary_matrix::of_primary_unknown; }
   /// The unknown whose rows alone are sorted and interpolated, 0: all.
-  int effective_nprim() const { return by_points() && c.nint_force != 1 ? c.nprim : 0; }
+  int effective_nprim() const {
+    return by_points() && c.nint_force != point_interpolation::separate ? c.nprim : 0;
+  }
 };
 
 /// What the steps of a level answer: go on, or the hierarchy ends with this level.

@@ -50,7 +50,7 @@ primary_options primary_options_of(const controls& c) {
   primary_options o;
   o.nprim = c.nprim;
   o.norm = parm().prim_norm;
-  o.sum_diagonal = c.internal == 3;
+  o.sum_diagonal = c.internal == primary_matrix::norms_and_sum;
   if (parm().ntr_prim != 0) o.truncation = std::pow(10.0, -std::abs(parm().ntr_prim));
   return o;
 }
@@ -60,17 +60,20 @@ primary_options primary_options_of(const controls& c) {
 }  // namespace
 
 void check_approach(const controls& c) {
-  if (c.nstyp == 1 && c.nprim != 0) inconsistent("Incorrect INTERNAL setting: nprim must be 0 for nstyp=1 !");
-  if (c.nstyp == 1 && norm_based(c)) inconsistent("Norm-based approach not meaningful for nstyp=1!");
-  if (c.nstyp == 2 && c.internal > 0)
+  const bool by_variables = c.nstyp == approach::by_variables, by_unknowns = c.nstyp == approach::by_unknowns,
+             by_points = c.nstyp == approach::by_points;
+  const bool primary_of_its_own = c.internal != primary_matrix::of_primary_unknown;
+  if (by_variables && c.nprim != 0) inconsistent("Incorrect INTERNAL setting: nprim must be 0 for nstyp=1 !");
+  if (by_variables && norm_based(c)) inconsistent("Norm-based approach not meaningful for nstyp=1!");
+  if (by_unknowns && primary_of_its_own)
     inconsistent("Unknown-based approaches do not allow for an internally defined primary matrix!");
-  if (c.nstyp == 2 && c.nprim != 0)
+  if (by_unknowns && c.nprim != 0)
     inconsistent("Primary variables make sense only in point-based approaches!");
-  if (c.nstyp == 3 && c.internal == 0 && c.nprim == 0)
+  if (by_points && !primary_of_its_own && c.nprim == 0)
     inconsistent(
         "If no internal primary matrix is selected, point-based "
         "approaches require the setting of a primary variable!");
-  if (c.nstyp == 3 && c.nint_force == 2 && c.nprim == 0)
+  if (by_points && c.nint_force == point_interpolation::same && c.nprim == 0)
     fail(ierr_missing_variable, "Selected approach requires setting of primary variable!");
 }
 
@@ -78,16 +81,18 @@ couplings primary_couplings(level& lv) { return {lv.npnts, lv.ib, lv.jb, lv.b, {
 
 void check_released(const controls& c, const setup_controls& s) {
   if (s.nred >= 5) not_released("nred");
-  if (c.internal == 1) fail(ierr_missing_variable, "No coordinates available (setup_i)!");
-  if (c.internal == 2) fail(ierr_not_released, "Requested approach not yet implemented!");
-  if (c.internal >= 5) not_released("internal");
-  if (c.nint_weights == 2 || c.nint_weights == 3)
+  if (c.internal == primary_matrix::distances)
+    fail(ierr_missing_variable, "No coordinates available (setup_i)!");
+  if (c.internal == primary_matrix::positions)
+    fail(ierr_not_released, "Requested approach not yet implemented!");
+  if (c.internal >= primary_matrix::test) not_released("internal");
+  if (c.nint_weights == weight_source::distances || c.nint_weights == weight_source::positions)
     fail(ierr_missing_variable, "Coordinates are not available (pwint1_ca)");
-  if (c.nint_weights == 5)
+  if (c.nint_weights == weight_source::spectral_norm)
     fail(ierr_not_released, "Selected type of interpolation weights not yet implemented!");
-  if (c.nint_weights != 1 || c.nint_pat != 1)
+  if (c.nint_weights != weight_source::entries || c.nint_pat != weight_pattern::of_matrix)
     fail(ierr_not_released, "Requested type of interpolation not (yet) released (driver_int)");
-  if (s.itint > 0 && c.nstyp == 3 && c.nint_force == 3)
+  if (s.itint > 0 && c.nstyp == approach::by_points && c.nint_force == point_interpolation::block_wise)
     fail(ierr_not_released, "Requested Jacobi interpolation not (yet) released (driver_int)");
 }
 
@@ -107,7 +112,7 @@ coarsening find_strong_couplings(setup_state& t, int k) {
   }
   n = sort_rows(t, primary_couplings(lv), 0);
   if (test_couplings(t, lv, n) == coarsening::stops) return coarsening::stops;
-  t.split_matrix = t.c.nint_force != 3 || parm().vio_dd != 0;
+  t.split_matrix = t.c.nint_force != point_interpolation::block_wise || parm().vio_dd != 0;
   if (t.split_matrix) sort_rows(t, couplings_of(lv, true), t.effective_nprim());
   return coarsening::goes_on;
 }

@@ -10,7 +10,7 @@ namespace tier {
 
 void precondition(accelerated_run& run, view<double> v, view<double> z, std::string_view reason) {
   cycle_state& s = run.s;
-  if (s.c.igam > 4) {
+  if (is_one_level(s.c.igam)) {
     one_level_precondition(s, v, z);
     return;
   }

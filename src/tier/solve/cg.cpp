@@ -25,7 +25,7 @@ class breakdowns {
 
   /// True when `product` is positive. Else warns and counts; past maxop_restart the run fails.
   bool positive(double product, const char* name) {
-    finish_norm(product < 0.0 ? -product : product, 1, routine_);
+    finish_norm(product < 0.0 ? -product : product, norm_kind::sum, routine_);
     if (product > 0.0) return true;
     const std::string where = std::string(" on level 1 (") + routine_ + ")";
     warn(warn_cg_restart, std::string(product < 0.0 ? "Negative (" : "Zero (") + name + ")" + where + "!");

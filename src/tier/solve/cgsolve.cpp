@@ -14,20 +14,6 @@ namespace tier {
 
 namespace {
 
-enum {
-  plain_smoothing = 1,
-  ilu_cg = 2,
-  ilut_bicgstab = 3,
-  diagonal_cg = 4,
-  diagonal_bicgstab = 5,
-  full_gauss = 6,
-  sparse = 7,
-  least_squares = 8,
-  user_solver = 9,
-  lapack = 10,
-  no_solution = 99
-};
-
 bool only_up_to_constant(const controls& c, const level& l, int i) {
   return c.iscale[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)] == 1;
 }
@@ -94,9 +80,9 @@ std::unique_ptr<sparse_gauss> factorise_sparse(const level& l, const work_array<
   }
 }
 
-dense_method dense_kind(int nrc) {
-  if (nrc == least_squares) return dense_method::least_squares;
-  if (nrc == full_gauss && parm().full_pivoting) return dense_method::full_pivoting;
+dense_method dense_kind(const controls& c) {
+  if (c.nrc == coarsest_solver::least_squares) return dense_method::least_squares;
+  if (c.nrc == coarsest_solver::full_gauss && parm().full_pivoting) return dense_method::full_pivoting;
   return dense_method::partial_pivoting;
 }
 
@@ -135,8 +121,8 @@ void solve_sparse_gauss(cycle_state& s, level& l) {
 
 void solve_dense(cycle_state& s, level& l) {
   coarse_decomposition& d = coarse_factors();
-  const bool full = s.c.nrc != lapack;
-  const dense_method kind = dense_kind(s.c.nrc);
+  const bool full = s.c.nrc != coarsest_solver::lapack;
+  const dense_method kind = dense_kind(s.c);
   const bool pins = kind != dense_method::least_squares;
   if (!d.dense || d.dense->method() != kind) {
     const timed clock(phase::direct_decomposition);
@@ -152,23 +138,23 @@ void solve_dense(cycle_state& s, level& l) {
 
 void cgsolve(cycle_state& s, int k) {
   level& l = s.at(k);
-  if (s.c.nrc == no_solution || solve_trivial(s, l)) return;
+  if (s.c.nrc == coarsest_solver::none || solve_trivial(s, l)) return;
   switch (s.c.nrc) {
-    case plain_smoothing:
+    case coarsest_solver::smoothing:
       return cl_smo(s, k);
-    case ilu_cg:
-    case diagonal_cg:
+    case coarsest_solver::ilu_cg:
+    case coarsest_solver::diagonal_cg:
       return cgc0(s, k);
-    case ilut_bicgstab:
-    case diagonal_bicgstab:
+    case coarsest_solver::ilut_bicgstab:
+    case coarsest_solver::diagonal_bicgstab:
       return cgstab0(s, k);
-    case sparse:
+    case coarsest_solver::sparse_gauss:
       return solve_sparse_gauss(s, l);
-    case full_gauss:
-    case least_squares:
-    case lapack:
+    case coarsest_solver::full_gauss:
+    case coarsest_solver::least_squares:
+    case coarsest_solver::lapack:
       return solve_dense(s, l);
-    case user_solver:
+    case coarsest_solver::of_user:
       fail(ierr_internal, "No solver currently installed by USER (user_solve)!");
     default:
       fail(ierr_illegal_value, "Illegal value of parameter nrc in (cgsolve)!");

@@ -54,7 +54,7 @@ class cgstab_run {
   }
 
   double checked(double product) {
-    finish_norm(std::abs(product), 1, routine);
+    finish_norm(std::abs(product), norm_kind::sum, routine);
     return product;
   }
 

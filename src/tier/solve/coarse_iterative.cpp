@@ -18,8 +18,6 @@ namespace tier {
 
 namespace {
 
-enum { ilu_cg = 2, ilut_bicgstab = 3 };
-
 sweep_code four_full_steps() {
   sweep_code code;
   code.passes = 1;
@@ -76,7 +74,7 @@ class coarse_cg {
   }
 
  private:
-  double norm() { return vector_norm(l_.n, r_, 0, "cgc0"); }
+  double norm() { return vector_norm(l_.n, r_, norm_kind::euclidean, "cgc0"); }
 
   bool positive(double product, const char* name) {
     if (product > 0.0) return true;
@@ -127,7 +125,7 @@ class coarse_bicgstab {
   }
 
  private:
-  double norm() { return vector_norm(l_.n, r_, 0, "cgstab0"); }
+  double norm() { return vector_norm(l_.n, r_, norm_kind::euclidean, "cgstab0"); }
 
   void begin() {
     copy(l_.n, r_, rbar_);
@@ -199,7 +197,7 @@ void cl_smo(cycle_state& s, int k) {
   level& l = s.at(k);
   const bool steps = !s.pre.empty() || !s.post.empty();
   const sweep_code plain = four_full_steps();
-  const double first = resid(l, l.f, l.u, 0);
+  const double first = resid(l, l.f, l.u, norm_kind::euclidean);
   if (first == 0.0) return;
   for (int sweep = 1; sweep <= parm().itmax_conv; ++sweep) {
     if (steps) {
@@ -209,7 +207,7 @@ void cl_smo(cycle_state& s, int k) {
       smoother(s, k, plain);
     }
     if (sweep % std::max(1, parm().iter_check) != 0) continue;
-    const double now = resid(l, l.f, l.u, 0);
+    const double now = resid(l, l.f, l.u, norm_kind::euclidean);
     if (s.c.out_level > 4) trace_residual("cl_smo: ", now, sweep);
     if (now < parm().conv_stop * first) return;
   }
@@ -218,8 +216,8 @@ void cl_smo(cycle_state& s, int k) {
 void cgc0(cycle_state& s, int k) {
   level& l = s.at(k);
   coarse_preconditioner m{l};
-  if (s.c.nrc == ilu_cg) {
-    m.factors = ilu_of_level(l, k, smoother_ilu_options(1), ilu_user::coarsest_solver);
+  if (s.c.nrc == coarsest_solver::ilu_cg) {
+    m.factors = ilu_of_level(l, k, smoother_ilu_options(smoother_kind::ilu0), ilu_user::coarsest_solver);
     if (!m.factors) fail(ierr_coarsest_cg, "ILU(0) decomposition failed in (cgc0)");
   }
   const timed clock(phase::coarsest_solution);
@@ -229,7 +227,7 @@ void cgc0(cycle_state& s, int k) {
 void cgstab0(cycle_state& s, int k) {
   level& l = s.at(k);
   coarse_preconditioner m{l};
-  if (s.c.nrc == ilut_bicgstab) {
+  if (s.c.nrc == coarsest_solver::ilut_bicgstab) {
     const int lfil = coarse_fill_limit(l);
     const ilu_options options{ilu_kind::threshold, false, parm().delta_milu, lfil, parm().droptol_cl};
     m.factors = ilu_of_level(l, k, options, ilu_user::coarsest_solver);

@@ -18,7 +18,6 @@ namespace tier {
 namespace {
 
 constexpr int process_lines = 3;  // level of iout that shows the processes within a cycle
-enum { v_cycle = 1, f_cycle = 2, w_cycle = 3, vv_cycle = 4 };
 
 double level_residual(cycle_state& s, int k) {
   const level& l = s.at(k);
@@ -39,9 +38,12 @@ void warn_of_reduction(const controls& c, double ratio) {
   tell("If this happens only after several AMG iterations, most probably");
   tell("you have reached the level of dominant round-off influence");
   tell("(or the coarsest-level system is singular but incompatible).");
-  if (c.nrc == 1) tell("Otherwise, there may be convergence problems for relaxation.");
-  if (c.nrc == 2 || c.nrc == 4) tell("Otherwise, there may be convergence problems for cg.");
-  if (c.nrc == 3 || c.nrc == 5) tell("Otherwise, there may be convergence problems for BI-CGSTAB.");
+  if (c.nrc == coarsest_solver::smoothing)
+    tell("Otherwise, there may be convergence problems for relaxation.");
+  if (c.nrc == coarsest_solver::ilu_cg || c.nrc == coarsest_solver::diagonal_cg)
+    tell("Otherwise, there may be convergence problems for cg.");
+  if (c.nrc == coarsest_solver::ilut_bicgstab || c.nrc == coarsest_solver::diagonal_bicgstab)
+    tell("Otherwise, there may be convergence problems for BI-CGSTAB.");
 }
 
 void solve_coarsest(cycle_state& s) {
@@ -74,19 +76,21 @@ void one_level_cycle(cycle_state& s) {
 bool down_again(cycle_state& s, int level_start, int k) {
   int& visits = s.visits[static_cast<std::size_t>(k)];
   switch (s.c.igam) {
-    case v_cycle:
+    case cycle_kind::v:
       return false;
-    case f_cycle:
+    case cycle_kind::f:
       return visits < 2;
-    case w_cycle:
+    case cycle_kind::w:
       if (visits < 2) return true;
       visits = 0;
       return false;
-    case vv_cycle:
+    case cycle_kind::vv:
       return k == level_start + 1 && visits == 1;
-    default:
-      emergency_stop("Illegal value of parameter <igam> in (cyc)");
+    case cycle_kind::diagonal:
+    case cycle_kind::incomplete_factors:
+      break;
   }
+  emergency_stop("Illegal value of parameter <igam> in (cyc)");
 }
 
 }  // namespace
@@ -120,7 +124,7 @@ void cyc(cycle_state& s, int level_start, std::string_view reason) {
     for (; k < levels; ++k) {
       ++s.visits[static_cast<std::size_t>(k)];
       smooth(s, k, s.pre, dynamic_sweeps(s.c.ndyn_smo, level_start, k));
-      if (s.c.nstar_typ > 0) keep_before_correction(s, level_start, k);
+      if (s.c.nstar_typ != star_cycle::none) keep_before_correction(s, level_start, k);
       resc(s.at(k), s.at(k + 1), s.r);
       show_process(s, k, "resc");
     }
@@ -132,7 +136,7 @@ void cyc(cycle_state& s, int level_start, std::string_view reason) {
       smooth(s, k, s.post, dynamic_sweeps(s.c.ndyn_smo, level_start, k));
     } while (k > level_start && !down_again(s, level_start, k));
   } while (k > level_start);
-  if (s.c.nstar_typ > 0) minimize(s, level_start);
+  if (s.c.nstar_typ != star_cycle::none) minimize(s, level_start);
 }
 
 }  // namespace tier

@@ -102,8 +102,9 @@ class gmres_run {
   /// The real residual into v(1), its length into beta_; returns its norm in the norm of the run.
   double restart() {
     const double norm = real_residual(run_, v_(1));
-    const int type = run_.s.c.norm_typ;
-    beta_ = type == 1 || type == 2 ? vector_norm(n_, v_(1), 0, routine) : norm;
+    const norm_kind kind = run_.s.c.norm_typ;
+    const bool other = kind == norm_kind::sum || kind == norm_kind::largest;
+    beta_ = other ? vector_norm(n_, v_(1), norm_kind::euclidean, routine) : norm;
     return norm;
   }
 
@@ -123,7 +124,7 @@ class gmres_run {
     precondition(run_, v_(j), z_(j), "preconditioning_gmres");
     const view<double> w = v_(j + 1), h = small_.column(j);
     h[1] = multiply_and_dot(run_.fine(), z_(j), w, v_(1));
-    const double last = finish_norm(orthogonalise(n_, j, v_, h, w), 0, routine);
+    const double last = finish_norm(orthogonalise(n_, j, v_, h, w), norm_kind::euclidean, routine);
     double before = last * last;
     for (int i = 1; i <= j; ++i) before += h[i] * h[i];
     const bool dependent = !(last > std::numeric_limits<double>::epsilon() * std::sqrt(before));

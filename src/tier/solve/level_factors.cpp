@@ -78,12 +78,12 @@ block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weigh
   return f.blocks.get();
 }
 
-ilu_options smoother_ilu_options(int nxtyp) {
+ilu_options smoother_ilu_options(smoother_kind type) {
   ilu_options o;
   o.weight = parm().delta_milu;
-  o.modified = parm().milu != 0 && nxtyp != 2;
-  if (nxtyp == 1) return o;
-  o.kind = nxtyp == 2 ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
+  o.modified = parm().milu != 0 && type != smoother_kind::ilut;
+  if (type == smoother_kind::ilu0) return o;
+  o.kind = type == smoother_kind::ilut ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
   o.lfil = std::max(0, parm().lfil_smo);
   o.droptol = parm().droptol_smo;
   return o;

@@ -23,8 +23,8 @@ block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weigh
 /// Point structure of level k.
 point_blocks& points_of_level(const level& l, int k);
 
-/// Options of the smoother type nxtyp (1 to 3), by milu, delta_milu, lfil_smo and droptol_smo.
-ilu_options smoother_ilu_options(int nxtyp);
+/// Options of an ILU smoother, by milu, delta_milu, lfil_smo and droptol_smo.
+ilu_options smoother_ilu_options(smoother_kind type);
 
 void release_level_factors();
 

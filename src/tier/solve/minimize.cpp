@@ -10,14 +10,12 @@ namespace tier {
 
 namespace {
 
-constexpr int two_directions = 3;
-
 [[noreturn]] void zero_pivot() {
   fail(ierr_solution_internal, "Zero pivot in improving corrections (minimize)");
 }
 
 bool next_level_counts(const cycle_state& s, int level_start) {
-  return s.c.nstar_typ == two_directions && level_start + 1 < s.h.levels_used;
+  return s.c.nstar_typ == star_cycle::two_directions && level_start + 1 < s.h.levels_used;
 }
 
 }  // namespace

@@ -15,21 +15,21 @@ namespace tier {
 namespace {
 
 /// One term of a norm taken into the running sum or maximum; a NaN stays in either.
-inline double take(double s, double r, int norm_typ) {
-  if (norm_typ == 1) return s + std::abs(r);
-  if (norm_typ == 2) return std::abs(r) <= s ? s : (std::isnan(s) ? s : std::abs(r));
+inline double take(double s, double r, norm_kind norm) {
+  if (norm == norm_kind::sum) return s + std::abs(r);
+  if (norm == norm_kind::largest) return std::abs(r) <= s ? s : (std::isnan(s) ? s : std::abs(r));
   return s + r * r;
 }
 
 /// Norm of n numbers before finish_norm; terms(chunk, add) calls add(r) for those of a chunk.
 template <class Terms>
-double accumulate(int n, int team, int norm_typ, Terms terms) {
+double accumulate(int n, int team, norm_kind norm, Terms terms) {
   const auto part = [&](const row_chunk& c) {
     double s = 0.0;
-    terms(c, [&s, norm_typ](double r) { s = take(s, r, norm_typ); });
+    terms(c, [&s, norm](double r) { s = take(s, r, norm); });
     return s;
   };
-  if (norm_typ != 2 || team <= 1) return sum_chunks(n, team, part);
+  if (norm != norm_kind::largest || team <= 1) return sum_chunks(n, team, part);
   thread_parts parts;
   int ran = 1;
 #pragma omp parallel num_threads(team)
@@ -43,35 +43,35 @@ double accumulate(int n, int team, int norm_typ, Terms terms) {
 
 }  // namespace
 
-double finish_norm(double s, int norm_typ, const char* routine) {
+double finish_norm(double s, norm_kind norm, const char* routine) {
   if (s != s) fail(ierr_residual_nan, std::string("NaN detected in (") + routine + ")!");
   if (s > std::numeric_limits<double>::max())
     fail(ierr_residual_overflow, std::string("Residual overflow caught in (") + routine + ")!");
-  return norm_typ == 1 || norm_typ == 2 ? s : std::sqrt(s);
+  return norm == norm_kind::sum || norm == norm_kind::largest ? s : std::sqrt(s);
 }
 
-double resid(const level& l, const_vector f, const_vector u, int norm_typ) {
-  const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
+double resid(const level& l, const_vector f, const_vector u, norm_kind norm) {
+  const double s = accumulate(l.n, matrix_team(l.n), norm, [&](const row_chunk& c, auto add) {
     for_row_products(l, c, u.data(), [&](int i, double product) { add(f[i] - product); });
   });
-  return finish_norm(s, norm_typ, "resid");
+  return finish_norm(s, norm, "resid");
 }
 
-double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, int norm_typ) {
-  const double s = accumulate(l.n, matrix_team(l.n), norm_typ, [&](const row_chunk& c, auto add) {
+double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, norm_kind norm) {
+  const double s = accumulate(l.n, matrix_team(l.n), norm, [&](const row_chunk& c, auto add) {
     for_row_products(l, c, u.data(), [&](int i, double product) { add(r[i] = f[i] - product); });
   });
-  return finish_norm(s, norm_typ, "compute_residual_norm");
+  return finish_norm(s, norm, "compute_residual_norm");
 }
 
-double vector_norm(int n, const_vector r, int norm_typ, const char* routine) {
-  const double s = accumulate(n, vector_team(n), norm_typ, [r](const row_chunk& c, auto add) {
+double vector_norm(int n, const_vector r, norm_kind norm, const char* routine) {
+  const double s = accumulate(n, vector_team(n), norm, [r](const row_chunk& c, auto add) {
     for (int i = c.lo; i <= c.hi; ++i) add(r[i]);
   });
-  return finish_norm(s, norm_typ, routine);
+  return finish_norm(s, norm, routine);
 }
 
-double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys, int norm_typ,
+double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys, norm_kind norm,
                        vector by_function) {
   constexpr const char* routine = "unknowns_resids";
   for (int s = 1; s <= nsys; ++s) by_function[s] = 0.0;
@@ -79,11 +79,11 @@ double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys,
   for_row_products(l, row_chunk{1, l.n, 0, 1}, u.data(), [&](int i, double product) {
     const double r = f[i] - product;
     double& own = by_function[l.iu ? l.iu[i] : 1];
-    own = take(own, r, norm_typ);
-    whole = take(whole, r, norm_typ);
+    own = take(own, r, norm);
+    whole = take(whole, r, norm);
   });
-  for (int s = 1; s <= nsys; ++s) by_function[s] = finish_norm(by_function[s], norm_typ, routine);
-  return finish_norm(whole, norm_typ, routine);
+  for (int s = 1; s <= nsys; ++s) by_function[s] = finish_norm(by_function[s], norm, routine);
+  return finish_norm(whole, norm, routine);
 }
 
 }  // namespace tier

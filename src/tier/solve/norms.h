@@ -8,21 +8,21 @@
 
 namespace tier {
 
-/// Norm of f - A u: norm_typ 0 and 3 Euclidean, 1 sum of magnitudes, 2 largest magnitude.
-double resid(const level& l, const_vector f, const_vector u, int norm_typ);
+/// Norm of f - A u: sum or largest of the magnitudes, else Euclidean.
+double resid(const level& l, const_vector f, const_vector u, norm_kind norm);
 
 /// r <- f - A u and its norm, in one pass over the matrix.
-double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, int norm_typ);
+double compute_residual_norm(const level& l, const_vector f, const_vector u, vector r, norm_kind norm);
 
 /// Norm of a given residual vector.
-double vector_norm(int n, const_vector r, int norm_typ, const char* routine);
+double vector_norm(int n, const_vector r, norm_kind norm, const char* routine);
 
 /// Norms of the residual's parts by function: by_function [1..nsys]; returns the norm of the whole.
-double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys, int norm_typ,
+double unknowns_resids(const level& l, const_vector f, const_vector u, int nsys, norm_kind norm,
                        vector by_function);
 
 /// The sum or maximum `s` of a residual norm, tested: "Residual overflow caught in (routine)!" 210,
 /// "NaN detected in (routine)!" 211; the square root for the Euclidean norms.
-double finish_norm(double s, int norm_typ, const char* routine);
+double finish_norm(double s, norm_kind norm, const char* routine);
 
 }  // namespace tier

@@ -16,12 +16,9 @@ namespace tier {
 
 namespace {
 
-constexpr int variable_based = 1;
-enum { gauss_seidel = 0, ilu0 = 1, ilut = 2, ilutp = 3, by_blocks = 5, block_ilu0 = 6 };
-
 void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
   level& l = s.at(k);
-  const char* routine = s.c.nstyp == variable_based ? "relx_gs" : "relx_ugs";
+  const char* routine = s.c.nstyp == approach::by_variables ? "relx_gs" : "relx_ugs";
   const std::span steps(code.step.data(), static_cast<std::size_t>(code.steps));
   for (int pass = 0; pass < code.passes; ++pass)
     relx_gs(l, s.rows_of(k), l.f, l.u, steps, s.damping, s.scratch, routine);
@@ -36,9 +33,9 @@ void block_passes(cycle_state& s, int k, const sweep_code& code) {
                code.step[static_cast<std::size_t>(m)]);
 }
 
-ilu_factors& smoother_factors(cycle_state& s, int k, int type) {
+ilu_factors& smoother_factors(cycle_state& s, int k, smoother_kind type) {
   ilu_factors* factors = ilu_of_level(s.at(k), k, smoother_ilu_options(type));
-  if (!factors && type == ilu0)
+  if (!factors && type == smoother_kind::ilu0)
     fail(ierr_smoother_ilu0, "(M)ILU(0) decomposition failed: smoothing (ilux_prepare)!");
   if (!factors) fail(ierr_smoother_ilut, "ILUT decomposition failed: smoothing (ilux_prepare)!");
   return *factors;
@@ -60,7 +57,7 @@ void correction_sweeps(cycle_state& s, level& l, int sweeps, Factors& factors) {
   }
 }
 
-void relx_ilu(cycle_state& s, int k, int type, int sweeps) {
+void relx_ilu(cycle_state& s, int k, smoother_kind type, int sweeps) {
   correction_sweeps(s, s.at(k), sweeps, smoother_factors(s, k, type));
 }
 
@@ -78,7 +75,7 @@ bool asks_for_states(const sweep_code& code) {
 void sort_rows(cycle_state& s, int last) {
   if (!asks_for_states(s.pre) && !asks_for_states(s.post)) return;
   const auto sorted = [&s](int k) {
-    return smoother_type(s.c, k) == gauss_seidel && k < s.levels() && s.at(k).has_states();
+    return smoother_type(s.c, k) == smoother_kind::gauss_seidel && k < s.levels() && s.at(k).has_states();
   };
   std::int64_t most = 0;
   for (int k = 1; k <= last; ++k)
@@ -98,30 +95,33 @@ void share_rows(cycle_state& s, int k) {
 
 void prepare_smoothers(cycle_state& s) {
   if (s.levels() > 1 && smoother_type(s.c, 2) != s.c.nxtyp) {
-    if (parm().nxtyp_coarse != gauss_seidel && parm().nxtyp_coarse != by_blocks)
+    const smoother_kind coarse{parm().nxtyp_coarse};
+    if (coarse != smoother_kind::gauss_seidel && coarse != smoother_kind::block_gauss_seidel)
       fail(ierr_illegal_value, "Illegal value of parameter <nxtyp_coarse> in (smoother)");
     if (parm().print_nxtyp_coarse_msg)
       info(message_class::note, "special variant: V/U/BGS enforced on coarse levels!");
   }
-  const int last = std::max(1, s.levels() - (s.c.nrc == 1 ? 0 : 1));
+  const int last = std::max(1, s.levels() - (s.c.nrc == coarsest_solver::smoothing ? 0 : 1));
   sort_rows(s, last);
   for (int k = 1; k <= last; ++k) {
-    const int type = smoother_type(s.c, k);
-    if (type == gauss_seidel) share_rows(s, k);
-    if (type >= ilu0 && type <= ilutp) smoother_factors(s, k, type);
-    if (type == by_blocks || type == block_ilu0) {
+    const smoother_kind type = smoother_type(s.c, k);
+    if (type == smoother_kind::gauss_seidel) share_rows(s, k);
+    if (type >= smoother_kind::ilu0 && type <= smoother_kind::ilutp) smoother_factors(s, k, type);
+    if (type == smoother_kind::block_gauss_seidel || type == smoother_kind::block_ilu0) {
       if (!s.at(k).ip)
         fail(ierr_inconsistent_input, "Block smoothing needs the points of the variables: <ip> is not given");
       points_of_level(s.at(k), k);
     }
-    if (type == block_ilu0) smoother_blocks(s, k);
+    if (type == smoother_kind::block_ilu0) smoother_blocks(s, k);
   }
 }
 
-int smoother_type(const controls& c, int k) {
-  const bool replaceable = c.nxtyp == gauss_seidel || c.nxtyp == by_blocks;
+smoother_kind smoother_type(const controls& c, int k) {
+  const bool replaceable =
+      c.nxtyp == smoother_kind::gauss_seidel || c.nxtyp == smoother_kind::block_gauss_seidel;
   if (k == 1 || !replaceable || parm().nxtyp_coarse < 0) return c.nxtyp;
-  return c.nsys == 1 && parm().nxtyp_coarse == by_blocks ? gauss_seidel : parm().nxtyp_coarse;
+  const smoother_kind coarse{parm().nxtyp_coarse};
+  return c.nsys == 1 && coarse == smoother_kind::block_gauss_seidel ? smoother_kind::gauss_seidel : coarse;
 }
 
 void smoother(cycle_state& s, int k, const sweep_code& code) {
@@ -130,20 +130,20 @@ void smoother(cycle_state& s, int k, const sweep_code& code) {
     return;
   }
   const timed clock(phase::relaxation);
-  switch (const int type = smoother_type(s.c, k); type) {
-    case gauss_seidel:
+  switch (const smoother_kind type = smoother_type(s.c, k); type) {
+    case smoother_kind::gauss_seidel:
       return gauss_seidel_passes(s, k, code);
-    case ilu0:
-    case ilut:
-    case ilutp:
+    case smoother_kind::ilu0:
+    case smoother_kind::ilut:
+    case smoother_kind::ilutp:
       return relx_ilu(s, k, type, code.passes);
-    case by_blocks:
+    case smoother_kind::block_gauss_seidel:
       return block_passes(s, k, code);
-    case block_ilu0:
+    case smoother_kind::block_ilu0:
       return relx_block_ilu0(s, k, code.passes);
-    default:
-      fail(ierr_illegal_value, "Illegal value of parameter <" + std::to_string(type) + "> in (smoother)");
   }
+  const std::string number = std::to_string(code_of(smoother_type(s.c, k)));
+  fail(ierr_illegal_value, "Illegal value of parameter <" + number + "> in (smoother)");
 }
 
 }  // namespace tier

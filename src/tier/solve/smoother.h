@@ -14,6 +14,6 @@ void smoother(cycle_state& s, int k, const sweep_code& code);
 void prepare_smoothers(cycle_state& s);
 
 /// Smoother type that level k uses: nxtyp, or nxtyp_coarse in place of 0 and 5 on coarse levels.
-int smoother_type(const controls& c, int k);
+smoother_kind smoother_type(const controls& c, int k);
 
 }  // namespace tier

@@ -12,11 +12,16 @@ namespace tier {
 namespace {
 
 void check_coarsest_solver(controls& c) {
-  if (c.nrc == 11) fail(ierr_illegal_value, "invalid value for the coarsest grid solver (solve-data)!");
-  if (c.nrc < 1 || (c.nrc > 11 && c.nrc != 99))
+  if (c.nrc == coarsest_solver::not_served)
+    fail(ierr_illegal_value, "invalid value for the coarsest grid solver (solve-data)!");
+  if (c.nrc < coarsest_solver::smoothing ||
+      (c.nrc > coarsest_solver::not_served && c.nrc != coarsest_solver::none))
     fail(ierr_illegal_value, "invalid value for nrc (solve-data)!");
-  if (!symmetric_as_solved(c) && (c.nrc == 2 || c.nrc == 4)) ++c.nrc;  // CG needs symmetry
-  if (c.nrc == 10 && (parm().cldense_ctrl < 0 || parm().cldense_ctrl > 1))
+  if (!symmetric_as_solved(c)) {  // CG needs symmetry
+    if (c.nrc == coarsest_solver::ilu_cg) c.nrc = coarsest_solver::ilut_bicgstab;
+    if (c.nrc == coarsest_solver::diagonal_cg) c.nrc = coarsest_solver::diagonal_bicgstab;
+  }
+  if (c.nrc == coarsest_solver::lapack && (parm().cldense_ctrl < 0 || parm().cldense_ctrl > 1))
     fail(ierr_illegal_value, "invalid value for cldense_ctrl (solve-data)!");
 }
 

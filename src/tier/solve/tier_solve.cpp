@@ -23,7 +23,6 @@ namespace {
 
 constexpr double smallest_normal = 2.2250738585072014e-308;
 constexpr double least_eps_abs = 1e-20;
-enum { no_accelerator = 0, conjugate_gradient = 1, bicgstab = 2, flexible_gmres = 3, flexible_cg = 4 };
 
 std::string figure(double x) { return formatted("%.15e", x); }
 
@@ -81,7 +80,7 @@ class solution {
 
  private:
   void prepare_cycles() {
-    if (c_.igam > 4)
+    if (is_one_level(c_.igam))
       prepare_one_level(s_);
     else
       prepare_smoothers(s_);
@@ -118,11 +117,11 @@ class solution {
 
   /// The cycles before the accelerator, or all of them without one. True: the run has ended.
   bool stand_alone_cycles(double target) {
-    const int count = c_.ncgrad == no_accelerator ? c_.ncycle : std::min(c_.iter_pre, c_.ncycle);
+    const int count = c_.ncgrad == accelerator::none ? c_.ncycle : std::min(c_.iter_pre, c_.ncycle);
     if (count > 0) trace_sweeps(count);
     double previous = results_.res_in;
     for (int cycle = 1; cycle <= count; ++cycle) {
-      if (c_.igam > 4) {
+      if (is_one_level(c_.igam)) {
         one_level_sweeps(s_, count);
         results_.ncyc_done += count;
       } else {
@@ -134,10 +133,10 @@ class solution {
       current_residual(results_.ncyc_done, res);
       if (results_.ncyc_done == parm().ncyc_start) results_.res0 = res;
       if (results_.ncyc_done >= parm().ncyc_min && res <= target) return true;
-      if (c_.igam > 4) break;
+      if (is_one_level(c_.igam)) break;
       previous = res;
     }
-    if (c_.ncgrad != no_accelerator) return false;
+    if (c_.ncgrad != accelerator::none) return false;
     if (count > 0 && results_.res_out > target)
       warn(warn_cycles_not_converged, "Cycling stop: not converged (tier_solve)!");
     return true;
@@ -159,7 +158,8 @@ class solution {
 
   void accelerate(double target) {
     if (!own_)
-      trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(c_.ncgrad), parm().itrace_sol);
+      trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(code_of(c_.ncgrad)),
+            parm().itrace_sol);
     stopping_rules rules(c_, fine().n, target);
     accelerated_run run{s_, results_, rules, by_function_};
     if (own_) return own_(run);
@@ -172,19 +172,19 @@ class solution {
       }
     };
     switch (c_.ncgrad) {
-      case conjugate_gradient:
-        if (c_.ntyp_cg == 1) return traced(old_cgc, "old_cgc");
-        if (c_.ntyp_cg == 2) return traced(new_cgc, "new_cgc");
-        fail(ierr_internal, "Illegal value of parameter <ntyp_cg> in (solve)");
-      case bicgstab:
+      case accelerator::cg:
+        if (c_.ntyp_cg == cg_ratio::fletcher_reeves) return traced(old_cgc, "old_cgc");
+        return traced(new_cgc, "new_cgc");
+      case accelerator::bicgstab:
         return traced(cgstab, "cgstab");
-      case flexible_gmres:
+      case accelerator::gmres:
         return traced(gmres, "gmres");
-      case flexible_cg:
+      case accelerator::flexible_cg:
         return traced(flexcg_skcycle, "flexcg_skcycle");
-      default:
-        emergency_stop("Illegal value of parameter <ncgrad> in (solve)");
+      case accelerator::none:
+        break;
     }
+    emergency_stop("Illegal value of parameter <ncgrad> in (solve)");
   }
 
   cycle_state s_;
@@ -207,7 +207,7 @@ cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
   damping.all = parm().omega_jacobi;
   if (omega_jacobi_vec().size() == 1) damping.all = omega_jacobi_vec()[0];
   if (omega_jacobi_vec().size() > 1) damping.by_function = const_vector(omega_jacobi_vec().data());
-  if (c.nstar_typ == 0 || h.levels_used < 2) return;
+  if (c.nstar_typ == star_cycle::none || h.levels_used < 2) return;
   for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
 }
 

@@ -28,15 +28,14 @@ void idec(int value, int nnum, int& ndigit, int* digits) {
 }
 
 int modification(const controls& c) {
-  constexpr int rows = 2, columns = 3, force_rows = 6, force_columns = 7;
-  if (c.iforce0 == force_rows) return rows;
-  if (c.iforce0 == force_columns) return columns;
+  constexpr int rows = 2, columns = 3;
+  if (c.iforce0 == transformation::scale_rows) return rows;
+  if (c.iforce0 == transformation::scale_columns) return columns;
   return parm().modify_mat;
 }
 
 bool symmetric_as_solved(const controls& c) {
-  constexpr int symmetric = 1;
-  if (c.isym != symmetric) return false;
+  if (c.isym != symmetry::symmetric) return false;
   for (int digits = std::abs(modification(c)); digits > 0; digits /= 10)
     if (digits % 10 > 1) return false;
   return true;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "tier/store/choices.h"
 #include "tier/store/work_arrays.h"
 
 namespace tier {
@@ -14,26 +15,30 @@ struct controls {
   int nnu = 0, nna = 0, nsys = 1;
   int npnts = 0;  // largest entry of ip, 0 without ip
   bool has_ip = false;
-  int isym = 2;  // 1 symmetric, 2 not; half storage has been expanded into a copy
+  symmetry isym = symmetry::general;
   int irow0 = 2;
   bool half_stored = false;  // the caller stores one triangle of a symmetric matrix
-  int iforce0 = 0;
+  transformation iforce0 = transformation::none;
   std::array<int, 1000> iscale{};  // [1..nsys] 1: function fixed only up to a constant
 
   // approach (nsolve)
-  int nstyp = 1;       // 1 variable-based, 2 unknown-based, 3 point-based
-  int nint_force = 0;  // point-based: 1 separate, 2 same for all unknowns, 3 block-wise
-  int nxtyp = 0;       // smoother type
-  int internal = 0, nprim = 0;
+  approach nstyp = approach::by_variables;
+  point_interpolation nint_force = point_interpolation::none;
+  smoother_kind nxtyp = smoother_kind::gauss_seidel;
+  primary_matrix internal = primary_matrix::of_primary_unknown;
+  int nprim = 0;  // the primary unknown, 0: none
   bool dummy_primary = false;
-  int nint_weights = 1, nint_pat = 1;
+  weight_source nint_weights = weight_source::entries;
+  weight_pattern nint_pat = weight_pattern::of_matrix;
 
   // run (iswtch)
-  int iswit = 5, iextent = 1, n_default = 40, norm_typ = 0, scratch_unit = 31;
+  run_kind iswit = run_kind::set_up_once;
+  int iextent = 1, n_default = 40, scratch_unit = 31;
+  norm_kind norm_typ = norm_kind::euclidean;
 
   // cycling (ncyc)
-  int igam = 1;    // 1 V, 2 F, 3 W, 4 VV, 5 and 6 one-level
-  int ncgrad = 1;  // 0 none, 1 CG, 2 BiCGstab, 3 GMRES, 4 flexible CG
+  cycle_kind igam = cycle_kind::v;
+  accelerator ncgrad = accelerator::cg;
   int nkdim = 30, ncycle = 0;
   bool negative_ncyc = false;  // the K-cycle was asked for
   double eps = 0.0;
@@ -42,7 +47,8 @@ struct controls {
   // strategy, user values over the table of n_default
   int levelx = 25, nptmn = 100;
   bool coarse_trace = false;  // levelx was negative
-  int nrd = 131, nru = 131, nrc = 7;
+  int nrd = 131, nru = 131;
+  coarsest_solver nrc = coarsest_solver::sparse_gauss;
   int ncg = 5, nwt = 2, ntr = 1, np_opt = 0;
   double ecg = 21.25, ewt = 0.2, etr = 12.2;
   double a_cmplx = 2.5, g_cmplx = 1.8, p_cmplx = 1.8, w_avrge = 2.5, b_cmplx = 2.0, ib_cmplx = 2.0;
@@ -51,11 +57,13 @@ struct controls {
   int ntyp_galerkin = 0;      // 1..6 after resolution
 
   // accelerators and stopping
-  int ntyp_cg = 1, inner_accel = 1, iter_pre = 0;
-  int nstar_typ = 0, ndyn_smo = 0;  // nstar_typ 0: no V*-cycle
-  std::array<int, 5> icrits{};      // [1..4] digits
+  cg_ratio ntyp_cg = cg_ratio::fletcher_reeves;
+  int inner_accel = 1, iter_pre = 0;
+  star_cycle nstar_typ = star_cycle::none;
+  int ndyn_smo = 0;
+  std::array<int, 5> icrits{};  // [1..4] digits
   int iauto_stop_level = 0, num_old_res = 0, num_old_apps = 0;
-  bool one_level = false;  // igam above 4, levelx 1, or nnu at most nptmn
+  bool one_level = false;  // a one-level method, levelx 1, or nnu at most nptmn
 
   // printing
   int dump_level = 0;  // level of idump, -1: off
@@ -75,7 +83,9 @@ struct run_results {
 void idec(int value, int nnum, int& ndigit, int* digits);
 
 /// The primary matrix is to be made from norms of the blocks of points.
-inline bool norm_based(const controls& c) { return c.internal == 3 || c.internal == 4; }
+inline bool norm_based(const controls& c) {
+  return c.internal == primary_matrix::norms_and_sum || c.internal == primary_matrix::norms;
+}
 
 /// Digits of the modification of the matrix in force: modify_mat, or what iforce0 6 and 7 stand for; 0 for
 /// none.

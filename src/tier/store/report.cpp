@@ -1,8 +1,6 @@
 // Lines of the residual tables.
 #include "tier/store/report.h"
 
-#include <algorithm>
-
 #include "tier/api/tier.h"
 #include "tier/store/print_line.h"
 
@@ -17,9 +15,9 @@ constexpr int level_of_cycles = 2, level_of_processes = 3;
 
 }  // namespace
 
-std::string_view norm_tag(int norm_typ) {
+std::string_view norm_tag(norm_kind norm) {
   constexpr std::string_view tags = "L2L1MXL2";
-  return tags.substr(2 * static_cast<std::size_t>(std::clamp(norm_typ, 0, 3)), 2);
+  return tags.substr(2 * static_cast<std::size_t>(norm), 2);
 }
 
 void print_residual_head(const controls& c) {

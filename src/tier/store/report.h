@@ -10,7 +10,7 @@
 namespace tier {
 
 /// "L2", "L1" or "MX".
-std::string_view norm_tag(int norm_typ);
+std::string_view norm_tag(norm_kind norm);
 
 /// Head of the residual table; this and the lines below print at an iout level of 2 or more.
 void print_residual_head(const controls& c);

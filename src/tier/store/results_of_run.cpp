@@ -17,11 +17,10 @@ constexpr double megabytes_per_integer = 3.814697265625e-06, megabytes_per_real 
 double ratio(double part, double whole) { return whole > 0.0 ? part / whole : 0.0; }
 
 /// Visits of level k in one cycle: V 1, F k, W 2^(k-1), VV two on coarse levels.
-double visits(int igam, int k) {
-  constexpr int f_cycle = 2, w_cycle = 3, double_v_cycle = 4;
-  if (igam == f_cycle) return k;
-  if (igam == w_cycle) return static_cast<double>(1 << std::min(k - 1, 30));
-  if (igam == double_v_cycle) return k == 1 ? 1.0 : 2.0;
+double visits(cycle_kind igam, int k) {
+  if (igam == cycle_kind::f) return k;
+  if (igam == cycle_kind::w) return static_cast<double>(1 << std::min(k - 1, 30));
+  if (igam == cycle_kind::vv) return k == 1 ? 1.0 : 2.0;
   return 1.0;
 }
 

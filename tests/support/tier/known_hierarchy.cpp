@@ -78,10 +78,10 @@ test_run::test_run(sparse_system fine_system) : system(std::move(fine_system)) {
   set_first_level(h, system);
   h.levels_created = h.levels_used = 1;
   c.nsys = system.nsys;
-  c.nstyp = system.nsys > 1 ? 2 : 1;
+  c.nstyp = system.nsys > 1 ? tier::approach::by_unknowns : tier::approach::by_variables;
   c.nnu = system.n;
   c.nna = static_cast<int>(system.ja.size());
-  c.ncgrad = 3;
+  c.ncgrad = tier::accelerator::gmres;
   c.ncycle = 1000;
   c.eps = 1e-8;
   c.icrits = {0, 1, 1, 0, 0};

@@ -61,7 +61,7 @@ struct made {
     c.nnu = s.n;
     c.nna = static_cast<int>(s.ja.size());
     c.nsys = s.nsys;
-    c.isym = 1;
+    c.isym = tier::symmetry::symmetric;
     c.has_ip = !s.ip.empty();
     tier::parm().nagg_points = 4;
     tier::parm().nagg_cycle = cycle;

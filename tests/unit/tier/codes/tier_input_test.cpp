@@ -283,18 +283,23 @@ TEST(TierInput, DecodesTheCodesOfTheAnalysis) {
 
   const tier::controls c = tier::tier_input(call);
 
+  using namespace tier;
   EXPECT_EQ(std::tuple(c.isym, c.irow0, c.nstyp, c.nxtyp, c.nint_weights, c.nint_pat),
-            std::tuple(2, 1, 2, 0, 1, 1));
-  EXPECT_EQ(std::tuple(c.igam, c.ncgrad, c.nkdim, c.ncycle), std::tuple(1, 3, 30, 250));
+            std::tuple(symmetry::general, 1, approach::by_unknowns, smoother_kind::gauss_seidel,
+                       weight_source::entries, weight_pattern::of_matrix));
+  EXPECT_EQ(std::tuple(c.igam, c.ncgrad, c.nkdim, c.ncycle),
+            std::tuple(cycle_kind::v, accelerator::gmres, 30, 250));
   EXPECT_EQ(std::tuple(c.iswit, c.iextent, c.n_default, c.norm_typ, c.ncg, c.nwt),
-            std::tuple(5, 1, 20, 0, 4, 2));
-  EXPECT_EQ(std::tuple(c.levelx, c.nptmn, c.nrc, c.nrd, c.nru), std::tuple(25, 100, 7, 131, 131));
+            std::tuple(run_kind::set_up_once, 1, 20, norm_kind::euclidean, 4, 2));
+  EXPECT_EQ(std::tuple(c.levelx, c.nptmn, c.nrc, c.nrd, c.nru),
+            std::tuple(25, 100, coarsest_solver::sparse_gauss, 131, 131));
   EXPECT_EQ(std::tuple(c.ecg, c.ewt, c.etr, c.a_cmplx, c.one_level),
             std::tuple(21.25, 0.2, 12.2, 2.5, false));
 
   parm().levelx = 1;  // plain sweeps
-  for (const auto& [force, ncyc, ncgrad, nrd] :
-       {std::tuple{false, 1100250, 2, 12}, {false, 1400250, 3, 12}, {true, 1100250, 1, 131}}) {
+  for (const auto& [force, ncyc, ncgrad, nrd] : {std::tuple{false, 1100250, accelerator::bicgstab, 12},
+                                                 {false, 1400250, accelerator::gmres, 12},
+                                                 {true, 1100250, accelerator::cg, 131}}) {
     parm().force_accel = force;
     call.ncyc = ncyc;
     const tier::controls other = tier::tier_input(call);
@@ -320,10 +325,12 @@ TEST(TierInput, ResolvesUserValues) {
 
   const tier::controls c = tier::tier_input(call);
 
-  EXPECT_EQ(std::tuple(c.nrd, c.nru, c.nrc),
-            std::tuple(431, -431, 7));  // conjugate gradients: symmetric sweeps
+  EXPECT_EQ(
+      std::tuple(c.nrd, c.nru, c.nrc),
+      std::tuple(431, -431, tier::coarsest_solver::sparse_gauss));  // conjugate gradients: symmetric sweeps
   EXPECT_EQ(std::tuple(c.nkdim, c.ncycle, c.n_default), std::tuple(20, 3, 20));
-  EXPECT_EQ(std::tuple(c.levelx, c.coarse_trace, c.ecg, c.norm_typ), std::tuple(6, true, 20.5, 3));
+  EXPECT_EQ(std::tuple(c.levelx, c.coarse_trace, c.ecg, c.norm_typ),
+            std::tuple(6, true, 20.5, tier::norm_kind::energy));
   EXPECT_EQ(c.ewt, 0.2);  // unset, so that ewt_default doesn't count
   EXPECT_DOUBLE_EQ(c.galerkin_eps, 1e-4);
   EXPECT_EQ(std::tuple(c.num_old_res, c.num_old_apps), std::tuple(5, 0));

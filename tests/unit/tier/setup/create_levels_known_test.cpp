@@ -125,7 +125,7 @@ TEST_P(KnownHierarchies, SameStatesPatternsWeightsAndOperators) {
   sparse_system s = read_system(folder + "system.txt");
   expectation e = read_expected(folder + "expected.txt");
   e.settings.nsys = s.nsys;
-  e.settings.nstyp = s.nsys > 1 ? 2 : 1;
+  e.settings.nstyp = s.nsys > 1 ? tier::approach::by_unknowns : tier::approach::by_variables;
   tier::set_max_threads(1024);
   tier::hierarchy h;
   set_first_level(h, s);

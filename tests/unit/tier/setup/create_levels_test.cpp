@@ -78,7 +78,7 @@ TEST_P(Stopping, EndsByTheRule) {
   EXPECT_EQ(h.levels_created, p.levels);
   EXPECT_EQ(h.levels_used, p.levels);
   EXPECT_EQ(tier::last_warning(), p.warning);
-  EXPECT_EQ(c.nrc, p.nrc);
+  EXPECT_EQ(tier::code_of(c.nrc), p.nrc);
   for (int i = 1; i <= s.n; ++i) ASSERT_EQ(h(1).ja[h(1).ia[i]], i);
 }
 
@@ -118,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
         stop_case{"NoEmergencyForAnIterativeSolver", [] { return line(500); },
                   [](auto& c) {
                     c.levelx = 2;
-                    c.nrc = 1;
+                    c.nrc = tier::coarsest_solver::smoothing;
                     tier::parm().nptmax = 100;
                   },
                   "", 2, 0, 1}),
@@ -135,8 +135,8 @@ TEST_P(Refused, LeavesTheMatrixAndNoHierarchy) {
   sparse_system s = coupled(five_point(12), 2, 0.1);
   tier::controls c = quiet_controls();
   c.nsys = 2;
-  c.nstyp = 3;
-  c.nint_force = 1;
+  c.nstyp = tier::approach::by_points;
+  c.nint_force = tier::point_interpolation::separate;
   c.nprim = 1;
   GetParam().set(c);
   tier::hierarchy h;
@@ -153,37 +153,39 @@ TEST_P(Refused, LeavesTheMatrixAndNoHierarchy) {
     EXPECT_EQ(s.ja[static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i) - 1]) - 1], i);
 }
 
-INSTANTIATE_TEST_SUITE_P(Digits, Refused,
-                         testing::Values(refusal{"Cluster", [](auto& c) { c.ncg = 45; }, 80},
-                                         refusal{"Distances", [](auto& c) { c.nint_weights = 2; }, 30},
-                                         refusal{"SpectralNorm", [](auto& c) { c.nint_weights = 5; }, 80},
-                                         refusal{"PatternOfP", [](auto& c) { c.nint_pat = 2; }, 80},
-                                         refusal{"CoordinatesOfPoints", [](auto& c) { c.internal = 1; }, 30},
-                                         refusal{"Positions", [](auto& c) { c.internal = 2; }, 80},
-                                         refusal{"TestApproach", [](auto& c) { c.internal = 6; }, 80},
-                                         refusal{"NormsVariableBased",
-                                                 [](auto& c) {
-                                                   c.nstyp = 1;
-                                                   c.nprim = 0;
-                                                   c.internal = 3;
-                                                 },
-                                                 50},
-                                         refusal{"NoPrimary", [](auto& c) { c.nprim = 0; }, 50},
-                                         refusal{"PrimaryInUnknownBased", [](auto& c) { c.nstyp = 2; }, 50},
-                                         refusal{"SameForAllWithoutPrimary",
-                                                 [](auto& c) {
-                                                   c.internal = 3;
-                                                   c.nint_force = 2;
-                                                   c.nprim = 0;
-                                                 },
-                                                 30},
-                                         refusal{"JacobiOfBlocks",
-                                                 [](auto& c) {
-                                                   c.nint_force = 3;
-                                                   c.nwt = 11;
-                                                 },
-                                                 80}),
-                         [](const auto& c) { return std::string(c.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Digits, Refused,
+    testing::Values(
+        refusal{"Cluster", [](auto& c) { c.ncg = 45; }, 80},
+        refusal{"Distances", [](auto& c) { c.nint_weights = tier::weight_source{2}; }, 30},
+        refusal{"SpectralNorm", [](auto& c) { c.nint_weights = tier::weight_source{5}; }, 80},
+        refusal{"PatternOfP", [](auto& c) { c.nint_pat = tier::weight_pattern{2}; }, 80},
+        refusal{"CoordinatesOfPoints", [](auto& c) { c.internal = tier::primary_matrix::distances; }, 30},
+        refusal{"Positions", [](auto& c) { c.internal = tier::primary_matrix::positions; }, 80},
+        refusal{"TestApproach", [](auto& c) { c.internal = tier::primary_matrix::second_test; }, 80},
+        refusal{"NormsVariableBased",
+                [](auto& c) {
+                  c.nstyp = tier::approach::by_variables;
+                  c.nprim = 0;
+                  c.internal = tier::primary_matrix::norms_and_sum;
+                },
+                50},
+        refusal{"NoPrimary", [](auto& c) { c.nprim = 0; }, 50},
+        refusal{"PrimaryInUnknownBased", [](auto& c) { c.nstyp = tier::approach::by_unknowns; }, 50},
+        refusal{"SameForAllWithoutPrimary",
+                [](auto& c) {
+                  c.internal = tier::primary_matrix::norms_and_sum;
+                  c.nint_force = tier::point_interpolation::same;
+                  c.nprim = 0;
+                },
+                30},
+        refusal{"JacobiOfBlocks",
+                [](auto& c) {
+                  c.nint_force = tier::point_interpolation::block_wise;
+                  c.nwt = 11;
+                },
+                80}),
+    [](const auto& c) { return std::string(c.param.name); });
 
 // Each allocation fails in turn: an error in the words of the routine,
 // the rows as they were, all memory back.
@@ -197,7 +199,7 @@ TEST(CreateLevels, SurvivesEveryFailedAllocation) {
     tier::controls c = quiet_controls();
     tier::parm().mode_mess = -2;  // errors alone
     c.nsys = 2;
-    c.nstyp = 2;
+    c.nstyp = tier::approach::by_unknowns;
     c.ncg = 4;
     {
       tier::hierarchy h;
@@ -251,9 +253,9 @@ TEST_P(PointBased, PointsStayTogether) {
   sparse_system s = coupled(five_point_neumann(24), 3, 0.0);
   tier::controls c = quiet_controls();
   c.nsys = 3;
-  c.nstyp = 3;
-  c.nint_force = nint_force;
-  c.internal = internal;
+  c.nstyp = tier::approach::by_points;
+  c.nint_force = tier::point_interpolation{nint_force};
+  c.internal = tier::primary_matrix{internal};
   c.nprim = 2;
   c.nwt = nwt;
   c.ncg = ncg;
@@ -358,9 +360,9 @@ TEST_P(Convergence, WithinSteps) {
   const convergence_case& p = GetParam();
   const int steps =
       steps_of(p.nstyp == 1 ? five_point(60) : coupled(five_point(40), 2, 0.05), 1, [&](auto& c) {
-        c.nstyp = p.nstyp;
-        c.nint_force = p.nint_force;
-        c.internal = p.internal;
+        c.nstyp = tier::approach{p.nstyp};
+        c.nint_force = tier::point_interpolation{p.nint_force};
+        c.internal = tier::primary_matrix{p.internal};
         c.nprim = p.nstyp == 3 ? 1 : 0;
         c.ncg = p.ncg;
         c.nwt = p.nwt;

@@ -16,12 +16,13 @@ namespace {
 using namespace testing_support;
 using testing::HasSubstr;
 
-enum method { cg = 1, bicgstab = 2, gmres = 3, flexible_cg = 4 };
+using enum tier::accelerator;
 
 struct accelerated {
   const char* name;
   sparse_system (*make)();
-  int ncgrad, ntyp_cg, igam, nxtyp, most_steps;
+  tier::accelerator ncgrad;
+  int ntyp_cg, igam, nxtyp, most_steps;
 };
 
 sparse_system poisson() { return five_point(30); }
@@ -40,12 +41,12 @@ TEST_P(Accelerators, ReachTheTargetInTheTrueResidual) {
     use_threads(threads);
     set_known_solution(run.system);
     run.c.ncgrad = p.ncgrad;
-    run.c.ntyp_cg = p.ntyp_cg;
-    run.c.igam = p.igam;
-    run.c.nxtyp = p.nxtyp;
-    run.c.nrc = 99;  // smoothing alone
+    run.c.ntyp_cg = tier::cg_ratio{p.ntyp_cg};
+    run.c.igam = tier::cycle_kind{p.igam};
+    run.c.nxtyp = tier::smoother_kind{p.nxtyp};
+    run.c.nrc = tier::coarsest_solver::none;  // smoothing alone
     run.c.nrd = 2 * 10 + 2;
-    run.c.nru = p.ncgrad == cg || p.ncgrad == flexible_cg ? -run.c.nrd : run.c.nrd;
+    run.c.nru = tier::needs_symmetry(p.ncgrad) ? -run.c.nrd : run.c.nrd;
     run.c.has_ip = run.system.nsys > 1;
 
     EXPECT_EQ(run.solve(), 0);
@@ -82,7 +83,8 @@ INSTANTIATE_TEST_SUITE_P(Systems, Accelerators,
 
 struct ending {
   const char* name;
-  int ncgrad, ntyp_cg, ierr;
+  tier::accelerator ncgrad;
+  int ntyp_cg, ierr;
   const char* words;
 };
 
@@ -92,8 +94,8 @@ TEST_P(Limits, WarnAndLeaveTheBestApproximation) {
   for (const int iter_pre : {0, 7}) {
     test_run run(five_point(20));
     run.c.ncgrad = GetParam().ncgrad;
-    run.c.ntyp_cg = GetParam().ntyp_cg;
-    run.c.igam = 5;
+    run.c.ntyp_cg = tier::cg_ratio{GetParam().ntyp_cg};
+    run.c.igam = tier::cycle_kind::diagonal;
     run.c.iter_pre = iter_pre;
     run.c.ncycle = 7;
 
@@ -140,7 +142,8 @@ sparse_system indefinite() {
 struct breakdown {
   const char* name;
   sparse_system (*make)();
-  int ncgrad, ntyp_cg, ierr;
+  tier::accelerator ncgrad;
+  int ntyp_cg, ierr;
   std::vector<const char*> words;
 };
 
@@ -149,8 +152,8 @@ class Breakdowns : public testing::TestWithParam<breakdown> {};
 TEST_P(Breakdowns, EndWithTheirError) {
   test_run run(GetParam().make());
   run.c.ncgrad = GetParam().ncgrad;
-  run.c.ntyp_cg = GetParam().ntyp_cg;
-  run.c.igam = 5;
+  run.c.ntyp_cg = tier::cg_ratio{GetParam().ntyp_cg};
+  run.c.igam = tier::cycle_kind::diagonal;
 
   testing::internal::CaptureStdout();
   const int ierr = run.solve();
@@ -208,7 +211,7 @@ sparse_system cyclic_shift(int n) {
 TEST(Stagnation, EndsTheRunWhenAsked) {
   for (const int num_old_res : {0, 3}) {
     test_run run(cyclic_shift(30));
-    run.c.igam = 5;
+    run.c.igam = tier::cycle_kind::diagonal;
     run.c.num_old_res = num_old_res;
     EXPECT_EQ(run.solve(), num_old_res == 0 ? 0 : -852);
     EXPECT_EQ(run.results.ncyc_done, num_old_res == 0 ? 30 : 4);
@@ -221,7 +224,7 @@ TEST(Stopping, RoundingIsNoBreakdown) {
   for (int i = 1; i <= 300; ++i) diagonal.add_row(1.0 + std::sin(i) / 3.0, {});
   test_run run(diagonal);
   set_known_solution(run.system);
-  run.c.igam = 5;
+  run.c.igam = tier::cycle_kind::diagonal;
   run.c.eps = 1e-17;
   EXPECT_EQ(run.solve(), tier::warn_gmres_quasi_residual);
   EXPECT_LE(run.relative_residual(), 1e-15);
@@ -233,7 +236,7 @@ TEST(Stopping, HalfAStepOfBicgstabCounts) {
   sparse_system diagonal;
   for (int i = 1; i <= 10; ++i) diagonal.add_row(i, {});
   test_run run(diagonal);
-  run.c.igam = 5;
+  run.c.igam = tier::cycle_kind::diagonal;
   run.c.ncgrad = bicgstab;
   EXPECT_EQ(run.solve(), 0);
   EXPECT_EQ(run.results.ncyc_done, 1);
@@ -243,22 +246,22 @@ TEST(Stopping, HalfAStepOfBicgstabCounts) {
 
 TEST(Stopping, LeastCyclesAndLimits) {
   tier::parm().ncyc_min = 40;  // long after the target, and over a restart
-  for (const int ncgrad : {cg, bicgstab, gmres, flexible_cg}) {
+  for (const tier::accelerator ncgrad : {cg, bicgstab, gmres, flexible_cg}) {
     test_run run(five_point(10));
-    run.c.igam = 6;
+    run.c.igam = tier::cycle_kind::incomplete_factors;
     run.c.ncgrad = ncgrad;
-    EXPECT_EQ(run.solve(), 0) << ncgrad;
-    EXPECT_EQ(run.results.ncyc_done, 40) << ncgrad;
+    EXPECT_EQ(run.solve(), 0) << tier::code_of(ncgrad);
+    EXPECT_EQ(run.results.ncyc_done, 40) << tier::code_of(ncgrad);
   }
 }
 
 TEST(Stopping, NormsOfAllTypesDecide) {
   for (const int norm_typ : {0, 1, 2, 3})
-    for (const int ncgrad : {bicgstab, gmres}) {
+    for (const tier::accelerator ncgrad : {bicgstab, gmres}) {
       test_run run(convection_diffusion(15, 10.0));
-      run.c.norm_typ = norm_typ;
+      run.c.norm_typ = tier::norm_kind{norm_typ};
       run.c.ncgrad = ncgrad;
-      run.c.igam = 6;
+      run.c.igam = tier::cycle_kind::incomplete_factors;
       ASSERT_EQ(run.solve(), 0);
       const std::vector<double> r = residual_of(run.system, run.system.u);
       double expected = 0.0;

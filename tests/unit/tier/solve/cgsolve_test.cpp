@@ -18,9 +18,9 @@ using testing::HasSubstr;
 
 /// One application of the coarsest-level solver alone, which needn't reach the target of the cycles.
 int solve_once(test_run& run) {
-  run.c.ncgrad = 0;
+  run.c.ncgrad = tier::accelerator::none;
   run.c.ncycle = 1;
-  run.c.nrd = run.c.nru = run.c.nrc == 1 ? 12 : 0;
+  run.c.nrd = run.c.nru = run.c.nrc == tier::coarsest_solver::smoothing ? 12 : 0;
   const int ierr = run.solve();
   return ierr == tier::warn_cycles_not_converged ? 0 : ierr;
 }
@@ -39,8 +39,8 @@ TEST_P(CoarsestSolvers, SolveToTheirAccuracy) {
        {+[] { return five_point(10); }, +[] { return plane_stress(5, 3); }, +[] { return seven_point(5); }}) {
     test_run run(make());
     set_known_solution(run.system);
-    run.c.nrc = GetParam().nrc;
-    run.c.isym = 1;
+    run.c.nrc = tier::coarsest_solver{GetParam().nrc};
+    run.c.isym = tier::symmetry::symmetric;
 
     EXPECT_EQ(solve_once(run), 0);
     EXPECT_LE(run.relative_residual(), GetParam().largest_residual);
@@ -62,7 +62,7 @@ TEST(SingularSystems, ArePinnedWhereIscaleSaysSo) {
   run.c.iscale[1] = run.c.iscale[2] = 1;
   for (const int nrc : {7, 8, 6, 8, 10}) {
     std::fill(run.system.u.begin(), run.system.u.end(), 0.0);
-    run.c.nrc = nrc;
+    run.c.nrc = tier::coarsest_solver{nrc};
 
     EXPECT_EQ(solve_once(run), 0) << nrc;
     EXPECT_LE(run.relative_residual(), 1e-11) << nrc;
@@ -81,7 +81,7 @@ TEST(TrivialSystems, OneAndTwoUnknowns) {
     return s;
   };
   test_run regular(one()), singular(one());
-  regular.c.nrc = singular.c.nrc = 9;  // not reached
+  regular.c.nrc = singular.c.nrc = tier::coarsest_solver::of_user;  // not reached
   singular.c.iscale[1] = 1;
   EXPECT_EQ(solve_once(regular), 0);
   EXPECT_EQ(regular.system.u[0], 0.5);
@@ -116,8 +116,8 @@ sparse_system zero_pivots() {
 TEST_P(CoarsestFailures, NameTheMethod) {
   tier::parm().full_pivoting = GetParam().full_pivoting;
   test_run run(zero_pivots());
-  run.c.nrc = GetParam().nrc;
-  run.c.isym = 1;
+  run.c.nrc = tier::coarsest_solver{GetParam().nrc};
+  run.c.isym = tier::symmetry::symmetric;
 
   testing::internal::CaptureStdout();
   EXPECT_EQ(solve_once(run), GetParam().ierr);
@@ -143,8 +143,8 @@ TEST(CoarsestCg, WarnsRestartsAndFailsOnIndefiniteMatrices) {
   s.add_row(1.0, {});
   s.f = {1.0, -1.0, 0.0};
   test_run run(s);
-  run.c.nrc = 4;
-  run.c.isym = 1;
+  run.c.nrc = tier::coarsest_solver::diagonal_cg;
+  run.c.isym = tier::symmetry::symmetric;
 
   testing::internal::CaptureStdout();
   EXPECT_EQ(solve_once(run), 920);
@@ -158,13 +158,13 @@ TEST(CoarsestCg, WarnsRestartsAndFailsOnIndefiniteMatrices) {
 
 TEST(CoarsestCg, GoesToBicgstabWithoutSymmetry) {
   test_run run(five_point(6));
-  run.c.isym = 2;
-  run.c.nrc = 2;
+  run.c.isym = tier::symmetry::general;
+  run.c.nrc = tier::coarsest_solver::ilu_cg;
   EXPECT_EQ(solve_once(run), 0);
-  EXPECT_EQ(run.c.nrc, 3);
-  run.c.nrc = 4;
+  EXPECT_EQ(run.c.nrc, tier::coarsest_solver::ilut_bicgstab);
+  run.c.nrc = tier::coarsest_solver::diagonal_cg;
   EXPECT_EQ(solve_once(run), 0);
-  EXPECT_EQ(run.c.nrc, 5);
+  EXPECT_EQ(run.c.nrc, tier::coarsest_solver::diagonal_bicgstab);
 }
 
 TEST(CoarseFillLimit, FollowsItsSign) {

@@ -26,7 +26,7 @@ void make_levels(test_run& run, int levels) {
 std::string visits_of_cycle(int levels, int igam) {
   test_run run(line(31));
   make_levels(run, levels);
-  run.c.igam = igam;
+  run.c.igam = tier::cycle_kind{igam};
   run.c.out_level = 3;
   tier::cycle_state state(run.h, run.c);
   testing::internal::CaptureStdout();
@@ -80,7 +80,7 @@ TEST(Cycles, TwoLevelsSolveAChainExactly) {
   test_run run(line(31));
   set_known_solution(run.system);
   make_levels(run, 2);
-  run.c.ncgrad = 0;
+  run.c.ncgrad = tier::accelerator::none;
   run.c.ncycle = 1;
   run.c.nrd = run.c.nru = 11;
 
@@ -95,11 +95,11 @@ TEST(Cycles, AllKindsConvergeAloneAndAccelerated) {
         test_run run(line(255));
         set_known_solution(run.system);
         make_levels(run, 5);
-        run.c.igam = igam;
-        run.c.ncgrad = ncgrad;
-        run.c.ntyp_cg = 2;
+        run.c.igam = tier::cycle_kind{igam};
+        run.c.ncgrad = tier::accelerator{ncgrad};
+        run.c.ntyp_cg = tier::cg_ratio::polak_ribiere;
         run.c.nru = ncgrad == 1 ? -131 : 131;
-        run.c.nstar_typ = nstar_typ;
+        run.c.nstar_typ = tier::star_cycle{nstar_typ};
         run.c.ndyn_smo = nstar_typ == 3 ? 11 : 0;
         EXPECT_EQ(run.solve(), 0) << igam << ncgrad << nstar_typ;
         EXPECT_LE(run.relative_residual(), 1.001e-8) << igam << ncgrad << nstar_typ;
@@ -118,11 +118,11 @@ TEST(Minimize, TakesTheBestMultipleOfTheCorrection) {
     std::vector<int> states(25, -1);
     states[12] = 1;
     run.add_level(coarse, states, to_one);
-    run.c.ncgrad = 0;
+    run.c.ncgrad = tier::accelerator::none;
     run.c.ncycle = 1;
     run.c.nrd = 131;
     run.c.nru = 0;
-    run.c.nstar_typ = nstar_typ;
+    run.c.nstar_typ = tier::star_cycle{nstar_typ};
     run.solve();
     const std::vector<double> r = residual_of(run.system, run.system.u);
     double e = 0.0;  // (error, A error) = (error, r)
@@ -165,7 +165,7 @@ TEST(Transfer, RestrictsAndInterpolates) {
 TEST(CoarsestCheck, SpeaksWhenTheCoarsestLevelIsNotSolved) {
   test_run run(line(63));
   make_levels(run, 3);
-  run.c.nrc = 1;
+  run.c.nrc = tier::coarsest_solver::smoothing;
   tier::parm().itmax_conv = 3;
   run.c.residual_check = true;
 

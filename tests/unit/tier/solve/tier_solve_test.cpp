@@ -57,7 +57,7 @@ TEST(Driver, TakesRelativeAbsoluteAndFloorTargets) {
                                                {1e-3, 1e-21, 1e-3 * std::sqrt(127.0)}}) {
     test_run run(testing_support::line(127));
     prepare(run);
-    run.c.ncgrad = 0;
+    run.c.ncgrad = tier::accelerator::none;
     run.c.eps = eps;
     tier::parm().eps_abs = eps_abs;
     EXPECT_EQ(run.solve(), 0);
@@ -78,7 +78,7 @@ TEST(Driver, CountsPreStepsAndDoesNothingWithoutCycles) {
 
   test_run none(testing_support::line(127));
   none.c.ncycle = 0;
-  none.c.ncgrad = 0;
+  none.c.ncgrad = tier::accelerator::none;
   EXPECT_EQ(none.solve(), 0);
   EXPECT_EQ(none.results.res_out, none.results.res_in);
 }
@@ -86,8 +86,8 @@ TEST(Driver, CountsPreStepsAndDoesNothingWithoutCycles) {
 TEST(Driver, OneLevelSweepsRunAtOnce) {
   for (const int igam : {5, 6}) {
     test_run run(testing_support::line(7));
-    run.c.igam = igam;
-    run.c.ncgrad = 0;
+    run.c.igam = tier::cycle_kind{igam};
+    run.c.ncgrad = tier::accelerator::none;
     run.c.ncycle = 50;
     EXPECT_EQ(run.solve(), tier::warn_cycles_not_converged);
     EXPECT_EQ(run.results.ncyc_done, 50);
@@ -142,9 +142,9 @@ TEST(Driver, AllocatesNothingWithinCyclesAndLeavesNothing) {
     for (const int cycles : {1, 2}) {
       test_run run(testing_support::line(127));
       prepare(run);
-      run.c.nrc = nrc;
-      run.c.isym = 1;
-      run.c.ncgrad = 0;
+      run.c.nrc = tier::coarsest_solver{nrc};
+      run.c.isym = tier::symmetry::symmetric;
+      run.c.ncgrad = tier::accelerator::none;
       run.c.eps = 1e-30;
       run.c.ncycle = 3 * cycles;
       const std::int64_t before = tier::memory().allocations;
@@ -164,9 +164,9 @@ TEST(Driver, EveryFailedAllocationEndsWith70AndFreesAll) {
     int ierr = 0;
     {
       test_run run(testing_support::convection_diffusion(12, 5.0));
-      run.c.ncgrad = 2;
-      run.c.nxtyp = 2;
-      run.c.nrc = 7;
+      run.c.ncgrad = tier::accelerator::bicgstab;
+      run.c.nxtyp = tier::smoother_kind::ilut;
+      run.c.nrc = tier::coarsest_solver::sparse_gauss;
       run.c.eps = 1e-6;
       tier::memory().fail_at = tier::memory().allocations + fail_at;
       ierr = run.solve();

@@ -8,7 +8,6 @@ from __future__ import annotations
 from dataclasses import dataclass, field
 
 import numpy as np
-from scipy.spatial import cKDTree
 
 from ..base.findings import BadFile, Findings
 from ..meshes import surface
@@ -31,7 +30,6 @@ class Shapes:
 
     def __post_init__(self):
         self.nodes = np.unique(self.triangles)
-        self.tree = cKDTree(self.nominal_mm[self.nodes])
         self.extent_mm = float(np.ptp(self.nominal_mm[self.nodes], axis=0).max())
         self.loops: list[np.ndarray] | None = None
 
@@ -96,18 +94,39 @@ def allowed(measure: Measure) -> float:
     return 0.5 * (measure.tolerance[1] - measure.tolerance[0])
 
 
-def node_at(place: Place, measure: Measure, shapes: Shapes) -> int:
-    """Index of a node by its number, or of the one nearest to a point."""
+@dataclass
+class Spot:
+    """A point of the part that moves with it: a node, or a point within a triangle by the weights of its corners."""
+
+    nodes: np.ndarray
+    weights: np.ndarray
+
+    def of(self, points: np.ndarray) -> np.ndarray:
+        """(3,) where it is on a shape (N, 3)."""
+        return self.weights @ points[self.nodes]
+
+    @property
+    def label(self) -> int:
+        return int(self.nodes[self.weights.argmax()])
+
+
+def spot_at(place: Place, measure: Measure, shapes: Shapes) -> Spot:
+    """A node by its number, or the point of the nominal surface nearest to a place."""
     if isinstance(place, int):
-        if not 1 <= place <= len(shapes.nominal_mm) or place - 1 not in shapes.nodes:
-            raise BadFile(measure.where, f"{measure.name}: node {place} is no node of the part's triangles")
-        return place - 1
-    distance, index = shapes.tree.query(place)
+        return Spot(np.array([node_at(place, measure, shapes)]), np.ones(1))
+    triangle, weights = surface.nearest_on(shapes.nominal_mm, shapes.triangles, place)
+    spot = Spot(shapes.triangles[triangle], weights)
+    distance = float(np.linalg.norm(spot.of(shapes.nominal_mm) - place))
     if distance > FAR * shapes.extent_mm:
-        raise BadFile(
-            measure.where, f"{measure.name}: the point {list(place)} mm lies {distance:.4g} mm from the nearest node"
-        )
-    return int(shapes.nodes[index])
+        raise BadFile(measure.where, f"{measure.name}: the point {list(place)} mm lies {distance:.4g} mm from the part")
+    return spot
+
+
+def node_at(number: int, measure: Measure, shapes: Shapes) -> int:
+    """Index of a node by its number."""
+    if not 1 <= number <= len(shapes.nominal_mm) or number - 1 not in shapes.nodes:
+        raise BadFile(measure.where, f"{measure.name}: node {number} is no node of the part's triangles")
+    return number - 1
 
 
 def nodes_of(face: str | Box, measure: Measure, shapes: Shapes) -> np.ndarray:
@@ -132,8 +151,8 @@ def plane_nodes(face: str | Box, measure: Measure, shapes: Shapes) -> np.ndarray
 
 
 def distance(measure: Measure, shapes: Shapes):
-    a, b = (node_at(place, measure, shapes) for place in measure.places)
-    return (lambda points: float(np.linalg.norm(points[b] - points[a]))), [a, b]
+    a, b = (spot_at(place, measure, shapes) for place in measure.places)
+    return (lambda points: float(np.linalg.norm(b.of(points) - a.of(points)))), [a.label, b.label]
 
 
 def flatness(measure: Measure, shapes: Shapes):
@@ -181,8 +200,9 @@ def diameter(measure: Measure, shapes: Shapes):
 
 def position(measure: Measure, shapes: Shapes):
     """Diameter of the zone round the nominal place that holds the point (ISO 1101): twice its distance."""
-    node = node_at(measure.places[0], measure, shapes)
-    return (lambda points: 2.0 * float(np.linalg.norm(points[node] - shapes.nominal_mm[node]))), [node]
+    spot = spot_at(measure.places[0], measure, shapes)
+    start = spot.of(shapes.nominal_mm)
+    return (lambda points: 2.0 * float(np.linalg.norm(spot.of(points) - start))), [spot.label]
 
 
 def profile(measure: Measure, shapes: Shapes):

@@ -62,6 +62,38 @@ def crosses(points: np.ndarray, triangles: np.ndarray) -> np.ndarray:
     return np.cross(p[:, 1] - p[:, 0], p[:, 2] - p[:, 0])
 
 
+def nearest_on(points: np.ndarray, triangles: np.ndarray, place) -> tuple[int, np.ndarray]:
+    """The triangle nearest to a place (3,), and the weights (3,) of its corners that give the nearest point on it.
+
+    That point lies above the triangle's inside, or on one of its sides: Ericson, Real-Time Collision Detection (2005), 5.1.5.
+    """
+    p = points[triangles] - np.asarray(place, float)
+    best, found = np.full(len(triangles), np.inf), np.zeros((len(triangles), 3))
+
+    def offer(weights: np.ndarray, allowed) -> None:
+        distance = np.linalg.norm(np.einsum("ti,tij->tj", weights, p), axis=1)
+        nearer = allowed & (distance < best)
+        best[nearer], found[nearer] = distance[nearer], weights[nearer]
+
+    for corner, other in ((0, 1), (1, 2), (2, 0)):
+        side = p[:, other] - p[:, corner]
+        square = np.einsum("ij,ij->i", side, side)
+        along = -np.einsum("ij,ij->i", side, p[:, corner])
+        share = np.clip(np.divide(along, square, out=np.zeros_like(along), where=square > 0), 0.0, 1.0)
+        weights = np.zeros_like(found)
+        weights[:, corner], weights[:, other] = 1.0 - share, share
+        offer(weights, True)
+    normal = crosses(points, triangles)
+    square = np.einsum("ij,ij->i", normal, normal)
+    parts = [np.einsum("ij,ij->i", np.cross(p[:, i], p[:, j]), normal) for i, j in ((1, 2), (2, 0), (0, 1))]
+    weights = np.divide(
+        np.stack(parts, axis=1), square[:, None], out=np.full_like(found, -1.0), where=square[:, None] > 0
+    )
+    offer(weights, (weights >= 0).all(axis=1))
+    triangle = int(best.argmin())
+    return triangle, found[triangle]
+
+
 def unit_normals(points: np.ndarray, triangles: np.ndarray) -> np.ndarray:
     """(T, 3); zero for a triangle without area."""
     c = crosses(points, triangles)

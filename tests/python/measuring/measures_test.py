@@ -76,6 +76,20 @@ def test_a_hole_that_becomes_oval(kind, value):
     assert answer.moulded == pytest.approx(value / (2 if kind == "roundness" else 1), rel=2e-3)
 
 
+@pytest.mark.parametrize("height", [0.0, 1.25, -1.25])
+def test_a_point_between_nodes_moves_with_its_triangle(height):
+    """On the plate stretched by x^2 a point within a 5 mm edge moves linearly between its ends, and so its distance."""
+    stretched = FLAT + 1e-3 * FLAT**2 * [1.0, 0, 0]
+    measure = Measure("", "distance", places=[(0.0, 0.0, 0.0), (22.0, 0.0, height)])
+
+    answer, _ = answered(measure, FLAT, stretched)
+
+    assert answer.nominal == pytest.approx(22.0)  # of the surface below the point
+    assert answer.moulded - 22.0 == pytest.approx(1e-3 * (0.6 * 20**2 + 0.4 * 25**2))
+    of_node, _ = answered(Measure("", "distance", places=[1, 4 * 13 + 1]), FLAT, stretched)
+    assert of_node.nominal == 20.0 and of_node.moulded == pytest.approx(20.4)
+
+
 def test_shrinkage_counts_from_the_cavity_and_deviation_from_the_drawing():
     answer, _ = answered(Measure("", "distance", 60.0, places=ENDS), FLAT, FLAT * 1.0001, cavity=FLAT / 0.99)
 
@@ -85,7 +99,7 @@ def test_shrinkage_counts_from_the_cavity_and_deviation_from_the_drawing():
 @pytest.mark.parametrize(
     "measure, words",
     [
-        (Measure("far", "distance", places=[(0.0, 0, 0), (900.0, 0, 0)]), "840 mm from the nearest node"),
+        (Measure("far", "distance", places=[(0.0, 0, 0), (900.0, 0, 0)]), "840 mm from the part"),
         (Measure("none", "position", places=[9999]), "node 9999"),
         (Measure("thin", "flatness", faces=[((0.0, 0, 0), (60.0, 0, 0))]), "span no plane"),
         (Measure("who", "flatness", faces=["lid"]), "no group 'lid'; the job knows left, right"),

@@ -29,7 +29,7 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("-o", "--output", metavar="BASE", help="base name of the job's files")
     parser.add_argument("--thickness", type=float, metavar="MM", help="wall thickness for elements without their own")
     parser.add_argument("--polymer", metavar="NAME", help="polymer of the library for a first try (default PP)")
-    parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default mm)")
+    parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default: the file's, or mm)")
     parser.add_argument(
         "--repair", type=float, metavar="MM", help="collapse edges shorter than this, drop what is empty"
     )

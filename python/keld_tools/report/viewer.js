@@ -1,5 +1,6 @@
 // The part in three dimensions: reads the page's data, draws it with three.js, answers the pointer.
-// Shape = point + times * shift on the graphics card, so that the slider moves 250,000 triangles at once.
+// Shape = point + times * shift on the graphics card, so that the slider moves 250,000 triangles at once. Where a frame
+// takes long (no graphics card), a part in motion has fewer triangles and pixels; it comes to rest with all of them.
 'use strict';
 (function () {
   const data = JSON.parse(document.getElementById('data').textContent);
@@ -20,7 +21,7 @@
 
   let renderer;
   try {
-    renderer = new THREE.WebGLRenderer({ antialias: true, preserveDrawingBuffer: true });
+    renderer = new THREE.WebGLRenderer({ antialias: false });  // two pixels for one do it, and can be left out
   } catch (error) {
     stage.innerHTML = '<div id="trouble">This browser draws nothing in three dimensions (WebGL is off); the views below show the part.</div>';
     return;
@@ -28,7 +29,7 @@
   const canvas = renderer.domElement;
   stage.insertBefore(canvas, stage.firstChild);
   renderer.setClearColor(0xffffff);
-  renderer.setPixelRatio(Math.min(window.devicePixelRatio || 1, 2));
+  const COARSE = 24000, LONG = 30, REST = 200, FINER = 2;  // triangles, ms of a frame, ms until at rest, pixels
 
   // The view: the part fills it from the first moment on.
   const box = new THREE.Box3().setFromArray(data.box), middle = box.getCenter(new THREE.Vector3());
@@ -91,8 +92,9 @@
     return made;
   }
   const scene = new THREE.Scene();
-  const outline = new THREE.LineSegments(geometry(edges), lineMaterial(0x9aa3ad, true));
-  for (const object of [new THREE.Mesh(geometry(triangles), skin), new THREE.LineSegments(geometry(edges), lineMaterial(0x111111, false)), outline]) {
+  const outline = new THREE.LineSegments(geometry(edges), lineMaterial(0x78828d, true));
+  const whole = geometry(triangles), part = new THREE.Mesh(whole, skin);
+  for (const object of [part, new THREE.LineSegments(geometry(edges), lineMaterial(0x111111, false)), outline]) {
     object.frustumCulled = false;
     scene.add(object);
   }
@@ -136,7 +138,7 @@
   function exaggerate() {
     times = shared.times.value = data.most * get('times').value / 1000;
     get('told').textContent = times.toPrecision(3) + ' times';
-    redraw();
+    move();
   }
   function slice() {
     const axis = get('cut').value, plane = shared.plane.value;
@@ -146,7 +148,7 @@
       plane.setComponent(+axis, 1);
       plane.w = at;
     }
-    redraw();
+    move();
   }
 
   // Where a node is on the screen, and what lies under a pixel.
@@ -211,7 +213,38 @@
     }
   }
 
-  let waiting = false;
+  // About `most` triangles over the nodes of all: one node stands for those of its cell, one of an edge first.
+  function coarsened(most) {
+    let area = 0;
+    const a = new THREE.Vector3(), b = new THREE.Vector3(), c = new THREE.Vector3();
+    for (let t = 0; t < triangles.length; t += 3) {
+      a.fromArray(points, 3 * triangles[t]);
+      area += b.fromArray(points, 3 * triangles[t + 1]).sub(a).cross(c.fromArray(points, 3 * triangles[t + 2]).sub(a)).length();
+    }
+    const cell = Math.max(Math.sqrt(area / most), extent / 1e5), first = new Map(), stands = new Uint32Array(count);
+    const place = (node) => [0, 1, 2].reduce((key, i) => key * 131072 + Math.floor((points[3 * node + i] - data.box[i]) / cell), 0);
+    const enter = (node) => {
+      const key = place(node);
+      if (!first.has(key)) first.set(key, node);
+      stands[node] = first.get(key);
+    };
+    edges.forEach(enter);
+    for (let node = 0; node < count; ++node) if (used[node]) enter(node);
+    const kept = [];
+    for (let t = 0; t < triangles.length; t += 3) {
+      const i = stands[triangles[t]], j = stands[triangles[t + 1]], k = stands[triangles[t + 2]];
+      if (i !== j && j !== k && k !== i) kept.push(i, j, k);
+    }
+    return new Uint32Array(kept);
+  }
+  function drawn() {
+    renderer.render(scene, camera);
+    const gl = renderer.getContext();
+    gl.readPixels(0, 0, 1, 1, gl.RGBA, gl.UNSIGNED_BYTE, new Uint8Array(4));  // waits until all is drawn
+    return performance.now();
+  }
+
+  let waiting = false, moving = null, slow = false, rough = null;
   function redraw() {
     if (waiting) return;
     waiting = true;
@@ -219,10 +252,22 @@
       waiting = false;
       outline.visible = get('outline').checked;
       skin.uniforms.shade.value = get('shading').checked ? 1 : 0;
+      const ratio = slow && moving ? 1 : FINER;
+      if (renderer.getPixelRatio() !== ratio) renderer.setPixelRatio(ratio);
+      part.geometry = slow && moving && rough ? rough : whole;
       renderer.render(scene, camera);
       placeLabels();
       stage.dataset.frames = +(stage.dataset.frames || 0) + 1;
     });
+  }
+  function hurry(most) {
+    slow = true;
+    if (triangles.length > 3 * most) rough = geometry(coarsened(most));
+  }
+  function move() {
+    clearTimeout(moving);
+    moving = setTimeout(() => { moving = null; redraw(); }, REST);
+    redraw();
   }
   function fit() {
     const width = stage.clientWidth, height = stage.clientHeight, half = 0.62 * extent * 0.9;
@@ -255,12 +300,14 @@
     const at = canvas.getBoundingClientRect();
     pointer = { x: event.clientX - at.left, y: event.clientY - at.top, buttons: event.buttons };
   });
-  controls.addEventListener('change', redraw);
+  controls.addEventListener('change', move);
   window.addEventListener('resize', fit);
   fit();
   exaggerate();
   choose();
   look(...data.views[0][1]);
-  window.keldReport = { screenOf, nodeAt };
+  const start = drawn();
+  if (drawn() - start > LONG) hurry(COARSE);
+  window.keldReport = { screenOf, nodeAt, coarsened, hurry };
   stage.dataset.ready = '1';
 })();

@@ -8,6 +8,7 @@ from keld_tools.programs import view_cli
 from support import PART, plate, results_text, write_plate
 
 webdriver = pytest.importorskip("selenium.webdriver")
+wait = pytest.importorskip("selenium.webdriver.support.ui")
 pytestmark = pytest.mark.skipif(not shutil.which("chromedriver"), reason="chromium-driver isn't installed")
 TOTAL = np.round(np.random.default_rng(8).uniform(-0.3, 0.3, (20, 3)), 3)
 TOTAL[:, 2] = 0.5  # the part stays flat, so that all of it is seen from above
@@ -90,5 +91,21 @@ def test_the_page_shows_picks_and_moves(tmp_path, job, browser, capsys):
     assert abs(places[1]["x"] - places[0]["x"]) > 3
     script(slide, 0)
     assert script("return window.keldReport.nodeAt(arguments[0], arguments[1])", places[0]["x"], places[0]["y"]) == node
+    check_haste(browser, slide)
     shot = np.frombuffer(browser.get_screenshot_as_png(), np.uint8)
     assert len(shot) > 20000 and plate()[0].shape == (20, 3)
+
+
+def check_haste(browser, slide):
+    """As on a machine without a graphics card: fewer pixels and triangles in motion, all of them at rest."""
+    script = browser.execute_script
+    finer = "const c = document.querySelector('#stage canvas'); return c.width / c.clientWidth"
+    script("window.keldReport.hurry(6)")
+    frame = f"return new Promise((done) => requestAnimationFrame(() => done((() => {{ {finer} }})())))"
+    for wanted, text in ((1.0, f"{slide}; {frame}"), (2.0, finer)):
+        wait.WebDriverWait(browser, 20).until(lambda _: script(text, 500) == wanted)
+    assert not [entry for entry in browser.get_log("browser") if entry["level"] == "SEVERE"]
+    every, few = (np.array(script(f"return [...window.keldReport.coarsened({n})]")).reshape(-1, 3) for n in (1e9, 6))
+    sides = plate()[0][few][:, 1:] - plate()[0][few][:, :1]
+    assert len(every) == 24 and 2 <= len(few) <= 12
+    assert np.linalg.norm(np.cross(sides[:, 0], sides[:, 1]), axis=1).sum() / 2 == pytest.approx(1200, rel=0.35)

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "input/mesh_tables.h"
+#include "input/process_record.h"
 #include "model/model_tables.h"
 #include "model/rigid_modes.h"
 #include "model/solve_stages.h"
@@ -98,16 +99,18 @@ void take_system(wall_system& w) {
 
 }  // namespace
 
-wall_system make_walls(const std::string& kind, int unknowns, double edge_over_wall, bool uneven,
-                       double slender, bool random_load) {
+wall_system make_walls(const wall_request& request) {
   using namespace keld;
   workingFiles = composeWorkingFiles("/tmp/keld_wall_systems", "");
-  const double share = kind == "ribbed" ? 0.5 : 1.0;  // of the nodes that stand in the base
-  const int cells = static_cast<int>(std::lround(std::sqrt(share * unknowns / 6.0 / slender))) - 1;
-  TestMesh mesh = mesh_of(kind, cells, static_cast<int>(std::lround(cells * slender)));
-  mesh.thickness = side / static_cast<double>(std::lround(cells * slender)) / edge_over_wall;
+  const double share = request.kind == "ribbed" ? 0.5 : 1.0;  // of the nodes that stand in the base
+  const double across = std::sqrt(share * request.unknowns / 6.0 / request.slender);
+  const int cells = static_cast<int>(std::lround(across)) - 1;
+  const int cells_along = static_cast<int>(std::lround(cells * request.slender));
+  TestMesh mesh = mesh_of(request.kind, cells, cells_along);
+  mesh.thickness = side / cells_along / request.edge_over_wall;
   testing_support::loadModel(mesh);
-  if (uneven) make_uneven();
+  if (request.facets) processRecord.wallModel = facet_walls;
+  if (request.uneven) make_uneven();
   testing_support::setStress(2e7, -1e7);
   testing_support::runModelStages();
   patternSearch();
@@ -115,8 +118,8 @@ wall_system make_walls(const std::string& kind, int unknowns, double edge_over_w
   releasePattern();
   wall_system w;
   take_system(w);
-  w.s.name = kind;
-  if (random_load) {
+  w.s.name = request.kind;
+  if (request.random_load) {
     std::mt19937 random(3);
     std::uniform_real_distribution<double> load(-1.0, 1.0);
     for (double& f : w.s.f) f = load(random);

@@ -15,10 +15,17 @@ struct wall_system {
   std::vector<double> modes;  // rigid motions by row, six one after the other
 };
 
-/// kind: plate, ribbed, dome, box; about `unknowns` rows; edge over wall of the grid's squares.
-/// uneven: thickness of 0.5 to 1.5 times the wall, from triangle to triangle; slender: cells of that ratio;
-/// load "thermal" of frozen-in stress and cooling, or "random".
-wall_system make_walls(const std::string& kind, int unknowns, double edge_over_wall, bool uneven = false,
-                       double slender = 1.0, bool random_load = false);
+/// What a system is made of.
+struct wall_request {
+  std::string kind;             // plate, ribbed, dome, box
+  int unknowns = 0;             // about so many rows
+  double edge_over_wall = 1.0;  // of the grid's squares
+  double slender = 1.0;         // cells of that ratio
+  bool uneven = false;          // thickness of 0.5 to 1.5 times the wall, from triangle to triangle
+  bool random_load = false;     // in place of that of frozen-in stress and cooling
+  bool facets = false;          // in place of wedges
+};
+
+wall_system make_walls(const wall_request& w);
 
 }  // namespace bench

@@ -60,7 +60,8 @@ void solveDirect(std::unique_ptr<DirectSolver>& solver) {
                                        inCoreLimit(availableMemory()), scratchFolder(workingFiles.baseName));
   }
   const double residual = solver->solve(solution.rowSolution);
-  vPrintMessage(100, "   Solver= MUMPS  steps= 1  relative residual= %.2e  time= %.2f sec\n", residual,
+  vPrintMessage(100, "   Solver= MUMPS%s  steps= %d  relative residual= %.2e  time= %.2f sec\n",
+                solver->inSingle() ? " in single precision, refined" : "", solver->steps(), residual,
                 seconds() - start);
 }
 

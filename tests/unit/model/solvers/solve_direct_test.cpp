@@ -78,9 +78,12 @@ std::vector<double> product(const CompressedSystem& system, const std::vector<do
 
 struct Way {
   const char* name;
-  int memoryLimit;  // MB; the library asks 7 for the grid below, and 3 on the way over the disk
-  bool outOfCore;
+  FactorPrecision precision;
+  int memoryLimit;  // MB; the library asks 7 for the grid below, and 3 on the way over the disk; in single
+                    // precision 5 and 2
+  bool outOfCore, inSingle;
 };
+void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
 
 class DirectSolverWay : public testing::TestWithParam<Way> {};
 
@@ -92,14 +95,17 @@ TEST_P(DirectSolverWay, FindsTheChosenSolutionsOfBothPasses) {
   const std::size_t size = grid.rowBlock.size();
   std::vector<double> chosen(size), found(size);
   {
-    DirectSolver solver(grid.system, grid.rowBlock, GetParam().memoryLimit, scratch.folder().string());
+    DirectSolver solver(grid.system, grid.rowBlock, GetParam().memoryLimit, scratch.folder().string(),
+                        GetParam().precision);
 
     EXPECT_EQ(solver.outOfCore(), GetParam().outOfCore);
+    EXPECT_EQ(solver.inSingle(), GetParam().inSingle);
     EXPECT_EQ(!std::filesystem::is_empty(scratch.folder()), GetParam().outOfCore);
     for (double pass : {1.0, 2.0}) {
       for (std::size_t i = 1; i < size; ++i) chosen[i] = std::sin(pass * static_cast<double>(i));
       grid.system.rowLoad = product(full, chosen);
-      EXPECT_LT(solver.solve(found), 1e-13);
+      EXPECT_LT(solver.solve(found), GetParam().inSingle ? 1e-12 : 1e-13);
+      EXPECT_EQ(solver.steps() > 1, GetParam().inSingle);
       for (std::size_t i = 1; i < size; ++i) ASSERT_NEAR(found[i], chosen[i], 1e-9) << i;
     }
     grid.system.rowLoad.assign(size, 0.0);
@@ -111,7 +117,11 @@ TEST_P(DirectSolverWay, FindsTheChosenSolutionsOfBothPasses) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, DirectSolverWay,
-                         testing::Values(Way{"InMemory", 1000, false}, Way{"OverTheDisk", 5, true}),
+                         testing::Values(Way{"InMemory", FactorPrecision::bySize, 1000, false, false},
+                                         Way{"OverTheDisk", FactorPrecision::inDouble, 5, true, false},
+                                         Way{"Single", FactorPrecision::inSingle, 1000, false, true},
+                                         Way{"ShortOfMemory", FactorPrecision::bySize, 5, false, true},
+                                         Way{"SingleOverTheDisk", FactorPrecision::bySize, 3, true, true}),
                          [](const auto& way) { return std::string(way.param.name); });
 
 TEST(DirectSolverFolder, IsThatOfTheEnvironmentElseOfTheJob) {
@@ -175,7 +185,7 @@ INSTANTIATE_TEST_SUITE_P(
                             "relative residual is [0-9.]+e[-+0-9]+"},
                     Refusal{"NoMemory", [] { return gridSystem(60, 1e-3).system; }, 1, ".",
                             "on disk still [0-9]+ MB, and 1 MB"},
-                    Refusal{"NoFolder", [] { return gridSystem(60, 1e-3).system; }, 5, "/nowhere/at/all",
+                    Refusal{"NoFolder", [] { return gridSystem(60, 1e-3).system; }, 3, "/nowhere/at/all",
                             "can't be written to disk.*INFOG.1.= -90"}),
     [](const auto& refusal) { return std::string(refusal.param.name); });
 

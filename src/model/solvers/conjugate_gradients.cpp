@@ -1,0 +1,68 @@
+// Steps of flexible conjugate gradients; see the header.
+#include "model/solvers/conjugate_gradients.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "model/solvers/upper_triangle.h"
+
+namespace keld {
+
+namespace {
+
+/// From entry 1 on.
+double dot(std::span<const double> a, std::span<const double> b) {
+  double sum = 0.0;
+  for (std::size_t i = 1; i < a.size(); ++i) sum += a[i] * b[i];
+  return sum;
+}
+
+double norm(std::span<const double> a) { return std::sqrt(dot(a, a)); }
+
+}  // namespace
+
+ConjugateGradients::ConjugateGradients(const CompressedSystem& triangle, std::span<const double> load,
+                                       double target, std::span<double> x)
+    : triangle_(triangle),
+      load_(load),
+      x_(x),
+      goal_(target * norm(load)),
+      r_(load.begin(), load.end()),
+      z_(load.size()),
+      p_(load.size(), 0.0),
+      minusAp_(load.size(), 0.0) {
+  std::fill(x_.begin(), x_.end(), 0.0);
+  if (norm(r_) <= goal_) state_ = State::solved;  // a zero load
+}
+
+/// A residual that seems small enough is formed anew, as rounding may have parted it from the true one; then
+/// the steps begin anew from that.
+void ConjugateGradients::advance() {
+  takeStep();
+  if (state_ == State::failed || norm(r_) > goal_) return;
+  trueResidual(triangle_, load_, x_, r_);
+  if (norm(r_) <= goal_) state_ = State::solved;
+  curvature_ = 0.0;
+}
+
+void ConjugateGradients::takeStep() {
+  const double beta = curvature_ > 0.0 ? dot(z_, minusAp_) / curvature_ : 0.0;
+  for (std::size_t i = 1; i < p_.size(); ++i) p_[i] = z_[i] + beta * p_[i];
+  std::fill(minusAp_.begin(), minusAp_.end(), 0.0);
+  subtractProduct(triangle_, p_, minusAp_);
+  curvature_ = -dot(p_, minusAp_);
+  if (!(dot(z_, r_) > 0.0 && curvature_ > 0.0)) {  // NaN too
+    state_ = State::failed;
+    return;
+  }
+  const double length = dot(p_, r_) / curvature_;
+  for (std::size_t i = 1; i < p_.size(); ++i) {
+    x_[i] += length * p_[i];
+    r_[i] += length * minusAp_[i];
+  }
+  ++steps_;
+}
+
+double ConjugateGradients::relativeResidual() const { return norm(r_) / norm(load_); }
+
+}  // namespace keld

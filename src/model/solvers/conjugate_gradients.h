@@ -1,0 +1,46 @@
+// Conjugate gradients in double precision, step by step, under a preconditioner that is all but a solution.
+// Called by the direct solver, whose factor in single precision is one.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "model/model_tables.h"
+
+namespace keld {
+
+/// Solves A x = f from x = 0, all [1..n], till the true residual is at most `target` times the load. The
+/// caller puts z = M r into preconditioned() and calls advance(), as long as there is something to do; so
+/// that several solutions can share one pass over M. M may differ from step to step by its rounding: a
+/// direction is made conjugate to the last one by its product with A (flexible conjugate gradients, Golub and
+/// Ye, SIAM J. Sci. Comput. 21 (1999) 1305-1320).
+class ConjugateGradients {
+ public:
+  ConjugateGradients(const CompressedSystem& triangle, std::span<const double> load, double target,
+                     std::span<double> x);
+
+  enum class State { running, solved, failed };  // failed: A or M isn't positive definite
+  State state() const { return state_; }
+  int steps() const { return steps_; }
+
+  std::span<const double> residual() const { return r_; }  // [1..n]
+  std::span<double> preconditioned() { return z_; }        // [1..n]
+  void advance();
+
+  /// Of the present x, by the residual as the steps have carried it on.
+  double relativeResidual() const;
+
+ private:
+  void takeStep();
+
+  const CompressedSystem& triangle_;
+  const std::span<const double> load_;
+  const std::span<double> x_;
+  const double goal_;
+  std::vector<double> r_, z_, p_, minusAp_;  // [1..n]
+  double curvature_ = 0.0;                   // p.Ap of the last step; 0: the next goes along z
+  int steps_ = 0;
+  State state_ = State::running;
+};
+
+}  // namespace keld

@@ -1,9 +1,11 @@
-// Races the solvers of thin walls on the same systems: TIER by aggregation, MUMPS, TIER's classical set-up,
-// ML. Usage: wall_race SOLVERS SYSTEM... with SOLVERS of the letters a (aggregation), m (MUMPS), c
-// (classical), and where ML is installed l (ML with Chebyshev smoothing), g (with Gauss-Seidel), b (with that
-// over blocks), and SYSTEM kind:unknowns:edge_over_wall[:uneven][:slender=10][:random]; prints a Markdown
-// table. Each solver runs in a process of its own, in one thread unless OMP_NUM_THREADS says otherwise, so
-// that its memory is its own.
+// Races the solvers of thin walls on the same systems; prints a Markdown table.
+// Usage: wall_race SOLVERS SYSTEM... with SOLVERS of the letters
+//   a  TIER by aggregation        m  MUMPS in double precision
+//   c  TIER's classical set-up    s  MUMPS in single precision, refined to 1e-12
+// and, where ML is installed, l, g, b: ML with Chebyshev, Gauss-Seidel, block Gauss-Seidel smoothing;
+// SYSTEM kind:unknowns:edge_over_wall[:uneven][:slender=10][:random][:facets]. EPS in the environment is the
+// tolerance (1e-8), PARAMETERS those of TIER. Each solver runs in a process of its own, in one thread unless
+// OMP_NUM_THREADS says otherwise, so that its memory is its own.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -105,7 +107,7 @@ void run_tier(wall_system& w, bool aggregation, outcome& out) {
   out.residual = relative_residual(w.s, u);
 }
 
-void run_mumps(wall_system& w, outcome& out) {
+void run_mumps(wall_system& w, keld::FactorPrecision precision, outcome& out) {
   keld::CompressedSystem system;
   const auto take = [](const auto& from, auto& to) {
     to.assign(1, {});
@@ -119,11 +121,11 @@ void run_mumps(wall_system& w, outcome& out) {
   take(w.block, block);
   std::vector<double> u(w.s.f.size() + 1, 0.0);
   const double start = processor_seconds();
-  keld::DirectSolver solver(system, block, 2000000000, "/tmp");
+  keld::DirectSolver solver(system, block, 2000000000, "/tmp", precision);
   out.setup = processor_seconds() - start;
   out.residual = solver.solve(u);
   out.own_megabytes = out.peak_megabytes = solver.megabytesUsed();
-  out.steps = 1;
+  out.steps = solver.steps();
 }
 
 #ifdef WALL_RACE_ML
@@ -139,7 +141,8 @@ void run_ml(const wall_system& w, const char* smoother, outcome& out) {
 #endif
 
 void run(wall_system& w, char solver, outcome& out) {
-  if (solver == 'm') return run_mumps(w, out);
+  if (solver == 'm') return run_mumps(w, keld::FactorPrecision::inDouble, out);
+  if (solver == 's') return run_mumps(w, keld::FactorPrecision::inSingle, out);
 #ifdef WALL_RACE_ML
   if (solver == 'l') return run_ml(w, "cheby", out);
   if (solver == 'g') return run_ml(w, "gs", out);
@@ -195,9 +198,9 @@ outcome run_apart(const std::string& text, char solver) {
 
 constexpr const char* known =
 #ifdef WALL_RACE_ML
-    "amclgb";
+    "amsclgb";
 #else
-    "amc";
+    "amsc";
 #endif
 
 const char* name_of(char solver) {
@@ -205,7 +208,9 @@ const char* name_of(char solver) {
     case 'a':
       return "aggregation";
     case 'm':
-      return "MUMPS";
+      return "MUMPS double";
+    case 's':
+      return "MUMPS single, refined";
     case 'l':
       return "ML, Chebyshev";
     case 'g':

@@ -24,6 +24,14 @@ def job(tmp_path, capsys):
 
 
 @pytest.fixture
+def no_pictures(monkeypatch):
+    """keld-view with a picture of its mark alone, for tests that look at something else: drawing takes most of a run."""
+    from keld_tools.report import picture
+
+    monkeypatch.setattr(picture, "draw", lambda path, scene: path.write_text(picture.MADE_BY_VIEW))
+
+
+@pytest.fixture
 def keld():
     """Run keld on a base name; KELD_PROGRAM names the program."""
     import subprocess

@@ -35,6 +35,7 @@ def test_faults_of_a_drawing(tmp_path, text, words):
     assert any(words in fault for fault in findings.faults), findings.faults
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize("tolerance, status", [(0.41, 0), (0.39, 2)])
 def test_measures_of_the_part_file_reach_the_result(tmp_path, job, capsys, tolerance, status):
     write_plate(tmp_path / "plate.msh")
@@ -59,6 +60,7 @@ def test_a_group_that_the_mesh_lacks_ends_the_job(tmp_path, job):
     assert status == 1 and "the mesh has no group 'rim'; it has 1, wall" in said
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize(
     "words, greatest",
     [

@@ -7,6 +7,7 @@ import matplotlib.image
 import meshio
 import numpy as np
 import pytest
+from keld_tools.base.ownership import is_own
 from keld_tools.programs import job_cli, view_cli
 from keld_tools.report import picture
 from keld_tools.results import compensate
@@ -45,8 +46,10 @@ def test_the_grid_holds_every_field_with_its_unit(base, words):
     assert set(cells["temperature_lower_C"]) == set(cells["temperature_upper_C"]) == {80.0}
     np.testing.assert_allclose(cells["fibre_direction"], [[0, 1, 0]] * 24)
     assert matplotlib.image.imread(f"{base}.png").std() > 0.05
+    assert all(is_own(Path(f"{base}{suffix}")) for suffix in (".vtu", ".png"))
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize(
     "field, view, greatest",
     [
@@ -69,6 +72,7 @@ def test_automatic_scale(greatest, scale):
     assert picture.automatic_scale(np.array([[0.0, 0, 0], [50, 0, 0]]), np.array([[0, 0, greatest]])) == scale
 
 
+@pytest.mark.usefixtures("no_pictures")
 def test_the_cavity_turns_the_displacement_round_and_repeats(base, capsys):
     points, nodes = plate()[0], base.parent
     assert view_cli.main([str(base), "--compensate"]) == 0
@@ -108,6 +112,7 @@ def test_the_cavity_keeps_all_but_the_coordinates(tmp_path):
     assert text[5:] == ["4 6 0 5 1 1 2 3 4 5", "1 1 0 0 0", "3 1 5 0 0", "2 6 0 0 0"]
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize("suffix", [".vtu", ".png", "-cavity1.PG1", "-cavity1.WR1", "-cavity1.stl", "-cavity1.PRC"])
 def test_a_foreign_file_is_replaced_on_request_alone(base, capsys, suffix):
     words, foreign = [str(base), "--compensate"], Path(f"{base}{suffix}")
@@ -122,6 +127,7 @@ def test_a_foreign_file_is_replaced_on_request_alone(base, capsys, suffix):
     assert view_cli.main(words) == 0  # its own files it replaces
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize("suffix", [".WR1", ".PG1", ".vtu"])
 def test_a_file_of_the_job_stands_for_its_base_name(base, capsys, suffix):
     assert view_cli.main([str(base)]) == 0 and view_cli.main([f"{base}{suffix}"]) == 0
@@ -175,6 +181,7 @@ def test_options_that_cannot_be_met(base, capsys, words, said):
     assert view_cli.main([str(base), *words]) == 1 and said in capsys.readouterr().err
 
 
+@pytest.mark.usefixtures("no_pictures")
 def test_prior_files_that_do_not_fit_are_left_out_and_told(base, capsys):
     (base.parent / "j.RS1").write_text("/* t */\n1 2 3\n")
 
@@ -183,14 +190,14 @@ def test_prior_files_that_do_not_fit_are_left_out_and_told(base, capsys):
     assert "stress1_MPa" not in meshio.read(f"{base}.vtu").cell_data
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize(
     "name",
     ["plate.msh", "bin.msh", "plate.stl", "plate.bdf", "plate.inp", "part.toml", "rows.csv", "j.PG1", "j.WR1", "j.RS1"],
 )
-def test_no_damage_ends_in_anything_but_a_message(base, capsys, monkeypatch, name):
+def test_no_damage_ends_in_anything_but_a_message(base, capsys, name):
     from meshes.mesh_input_test import abaqus, nastran
 
-    monkeypatch.setattr(picture, "draw", lambda *_: None)
     folder = base.parent
     quads = plate()[1]
     write_plate(folder / "bin.msh", "gmsh", True)

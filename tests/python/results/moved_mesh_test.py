@@ -6,6 +6,7 @@ import numpy as np
 import pytest
 from keld_tools.meshes import formats
 from keld_tools.programs import view_cli
+from keld_tools.report import animation
 from meshes.mesh_input_test import abaqus, nastran
 from PIL import Image
 from support import PART, plate, results_text, write_plate
@@ -22,6 +23,7 @@ def finished(folder, job, name, text=None):
     return folder / "j"
 
 
+@pytest.mark.usefixtures("no_pictures")
 @pytest.mark.parametrize(
     "name, text",
     [
@@ -49,6 +51,7 @@ def test_a_mesh_comes_back_with_its_nodes_moved(tmp_path, job, name, text):
     np.testing.assert_array_equal(after.node_numbers, before.node_numbers)
 
 
+@pytest.mark.usefixtures("no_pictures")
 def test_what_cannot_be_exported_is_told(tmp_path, job, capsys):
     base = finished(tmp_path, job, "p.bdf", nastran("small"))
     assert view_cli.main([str(base), "--export", str(tmp_path / "out.inp")]) == 1
@@ -59,7 +62,9 @@ def test_what_cannot_be_exported_is_told(tmp_path, job, capsys):
     assert "has 16 of the 20 nodes" in capsys.readouterr().err and not (tmp_path / "out.bdf").exists()
 
 
-def test_the_animation_swings_from_the_nominal_shape_and_back(tmp_path, job):
+@pytest.mark.usefixtures("no_pictures")
+def test_the_animation_swings_from_the_nominal_shape_and_back(tmp_path, job, monkeypatch):
+    monkeypatch.setattr(animation, "DOTS_PER_INCH", 30)
     write_plate(tmp_path / "plate.msh")
     base = finished(tmp_path, job, "plate.msh")
 

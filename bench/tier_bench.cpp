@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "stage_systems.h"
+#include "tier/codes/solve_data.h"
 #include "tier/setup/create_levels.h"
 #include "tier/solve/ilu.h"
 #include "tier/solve/matrix_ops.h"
@@ -95,8 +96,7 @@ struct system_of_run {
     std::fill(u.begin(), u.end(), 0.0);
     c.ncycle = steps;
     tier::run_results r;
-    tier::solve_data(h, c);
-    tier::tier_solve(h, c, r);
+    tier::tier_solve(h, c, tier::solve_data(c), r);
   }
 
   linear_system s;
@@ -149,7 +149,7 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
   tier::level& l = run.h(1);
   const tier::vector scratch(copies.data());
   const auto run_steps = [&](const tier::sweep_rows& rows, std::span<const int> steps) {
-    tier::relx_gs(l, rows, l.f, l.u, steps, {}, scratch, "relx_gs");
+    tier::relx_gs(l, rows, l.f, l.u, steps, {}, scratch);
   };
   const auto product = [&] { run.product(); };
   const tier::sweep_rows unsorted(l, nullptr, nullptr, scratch);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tier/aggregation/block_cycle.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"

@@ -18,8 +18,6 @@ struct piece {
 };
 piece piece_of(std::int64_t n, int k) { return {n * k / pieces, n * (k + 1) / pieces}; }
 
-int team_of(std::int64_t n) { return team_size(n, parm().nmin_vector); }
-
 /// Eight running sums, so that the additions don't wait for each other.
 template <class T>
 double sum_of_piece(const T* x, const T* y, piece part) {
@@ -33,7 +31,7 @@ double sum_of_piece(const T* x, const T* y, piece part) {
 
 template <class Body>
 void for_pieces(std::int64_t n, Body body) {
-  for_chunks(pieces, team_of(n), [&](const row_chunk& c) {
+  for_chunks(pieces, vector_team(n), [&](const row_chunk& c) {
     for (int k = c.lo - 1; k < c.hi; ++k) body(k, piece_of(n, k));
   });
 }

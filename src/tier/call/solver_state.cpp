@@ -37,7 +37,7 @@ void release_level(level& l, bool keep_big_arrays) {
 }
 
 void free_hierarchy(const char* marker, const char* kind, bool keep_big_arrays) {
-  say_if_possible([=] { trace(1, std::string(marker) + kind, parm().itrace_amgmain); });
+  say_if_possible([=] { trace(trace_topic::call, std::string(marker) + kind); });
   solver().last_set_up = problem_descriptors();
   solver().hierarchy_present = false;
   release_solution_data();

@@ -9,6 +9,7 @@
 
 #include "tier/call/first_guess.h"
 #include "tier/call/solver_state.h"
+#include "tier/solve/stopping.h"
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
@@ -39,7 +40,8 @@ bool first_guess_satisfies(call_state& s) {
   if (first_guess_kind(s.c.ifirst) != 0) return false;
   const double residual = first_guess_residual(s);
   if (residual <= smallest_normal) return false;
-  const double target = stop_target(s.c, parm().ntake_res_in != 0 ? s.call.res_in : residual);
+  const double target =
+      stop_target(s.c.eps, parm().eps_abs, parm().ntake_res_in != 0 ? s.call.res_in : residual);
   if (!(residual <= target)) return false;
 
   control("First guess satisfies eps-criterion:");
@@ -60,8 +62,8 @@ bool first_guess_satisfies(call_state& s) {
 }
 
 void run_once(call_state& s) {
-  trace(1, "Automatic control mechanism not active:", parm().itrace_amgmain);
-  trace(1, "User did not activate it (iswit<=5).", parm().itrace_amgmain);
+  trace(trace_topic::call, "Automatic control mechanism not active:");
+  trace(trace_topic::call, "User did not activate it (iswit<=5).");
   if (first_guess_satisfies(s)) return;
   set_up_or_re_start(s);
   solve(s);
@@ -117,7 +119,7 @@ class automatic_run {
     solve(s_);
     s_.results.ncyc_done += before.ncyc_done;
     if (before.res_in >= 0.0) s_.results.res_in = before.res_in;
-    if (before.res_in < 0.0) target_ = stop_target(s_.c, s_.results.res_in);
+    if (before.res_in < 0.0) target_ = stop_target(s_.c.eps, parm().eps_abs, s_.results.res_in);
     s_.c.eps = -target_;  // from now on the first residual of the call decides
     s_.c.ifirst = 0;      // and u is the approximation so far
   }
@@ -188,12 +190,6 @@ void run_automatically(call_state& s) {
 }
 
 }  // namespace
-
-double stop_target(const controls& c, double reference) {
-  constexpr double least_floor = 1e-20;
-  const double target = c.eps >= 0.0 ? c.eps * reference : -c.eps;
-  return parm().eps_abs > least_floor ? std::max(target, parm().eps_abs) : target;
-}
 
 void tier_cntrl(call_state& s) {
   if (s.c.ncycle == 0) {

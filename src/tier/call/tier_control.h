@@ -10,7 +10,4 @@ namespace tier {
 /// which decides when a hierarchy is made anew.
 void tier_cntrl(call_state& s);
 
-/// The residual that ends a solution whose first one is `reference`, by eps and eps_abs.
-double stop_target(const controls& c, double reference);
-
 }  // namespace tier

@@ -15,6 +15,7 @@
 #include "tier/call/tier_control.h"
 #include "tier/codes/matrix_check.h"
 #include "tier/codes/parameter_file.h"
+#include "tier/codes/solve_data.h"
 #include "tier/codes/tier_input.h"
 #include "tier/report/aggregation_report.h"
 #include "tier/report/dump.h"
@@ -149,9 +150,8 @@ void take_original_residuals(call_state& s) {
   if (s.original_res_in < 0.0) return;
   s.results.res_in = s.original_res_in;
   s.results.res_out = s.original_res_out;
-  controls asked = s.c;  // the control layer may have changed eps since
-  asked.eps = s.call.eps;
-  const double target = stop_target(asked, s.original_res_in);
+  // The control layer may have changed the eps of the controls since.
+  const double target = stop_target(s.call.eps, parm().eps_abs, s.original_res_in);
   if (s.original_res_out <= target) return;
   warn(warn_original_residual,
        formatted("Residual of the unmodified system %.3e, above its target %.3e (tier_main)!",
@@ -210,21 +210,21 @@ void note_set_up(const call_state& s, double start) {
 }
 
 void solve_by_levels(call_state& s) {
-  solve_data(solver().levels, s.c);
+  const solve_options o = solve_data(s.c);
   print_solver_information(solver().levels, s.c);
   const restore_at_exit restore{solver().levels(1)};
-  tier_solve(solver().levels, s.c, s.results);
+  tier_solve(solver().levels, s.c, o, s.results);
 }
 
 void solve_by_aggregation(call_state& s) {
   print_aggregation_solver(solver().aggregates, s.c);
-  tier_solve(solver().levels, s.c, s.results,
+  tier_solve(solver().levels, s.c, options_of_solution(s.c), s.results,
              [](accelerated_run& run) { aggregation::flexible_cg(run, solver().aggregates); });
   print_aggregation_restarts(solver().aggregates, s.c);
 }
 
 void trace_exit(const char* words, int ierr) {
-  say_if_possible([=] { trace(1, words + std::to_string(ierr), parm().itrace_amgmain); });
+  say_if_possible([=] { trace(trace_topic::call, words + std::to_string(ierr)); });
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ void read_input_parms(call_arguments& call) {
   const std::string file = input_file_name();
   if (file.empty()) return;
   read_assignments(file, call, false);
-  trace(1, "read_input_parms: tier parameters have been changed (" + file + ")", parm().itrace_amgmain);
+  trace(trace_topic::call, "read_input_parms: tier parameters have been changed (" + file + ")");
 }
 
 bool set_control(call_arguments& call, const std::string& name, double value) {

@@ -107,7 +107,7 @@ void print_coarsest_choice(const controls& c, const level* coarsest) {
       break;
     case coarsest_solver::ilut_bicgstab:
       print_line("              ILUT(%d,%g) preconditioned BI-CGSTAB",
-                 coarsest ? coarse_fill_limit(*coarsest) : parm().lfil_cl, parm().droptol_cl);
+                 coarsest ? coarse_fill_limit(*coarsest, parm().lfil_cl) : parm().lfil_cl, parm().droptol_cl);
       break;
     case coarsest_solver::diagonal_cg:
       message("              Diagonally preconditioned CG");

@@ -141,9 +141,9 @@ void create_levels(hierarchy& h, controls& c) {
     const int levels = level_loop(t);
     allocate_vectors(h, levels);
     h.levels_created = h.levels_used = levels;
-    trace(1, " crsng - std_return");
+    trace(trace_topic::set_up, " crsng - std_return");
   } catch (const failure& error) {
-    trace(1, " crsng - error_exit, nflag " + std::to_string(error.ierr));
+    trace(trace_topic::set_up, " crsng - error_exit, nflag " + std::to_string(error.ierr));
     release_interpolation(h(1));
     for (int k = 2; k <= max_levels; ++k) release_level(h(k));
     throw;

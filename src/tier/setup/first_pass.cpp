@@ -252,9 +252,9 @@ void run_first_pass(const couplings& g, view<int> state, bool threads) {
     blocks = counted_blocks(g, state, 1);
   }
   for (const auto& block : blocks) block->allocate_lists();
-  trace(1, "pcol:after initialization", parm().itrace_split);
+  trace(trace_topic::splitting, "pcol:after initialization");
   for_blocks(blocks, [](first_pass& block) { block.run(); });
-  trace(1, "pcol:after main coarsening phase", parm().itrace_split);
+  trace(trace_topic::splitting, "pcol:after main coarsening phase");
   if (blocks.size() > 1)
     for (const auto& block : blocks) block->settle_border();  // in row order, each change at once
 }
@@ -262,7 +262,7 @@ void run_first_pass(const couplings& g, view<int> state, bool threads) {
 void settle_interfaces(const couplings& g, view<int> state) {
   for (int i = 1; i <= g.n; ++i)
     if (state[i] == state_undecided && has_strong(g, state, i, state_c)) state[i] = state_f;
-  trace(1, "pcol:after interface_split", parm().itrace_split);
+  trace(trace_topic::splitting, "pcol:after interface_split");
 }
 
 bool has_strong(const couplings& g, view<const int> state, int i, int wanted) {

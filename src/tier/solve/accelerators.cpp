@@ -2,21 +2,24 @@
 #include "tier/solve/accelerators.h"
 
 #include "tier/solve/cyc.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
 #include "tier/store/report.h"
 
 namespace tier {
 
+level& accelerated_run::fine() { return s.at(1); }
+
 void precondition(accelerated_run& run, view<double> v, view<double> z, std::string_view reason) {
   cycle_state& s = run.s;
-  if (is_one_level(s.c.igam)) {
+  if (is_one_level(s.o.cycle.kind)) {
     one_level_precondition(s, v, z);
     return;
   }
   fill(run.fine().n, 0.0, z);
   const level_system correction(run.fine(), z, v);
-  for (int i = 0; i < s.c.inner_accel; ++i) cyc(s, 1, reason);
+  for (int i = 0; i < s.o.acceleration.inner_cycles; ++i) cyc(s, 1, reason);
 }
 
 double real_residual(accelerated_run& run, view<double> r) {
@@ -28,7 +31,7 @@ double real_residual(accelerated_run& run, view<double> r) {
 
 void end_step(accelerated_run& run, double res, double& previous) {
   const int step = ++run.results.ncyc_done;
-  if (step == parm().ncyc_start) run.results.res0 = res;
+  if (step == run.s.o.average_from) run.results.res0 = res;
   print_residual_line(run.s.c, step, res, previous);
   current_residual(step, res);
   run.rules.store_residual(res);

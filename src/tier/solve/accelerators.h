@@ -1,13 +1,25 @@
-// The Krylov accelerators on level 1. tier_solve dispatches on ncgrad; each runs until a stopping rule or a
+// The Krylov accelerators on level 1. tier_solve chooses one; each runs until a stopping rule or a
 // limit ends it, leaves the solution in u and the residual norm in res_out.
 #pragma once
 
 #include <string_view>
 
-#include "tier/solve/cycle_state.h"
 #include "tier/solve/stopping.h"
+#include "tier/store/controls.h"
+#include "tier/store/hierarchy.h"
 
 namespace tier {
+
+struct cycle_state;
+
+struct acceleration_options {
+  accelerator method = accelerator::cg;        // ncgrad
+  cg_ratio ratio = cg_ratio::fletcher_reeves;  // of conjugate gradients (ntyp_accel)
+  int dimension = 30;     // most kept columns of GMRES, directions of flexible CG (nkdim)
+  int inner_cycles = 1;   // in one application as preconditioner, 1..9 (inner_accel)
+  int cycles_before = 0;  // stand-alone ones (iter_pre)
+  int most_restarts = 2;  // after breakdowns (maxop_restart)
+};
 
 /// What an accelerator works on.
 struct accelerated_run {
@@ -16,7 +28,7 @@ struct accelerated_run {
   stopping_rules& rules;
   view<double> by_function;  // [1..nsys] norms by function, empty unless show_un_res
 
-  level& fine() { return s.at(1); }
+  level& fine();
 };
 
 /// Flexible GMRES with restarts, right preconditioning, modified Gram-Schmidt: Saad, SIAM J. Sci. Comput. 14
@@ -32,12 +44,11 @@ void cgstab(accelerated_run& run);
 void old_cgc(accelerated_run& run);
 void new_cgc(accelerated_run& run);
 
-/// Conjugate gradients with up to nkdim kept directions, each made A-orthogonal to the kept ones: Notay, SIAM
-/// J. Sci. Comput. 22 (2000) 1444-1460. Numbers as for new_cgc.
+/// Conjugate gradients with up to `dimension` kept directions, each made A-orthogonal to the kept ones:
+/// Notay, SIAM J. Sci. Comput. 22 (2000) 1444-1460. Numbers as for new_cgc.
 void flexcg_skcycle(accelerated_run& run);
 
-/// z <- M^-1 v: inner_accel cycles from zero, or with igam 5 the diagonal,
-/// with igam 6 an incomplete factorisation.
+/// z <- M^-1 v: inner_cycles cycles from zero, or the diagonal, or an incomplete factorisation of level 1.
 void precondition(accelerated_run& run, view<double> v, view<double> z, std::string_view reason);
 
 /// Residual norm of level 1's u, the residual itself in r; with show_un_res also by function.

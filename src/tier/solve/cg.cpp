@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string>
 
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
@@ -29,7 +30,7 @@ class breakdowns {
     if (product > 0.0) return true;
     const std::string where = std::string(" on level 1 (") + routine_ + ")";
     warn(warn_cg_restart, std::string(product < 0.0 ? "Negative (" : "Zero (") + name + ")" + where + "!");
-    if (++count_ > parm().maxop_restart)
+    if (++count_ > run_.s.o.acceleration.most_restarts)
       fail(ierr_cg_breakdown,
            "Breakdown of CG" + where +
                ": too many restarts: Given matrix is not positive definite (numerically)!");
@@ -126,7 +127,7 @@ class flexible_cg_run {
   explicit flexible_cg_run(accelerated_run& run)
       : run_(run),
         n_(run.fine().n),
-        most_(std::max(1, std::min(run.s.c.nkdim, run.s.c.ncycle - run.results.ncyc_done))),
+        most_(std::max(1, std::min(run.s.o.acceleration.dimension, run.s.c.ncycle - run.results.ncyc_done))),
         words_{"CG", "flexcg_skcycle", warn_cg_quasi_residual, warn_cg_not_converged},
         p_(n_, most_, "p", words_.routine),
         ap_(n_, most_, "ap", words_.routine),

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tier/solve/coarse_solvers.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/timers.h"
@@ -60,29 +61,30 @@ std::int64_t raised(std::int64_t had, std::int64_t needed) {
   return static_cast<std::int64_t>(std::min(std::ceil(wanted) + 1.0, static_cast<double>(largest_store)));
 }
 
-std::unique_ptr<sparse_gauss> factorise_sparse(const level& l, const work_array<int>& pinned) {
+std::unique_ptr<sparse_gauss> factorise_sparse(const level& l, const work_array<int>& pinned,
+                                               double stability) {
   auto spg = std::make_unique<sparse_gauss>();
   spg->analyse(l.n, l.ia, l.ja);
   std::int64_t licn = spg->estimated_l(), lirn = spg->estimated_u();
   const auto sizes = [&] { return std::to_string(licn) + " " + std::to_string(lirn); };
-  trace(1, "cgsolve: orig estim      : licn=lirn " + sizes(), parm().itrace_clsol);
+  trace(trace_topic::coarsest_solver, "cgsolve: orig estim      : licn=lirn " + sizes());
   licn = std::min(licn, largest_store);
   lirn = std::min(lirn, largest_store);
-  trace(1, "cgsolve: initial attempt : licn=lirn " + sizes(), parm().itrace_clsol);
+  trace(trace_topic::coarsest_solver, "cgsolve: initial attempt : licn=lirn " + sizes());
   for (int attempt = 2;; ++attempt) {
-    const int outcome = spg->factorise(l.ia, l.ja, l.a, pinned, parm().stability, licn, lirn);
+    const int outcome = spg->factorise(l.ia, l.ja, l.a, pinned, stability, licn, lirn);
     if (outcome == sparse_gauss::done) return spg;
     if (outcome != sparse_gauss::out_of_l && outcome != sparse_gauss::out_of_u) sparse_gauss_failed();
     info(message_class::note, "Decomposition - new attempt (sparse Gauss)");
     licn = raised(licn, outcome == sparse_gauss::out_of_l ? spg->needed() : 0);
     lirn = raised(lirn, outcome == sparse_gauss::out_of_u ? spg->needed() : 0);
-    trace(1, attempt_words(attempt, licn, lirn), parm().itrace_clsol);
+    trace(trace_topic::coarsest_solver, attempt_words(attempt, licn, lirn));
   }
 }
 
-dense_method dense_kind(const controls& c) {
-  if (c.nrc == coarsest_solver::least_squares) return dense_method::least_squares;
-  if (c.nrc == coarsest_solver::full_gauss && parm().full_pivoting) return dense_method::full_pivoting;
+dense_method dense_kind(const coarsest_options& o) {
+  if (o.method == coarsest_solver::least_squares) return dense_method::least_squares;
+  if (o.method == coarsest_solver::full_gauss && o.full_pivoting) return dense_method::full_pivoting;
   return dense_method::partial_pivoting;
 }
 
@@ -104,7 +106,7 @@ bool solve_trivial(cycle_state& s, level& l) {
     l.u[1] = 0.0;
     l.u[2] = l.f[2] / l.a[l.ia[2]];
   }
-  trace(1, "cgsolve: done after solve_trivial", parm().itrace_clsol);
+  trace(trace_topic::coarsest_solver, "cgsolve: done after solve_trivial");
   return true;
 }
 
@@ -113,7 +115,7 @@ void solve_sparse_gauss(cycle_state& s, level& l) {
   if (!d.spg) {
     const timed clock(phase::direct_decomposition);
     find_pinned(s.c, l, d.pinned);
-    d.spg = factorise_sparse(l, d.pinned);
+    d.spg = factorise_sparse(l, d.pinned, s.o.coarsest.stability);
   }
   const timed clock(phase::coarsest_solution);
   d.spg->substitute(right_hand_side(l), l.u);
@@ -121,8 +123,8 @@ void solve_sparse_gauss(cycle_state& s, level& l) {
 
 void solve_dense(cycle_state& s, level& l) {
   coarse_decomposition& d = coarse_factors();
-  const bool full = s.c.nrc != coarsest_solver::lapack;
-  const dense_method kind = dense_kind(s.c);
+  const bool full = s.o.coarsest.method != coarsest_solver::lapack;
+  const dense_method kind = dense_kind(s.o.coarsest);
   const bool pins = kind != dense_method::least_squares;
   if (!d.dense || d.dense->method() != kind) {
     const timed clock(phase::direct_decomposition);
@@ -138,8 +140,8 @@ void solve_dense(cycle_state& s, level& l) {
 
 void cgsolve(cycle_state& s, int k) {
   level& l = s.at(k);
-  if (s.c.nrc == coarsest_solver::none || solve_trivial(s, l)) return;
-  switch (s.c.nrc) {
+  if (s.o.coarsest.method == coarsest_solver::none || solve_trivial(s, l)) return;
+  switch (s.o.coarsest.method) {
     case coarsest_solver::smoothing:
       return cl_smo(s, k);
     case coarsest_solver::ilu_cg:

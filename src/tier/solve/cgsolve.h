@@ -2,13 +2,12 @@
 // and kept until release_solution_data.
 #pragma once
 
-#include "tier/solve/cycle_state.h"
-
 namespace tier {
 
-/// Solves A u = f on level k by the method nrc. Direct methods pin the first variable of each function that
-/// iscale flags as fixed only up to a constant.
-/// Errors: 20, 900 to 990 (see ierr.h).
+struct cycle_state;
+
+/// Solves A u = f on level k by the method of the options. Direct methods pin the first variable of each
+/// function that iscale flags as fixed only up to a constant. Errors: 20, 900 to 990 (see ierr.h).
 void cgsolve(cycle_state& s, int k);
 
 }  // namespace tier

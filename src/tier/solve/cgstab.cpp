@@ -3,6 +3,7 @@
 #include <limits>
 #include <string>
 
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
@@ -39,7 +40,7 @@ class cgstab_run {
       if (end == outcome::done) return;
       if (end == outcome::refresh) begin();
       if (end == outcome::breakdown || end == outcome::singular) {
-        if (++restarts_ > parm().maxop_restart) return give_up(first, end);
+        if (++restarts_ > run_.s.o.acceleration.most_restarts) return give_up(first, end);
         restart();
       }
     }
@@ -75,7 +76,7 @@ class cgstab_run {
     add_scaled(n_, -alpha_, v_, r_);
 
     const double half = vector_norm(n_, r_, run_.s.c.norm_typ, routine);
-    if (run_.rules.reached(half) && run_.results.ncyc_done + 1 >= parm().ncyc_min) {
+    if (run_.rules.reached(half) && run_.results.ncyc_done + 1 >= run_.s.o.stopping.least_steps) {
       const outcome end = judge(half);
       return end == outcome::go_on ? outcome::refresh : end;  // half a step has no omega to go on with
     }

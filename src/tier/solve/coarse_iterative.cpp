@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tier/solve/coarse_solvers.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/matrix_ops.h"
@@ -27,7 +28,7 @@ sweep_code four_full_steps() {
 }
 
 void trace_residual(const char* method, double residual, int iterations) {
-  trace(1, formatted("%sresidual= %.5e, iter=%d", method, residual, iterations), parm().itrace_clsol);
+  trace(trace_topic::coarsest_solver, formatted("%sresidual= %.5e, iter=%d", method, residual, iterations));
 }
 
 /// z <- M^-1 v by incomplete factors or the diagonal.
@@ -49,21 +50,21 @@ krylov_block& coarse_vectors(int n) {
 
 class coarse_cg {
  public:
-  coarse_cg(level& l, const coarse_preconditioner& m, krylov_block& v)
-      : l_(l), m_(m), r_(v(1)), z_(v(2)), p_(v(3)), ap_(v(4)) {}
+  coarse_cg(level& l, const coarse_preconditioner& m, const coarsest_options& o, krylov_block& v)
+      : l_(l), m_(m), o_(o), r_(v(1)), z_(v(2)), p_(v(3)), ap_(v(4)) {}
 
   void solve() {
     residual(l_, l_.f, l_.u, r_);
     const double first = norm();
     bool fresh = true;
     int restarts = 0;
-    for (int it = 1; it <= parm().itmax_conv && norm() > parm().conv_stop * first; ++it) {
+    for (int it = 1; it <= o_.most_iterations && norm() > o_.reduction * first; ++it) {
       if (step(fresh)) {
         fresh = false;
         trace_residual("cl precond. conj. gradient ", norm(), it);
         continue;
       }
-      if (++restarts > parm().maxop_restart)
+      if (++restarts > o_.most_restarts)
         fail(ierr_coarsest_cg,
              "Breakdown of CG on coarsest level in (cgc0): Coarsest level matrix is not positive definite!");
       warn(warn_coarsest_cg, "Modification of initial guess (cgc0).");
@@ -103,20 +104,21 @@ class coarse_cg {
 
   level& l_;
   const coarse_preconditioner& m_;
+  const coarsest_options& o_;
   view<double> r_, z_, p_, ap_;
   double rho_ = 1.0;
 };
 
 class coarse_bicgstab {
  public:
-  coarse_bicgstab(level& l, const coarse_preconditioner& m, krylov_block& v)
-      : l_(l), m_(m), r_(v(1)), rbar_(v(2)), p_(v(3)), v_(v(4)), z_(v(5)), t_(v(6)) {}
+  coarse_bicgstab(level& l, const coarse_preconditioner& m, const coarsest_options& o, krylov_block& v)
+      : l_(l), m_(m), o_(o), r_(v(1)), rbar_(v(2)), p_(v(3)), v_(v(4)), z_(v(5)), t_(v(6)) {}
 
   void solve() {
     residual(l_, l_.f, l_.u, r_);
     const double first = norm();
     begin();
-    for (int it = 1; it <= parm().itmax_conv && norm() > parm().conv_stop * first; ++it) {
+    for (int it = 1; it <= o_.most_iterations && norm() > o_.reduction * first; ++it) {
       if (step())
         trace_residual("cl precond. BI-CGSTAB ", norm(), it);
       else
@@ -135,7 +137,7 @@ class coarse_bicgstab {
   }
 
   void restart(double first) {
-    if (++restarts_ > parm().maxop_restart) {
+    if (++restarts_ > o_.most_restarts) {
       if (!singular_)
         fail(ierr_coarsest_bicgstab, "BI-CGSTAB failed on coarsest level (cgstab0) after repeated restart!");
       fail(ierr_coarsest_bicgstab,
@@ -177,6 +179,7 @@ class coarse_bicgstab {
 
   level& l_;
   const coarse_preconditioner& m_;
+  const coarsest_options& o_;
   view<double> r_, rbar_, p_, v_, z_, t_;
   double rho_ = 1.0, alpha_ = 1.0, omega_ = 1.0;
   int restarts_ = 0;
@@ -185,56 +188,59 @@ class coarse_bicgstab {
 
 }  // namespace
 
-int coarse_fill_limit(const level& l) {
-  if (parm().lfil_cl > 0) return std::min(parm().lfil_cl, l.n);
-  if (parm().lfil_cl == 0) return l.n;
+int coarse_fill_limit(const level& l, int fill) {
+  if (fill > 0) return std::min(fill, l.n);
+  if (fill == 0) return l.n;
   const double row_length = static_cast<double>(l.entries()) / l.n;
-  return static_cast<int>(
-      std::min<double>(row_length * -static_cast<double>(parm().lfil_cl) / 10.0 + 0.5, l.n));
+  return static_cast<int>(std::min<double>(row_length * -static_cast<double>(fill) / 10.0 + 0.5, l.n));
 }
 
 void cl_smo(cycle_state& s, int k) {
   level& l = s.at(k);
-  const bool steps = !s.pre.empty() || !s.post.empty();
+  const sweep_code &pre = s.o.smoothing.pre, &post = s.o.smoothing.post;
+  const coarsest_options& o = s.o.coarsest;
+  const bool steps = !pre.empty() || !post.empty();
   const sweep_code plain = four_full_steps();
   const double first = resid(l, l.f, l.u, norm_kind::euclidean);
   if (first == 0.0) return;
-  for (int sweep = 1; sweep <= parm().itmax_conv; ++sweep) {
+  for (int sweep = 1; sweep <= o.most_iterations; ++sweep) {
     if (steps) {
-      smoother(s, k, s.pre);
-      smoother(s, k, s.post);
+      smoother(s, k, pre);
+      smoother(s, k, post);
     } else {
       smoother(s, k, plain);
     }
-    if (sweep % std::max(1, parm().iter_check) != 0) continue;
+    if (sweep % o.sweeps_between_tests != 0) continue;
     const double now = resid(l, l.f, l.u, norm_kind::euclidean);
     if (s.c.out_level > 4) trace_residual("cl_smo: ", now, sweep);
-    if (now < parm().conv_stop * first) return;
+    if (now < o.reduction * first) return;
   }
 }
 
 void cgc0(cycle_state& s, int k) {
   level& l = s.at(k);
   coarse_preconditioner m{l};
-  if (s.c.nrc == coarsest_solver::ilu_cg) {
-    m.factors = ilu_of_level(l, k, smoother_ilu_options(smoother_kind::ilu0), ilu_user::coarsest_solver);
+  if (s.o.coarsest.method == coarsest_solver::ilu_cg) {
+    m.factors =
+        ilu_of_level(l, k, ilu_options_of(s.o.smoothing, smoother_kind::ilu0), ilu_user::coarsest_solver);
     if (!m.factors) fail(ierr_coarsest_cg, "ILU(0) decomposition failed in (cgc0)");
   }
   const timed clock(phase::coarsest_solution);
-  coarse_cg(l, m, coarse_vectors(l.n)).solve();
+  coarse_cg(l, m, s.o.coarsest, coarse_vectors(l.n)).solve();
 }
 
 void cgstab0(cycle_state& s, int k) {
   level& l = s.at(k);
   coarse_preconditioner m{l};
-  if (s.c.nrc == coarsest_solver::ilut_bicgstab) {
-    const int lfil = coarse_fill_limit(l);
-    const ilu_options options{ilu_kind::threshold, false, parm().delta_milu, lfil, parm().droptol_cl};
+  if (s.o.coarsest.method == coarsest_solver::ilut_bicgstab) {
+    const int lfil = coarse_fill_limit(l, s.o.coarsest.fill);
+    const ilu_options options{ilu_kind::threshold, false, s.o.smoothing.weight, lfil, s.o.coarsest.drop,
+                              s.o.smoothing.speed};
     m.factors = ilu_of_level(l, k, options, ilu_user::coarsest_solver);
     if (!m.factors) fail(ierr_coarsest_bicgstab, "ILUT decomposition failed in (cgstab0)");
   }
   const timed clock(phase::coarsest_solution);
-  coarse_bicgstab(l, m, coarse_vectors(l.n)).solve();
+  coarse_bicgstab(l, m, s.o.coarsest, coarse_vectors(l.n)).solve();
 }
 
 }  // namespace tier

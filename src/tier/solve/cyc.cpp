@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tier/solve/cgsolve.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/minimize.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/smoother.h"
@@ -32,17 +33,17 @@ void smooth(cycle_state& s, int k, const sweep_code& code, int runs) {
   for (int i = 0; i < runs; ++i) smoother(s, k, code);
 }
 
-void warn_of_reduction(const controls& c, double ratio) {
+void warn_of_reduction(coarsest_solver method, double ratio) {
   const auto tell = [](std::string_view text) { info(message_class::warning, text); };
   tell(formatted("Insufficient residual reduction on coarsest level: %.5e", ratio));
   tell("If this happens only after several AMG iterations, most probably");
   tell("you have reached the level of dominant round-off influence");
   tell("(or the coarsest-level system is singular but incompatible).");
-  if (c.nrc == coarsest_solver::smoothing)
+  if (method == coarsest_solver::smoothing)
     tell("Otherwise, there may be convergence problems for relaxation.");
-  if (c.nrc == coarsest_solver::ilu_cg || c.nrc == coarsest_solver::diagonal_cg)
+  if (method == coarsest_solver::ilu_cg || method == coarsest_solver::diagonal_cg)
     tell("Otherwise, there may be convergence problems for cg.");
-  if (c.nrc == coarsest_solver::ilut_bicgstab || c.nrc == coarsest_solver::diagonal_bicgstab)
+  if (method == coarsest_solver::ilut_bicgstab || method == coarsest_solver::diagonal_bicgstab)
     tell("Otherwise, there may be convergence problems for BI-CGSTAB.");
 }
 
@@ -55,27 +56,27 @@ void solve_coarsest(cycle_state& s) {
     cgsolve(s, k);
     if (before > 0.0) {
       const double ratio = level_residual(s, k) / (before + 1e-90);
-      if (ratio > std::sqrt(parm().conv_stop)) warn_of_reduction(s.c, ratio);
+      if (ratio > std::sqrt(s.o.coarsest.reduction)) warn_of_reduction(s.o.coarsest.method, ratio);
     }
   }
   show_process(s, k, "solv");
 }
 
 void one_level_cycle(cycle_state& s) {
-  if (parm().clsolver_finest != 0) {
+  if (s.o.coarsest.on_finest) {
     info(message_class::warning, "warning : perform cgsolve as one level solver - replacing tier_smoother");
     cgsolve(s, 1);
     return;
   }
-  smoother(s, 1, s.pre);
+  smoother(s, 1, s.o.smoothing.pre);
   cgsolve(s, 1);
-  smoother(s, 1, s.post);
+  smoother(s, 1, s.o.smoothing.post);
 }
 
 /// Whether the cycle goes down once more from level k.
 bool down_again(cycle_state& s, int level_start, int k) {
   int& visits = s.visits[static_cast<std::size_t>(k)];
-  switch (s.c.igam) {
+  switch (s.o.cycle.kind) {
     case cycle_kind::v:
       return false;
     case cycle_kind::f:
@@ -112,8 +113,7 @@ int dynamic_sweeps(int ndyn_smo, int level_start, int k) {
 
 void cyc(cycle_state& s, int level_start, std::string_view reason) {
   const int levels = s.levels();
-  if (parm().itrace_sol > 0 || parm().itracelevel > 0)
-    trace(1, "cyc: " + std::string(reason), parm().itrace_sol);
+  if (traces(trace_topic::solution)) trace(trace_topic::solution, "cyc: " + std::string(reason));
   if (level_start == levels && level_start > 1)
     emergency_stop("Cycling must include at least two levels (cyc)!");
   if (levels == 1) return one_level_cycle(s);
@@ -123,8 +123,8 @@ void cyc(cycle_state& s, int level_start, std::string_view reason) {
   do {
     for (; k < levels; ++k) {
       ++s.visits[static_cast<std::size_t>(k)];
-      smooth(s, k, s.pre, dynamic_sweeps(s.c.ndyn_smo, level_start, k));
-      if (s.c.nstar_typ != star_cycle::none) keep_before_correction(s, level_start, k);
+      smooth(s, k, s.o.smoothing.pre, dynamic_sweeps(s.o.cycle.dynamic_sweeps, level_start, k));
+      if (s.o.cycle.star != star_cycle::none) keep_before_correction(s, level_start, k);
       resc(s.at(k), s.at(k + 1), s.r);
       show_process(s, k, "resc");
     }
@@ -133,10 +133,10 @@ void cyc(cycle_state& s, int level_start, std::string_view reason) {
       --k;
       inta(s.at(k), s.at(k + 1));
       show_process(s, k, "inta");
-      smooth(s, k, s.post, dynamic_sweeps(s.c.ndyn_smo, level_start, k));
+      smooth(s, k, s.o.smoothing.post, dynamic_sweeps(s.o.cycle.dynamic_sweeps, level_start, k));
     } while (k > level_start && !down_again(s, level_start, k));
   } while (k > level_start);
-  if (s.c.nstar_typ != star_cycle::none) minimize(s, level_start);
+  if (s.o.cycle.star != star_cycle::none) minimize(s, level_start);
 }
 
 }  // namespace tier

@@ -1,26 +1,23 @@
-// What the cycles of one solution share: hierarchy, controls, decoded sweeps and scratch vectors.
+// What the cycles of one solution share: hierarchy, controls, options and scratch vectors.
 // Made by tier_solve once per call; passed to every routine of the solution phase.
 #pragma once
 
 #include <array>
 #include <optional>
 
-#include "tier/solve/relax.h"
 #include "tier/solve/rows_by_state.h"
-#include "tier/solve/sweep_code.h"
+#include "tier/solve/solve_options.h"
 #include "tier/store/controls.h"
 #include "tier/store/hierarchy.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
 struct cycle_state {
-  cycle_state(hierarchy& levels_of_run, controls& controls_of_run);
+  cycle_state(hierarchy& levels_of_run, const controls& controls_of_run, const solve_options& options_of_run);
 
   hierarchy& h;
-  controls& c;
-  sweep_code pre, post;  // from nrd and nru
-  jacobi_damping damping;
+  const controls& c;
+  const solve_options& o;
   work_array<double> r;                         // of level 1's length
   work_array<double> scratch;                   // threads times level 1's length
   work_array<double> copy1, copy2, e1, e2, ae;  // V*-cycle: u before the correction, directions; else empty

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "tier/solve/accelerators.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/gmres_kernels.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/norms.h"
@@ -181,7 +182,7 @@ class gmres_run {
 void gmres(accelerated_run& run) {
   const int steps_left = run.s.c.ncycle - run.results.ncyc_done;
   if (steps_left < 1) return warn(warn_gmres_not_converged, not_converged);
-  gmres_run(run, std::min(run.s.c.nkdim, steps_left)).iterate();
+  gmres_run(run, std::min(run.s.o.acceleration.dimension, steps_left)).iterate();
 }
 
 }  // namespace tier

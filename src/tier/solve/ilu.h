@@ -16,6 +16,7 @@ struct ilu_options {
   double weight = 1.0;    // ... times this
   int lfil = 0;           // entries kept in each row of L and of U beside the diagonal
   double droptol = 0.0;   // relative to the row's 2-norm
+  int speed = 1;          // kind of kernels; there is one
   bool operator==(const ilu_options&) const = default;
 };
 

@@ -1,28 +1,18 @@
 // Keeper of the decompositions of all levels.
 #include "tier/solve/level_factors.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/timers.h"
 
 namespace tier {
 
 namespace {
 
-struct kept_ilu {
-  std::unique_ptr<ilu_factors> factors;
-  int ilu_speed = 0;
-  bool fits(const ilu_options& options) const {
-    return factors && factors->options() == options && ilu_speed == parm().ilu_speed;
-  }
-};
-
 struct kept_factors {
-  std::array<kept_ilu, 2> ilu;  // by ilu_user
+  std::array<std::unique_ptr<ilu_factors>, 2> ilu;  // by ilu_user
   std::unique_ptr<block_ilu> blocks;
   std::unique_ptr<point_blocks> points;
 };
@@ -33,13 +23,13 @@ const per_context<factors_by_level> kept;
 kept_factors& kept_at(int k) { return kept()[static_cast<std::size_t>(k)]; }
 
 /// What cgc0 and cgstab0 tell about new factors.
-void trace_decomposition(const kept_ilu& f, const ilu_options& wanted) {
-  const auto tell = [](const std::string& what) { trace(1, what, parm().itrace_clsol); };
+void trace_decomposition(const ilu_factors* former, const ilu_options& wanted) {
+  const auto tell = [](const std::string& what) { trace(trace_topic::coarsest_solver, what); };
   if (wanted.kind == ilu_kind::threshold)
     tell("cl precond. BI-CGSTAB : setting up ILUT(" + std::to_string(wanted.lfil) + ") decomposition");
-  if (!f.factors) return;
-  const ilu_options& had = f.factors->options();
-  if (f.ilu_speed != parm().ilu_speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
+  if (!former) return;
+  const ilu_options& had = former->options();
+  if (had.speed != wanted.speed) tell("cgc0 : ilu_dealloc (parm ilu_spped changed)");
   if (had.modified != wanted.modified) tell("cgc0 : ilu_dealloc (parm milu changed)");
   if (had.kind != wanted.kind && wanted.kind == ilu_kind::zero_fill)
     tell("cgc0 : ilu_dealloc (ilu type changed from ilut to ilu0)");
@@ -49,17 +39,16 @@ void trace_decomposition(const kept_ilu& f, const ilu_options& wanted) {
 
 ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu_user user) {
   auto& slots = kept_at(k).ilu;
-  for (kept_ilu& slot : slots)
-    if (slot.fits(options)) return slot.factors.get();
-  kept_ilu& own = slots[static_cast<std::size_t>(user)];
-  if (user == ilu_user::coarsest_solver) trace_decomposition(own, options);
-  own.factors.reset();
+  for (const auto& slot : slots)
+    if (slot && slot->options() == options) return slot.get();
+  std::unique_ptr<ilu_factors>& own = slots[static_cast<std::size_t>(user)];
+  if (user == ilu_user::coarsest_solver) trace_decomposition(own.get(), options);
+  own.reset();
   const timed clock(phase::ilu_decomposition);
   auto made = std::make_unique<ilu_factors>();
   if (!made->decompose(l, options)) return nullptr;
-  own.factors = std::move(made);
-  own.ilu_speed = parm().ilu_speed;
-  return own.factors.get();
+  own = std::move(made);
+  return own.get();
 }
 
 point_blocks& points_of_level(const level& l, int k) {
@@ -76,17 +65,6 @@ block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weigh
   if (!made->decompose(l, points_of_level(l, k), modified, weight)) return nullptr;
   f.blocks = std::move(made);
   return f.blocks.get();
-}
-
-ilu_options smoother_ilu_options(smoother_kind type) {
-  ilu_options o;
-  o.weight = parm().delta_milu;
-  o.modified = parm().milu != 0 && type != smoother_kind::ilut;
-  if (type == smoother_kind::ilu0) return o;
-  o.kind = type == smoother_kind::ilut ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
-  o.lfil = std::max(0, parm().lfil_smo);
-  o.droptol = parm().droptol_smo;
-  return o;
 }
 
 void release_level_factors() {

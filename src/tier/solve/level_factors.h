@@ -6,7 +6,6 @@
 
 #include "tier/solve/block_ilu.h"
 #include "tier/solve/ilu.h"
-#include "tier/store/controls.h"
 
 namespace tier {
 
@@ -22,9 +21,6 @@ block_ilu* block_ilu_of_level(const level& l, int k, bool modified, double weigh
 
 /// Point structure of level k.
 point_blocks& points_of_level(const level& l, int k);
-
-/// Options of an ILU smoother, by milu, delta_milu, lfil_smo and droptol_smo.
-ilu_options smoother_ilu_options(smoother_kind type);
 
 void release_level_factors();
 

@@ -15,7 +15,7 @@ namespace {
 }
 
 bool next_level_counts(const cycle_state& s, int level_start) {
-  return s.c.nstar_typ == star_cycle::two_directions && level_start + 1 < s.h.levels_used;
+  return s.o.cycle.star == star_cycle::two_directions && level_start + 1 < s.h.levels_used;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The one-level methods igam 5 (Jacobi) and 6 (ILU), as preconditioners and on their own.
+// The one-level methods (Jacobi, and incomplete factors), as preconditioners and on their own.
 // Called by the accelerators and the driver.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace tier {
 
-/// Makes the factors that igam 6 needs: ILU(0) for the CG kinds, ILUT for the others.
+/// Makes the factors that incomplete factorisation needs: ILU(0) for the CG kinds, ILUT for the others.
 /// Errors: 810 (CG), 820 (GMRES, BiCGstab).
 void prepare_one_level(cycle_state& s);
 

@@ -20,7 +20,7 @@ struct relaxation {
   const sweep_rows& rows;
   const_vector f;
   vector u, scratch;
-  double omega_sor_do;  // the caller's: threads of a team have parameters of their own
+  double sor_factor;
 };
 
 /// A Gauss-Seidel step, decoded.
@@ -33,7 +33,7 @@ sweep_kind decode_step(const relaxation& x, int step) {
   const bool by_state = x.rows.by_state();
   const int mode = std::abs(step), filter = by_state ? (mode - 1) % 3 + 1 : 2;
   sweep_kind kind{filter != 3, filter != 1, (mode > 3) != (step < 0)};
-  if (filter == 2 && mode <= 3 && step > 0) kind.omega = x.omega_sor_do;
+  if (filter == 2 && mode <= 3 && step > 0) kind.omega = x.sor_factor;
   return kind;
 }
 
@@ -154,15 +154,15 @@ void jacobi(const relaxation& x, const jacobi_damping& damping) {
 }  // namespace
 
 void relx_gs(const level& l, const sweep_rows& rows, const_vector f, vector u, std::span<const int> steps,
-             const jacobi_damping& damping, vector scratch, const char* routine) {
+             const sweep_options& o, vector scratch) {
   for (const int step : steps)
     if (step == 0 || std::abs(step) > jacobi_step)
-      fail(ierr_illegal_value, std::string("Unknown relaxation step requested in (") + routine + ")");
-  const relaxation x{l, rows, f, u, scratch, parm().omega_sor_do};
+      fail(ierr_illegal_value, std::string("Unknown relaxation step requested in (") + o.routine + ")");
+  const relaxation x{l, rows, f, u, scratch, o.sor_factor};
   const auto is_jacobi = [](int step) { return std::abs(step) == jacobi_step; };
   for (auto step = steps.begin(); step != steps.end();) {
     if (is_jacobi(*step)) {
-      jacobi(x, damping);
+      jacobi(x, o.damping);
       ++step;
       continue;
     }

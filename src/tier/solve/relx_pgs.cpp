@@ -6,7 +6,6 @@
 
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
@@ -43,17 +42,16 @@ void relax_point(level& l, point_blocks& points, int p, bool pivot) {
 
 }  // namespace
 
-void relx_pgs(level& l, point_blocks& points, const int* icg, int step) {
+void relx_pgs(level& l, point_blocks& points, const int* icg, int step, bool full_pivoting) {
   const int mode = std::abs(step);
   if (mode < 1 || mode > 6) fail(ierr_illegal_value, "Unknown relaxation step requested in (relx_pgs)!");
   const bool descending = (mode > 3) != (step < 0);
   const int filter = icg ? (mode - 1) % 3 + 1 : all_points;
-  const bool pivot = parm().ibgs_pivot != 0;
   for (int done = 1; done <= points.points; ++done) {
     const int p = descending ? points.points + 1 - done : done;
     if (points.size_of(p) == 0) continue;
     if (filter != all_points && is_coarse(points, icg, p) != (filter == coarse_points)) continue;
-    relax_point(l, points, p, pivot);
+    relax_point(l, points, p, full_pivoting);
   }
 }
 

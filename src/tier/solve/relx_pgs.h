@@ -8,7 +8,7 @@ namespace tier {
 /// One step: for each selected point the dense system of its variables is solved with the others as they are.
 /// step     as in relx_gs, F and C being points: a point is C if one of its variables is; 7 is no step here
 /// icg      C above 0 by variable; null where the level has no split
-/// ibgs_pivot chooses full (not 0) or row pivoting. Errors: 20 unknown step, 220 zero pivot.
-void relx_pgs(level& l, point_blocks& points, const int* icg, int step);
+/// full_pivoting, else by rows. Errors: 20 unknown step, 220 zero pivot.
+void relx_pgs(level& l, point_blocks& points, const int* icg, int step, bool full_pivoting);
 
 }  // namespace tier

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "tier/solve/cycle_state.h"
 #include "tier/store/info.h"
 
 namespace tier {

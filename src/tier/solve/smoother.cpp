@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/level_factors.h"
 #include "tier/solve/matrix_ops.h"
 #include "tier/solve/relx_pgs.h"
@@ -18,10 +19,9 @@ namespace {
 
 void gauss_seidel_passes(cycle_state& s, int k, const sweep_code& code) {
   level& l = s.at(k);
-  const char* routine = s.c.nstyp == approach::by_variables ? "relx_gs" : "relx_ugs";
   const std::span steps(code.step.data(), static_cast<std::size_t>(code.steps));
   for (int pass = 0; pass < code.passes; ++pass)
-    relx_gs(l, s.rows_of(k), l.f, l.u, steps, s.damping, s.scratch, routine);
+    relx_gs(l, s.rows_of(k), l.f, l.u, steps, s.o.smoothing.sweeps, s.scratch);
 }
 
 void block_passes(cycle_state& s, int k, const sweep_code& code) {
@@ -30,11 +30,11 @@ void block_passes(cycle_state& s, int k, const sweep_code& code) {
   for (int pass = 0; pass < code.passes; ++pass)
     for (int m = 0; m < code.steps; ++m)
       relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr,
-               code.step[static_cast<std::size_t>(m)]);
+               code.step[static_cast<std::size_t>(m)], s.o.smoothing.full_pivoting);
 }
 
 ilu_factors& smoother_factors(cycle_state& s, int k, smoother_kind type) {
-  ilu_factors* factors = ilu_of_level(s.at(k), k, smoother_ilu_options(type));
+  ilu_factors* factors = ilu_of_level(s.at(k), k, ilu_options_of(s.o.smoothing, type));
   if (!factors && type == smoother_kind::ilu0)
     fail(ierr_smoother_ilu0, "(M)ILU(0) decomposition failed: smoothing (ilux_prepare)!");
   if (!factors) fail(ierr_smoother_ilut, "ILUT decomposition failed: smoothing (ilux_prepare)!");
@@ -42,7 +42,7 @@ ilu_factors& smoother_factors(cycle_state& s, int k, smoother_kind type) {
 }
 
 block_ilu& smoother_blocks(cycle_state& s, int k) {
-  block_ilu* factors = block_ilu_of_level(s.at(k), k, parm().milu != 0, parm().delta_milu);
+  block_ilu* factors = block_ilu_of_level(s.at(k), k, s.o.smoothing.modified, s.o.smoothing.weight);
   if (!factors) fail(ierr_solution_internal, "Error in BLOCK ILU smoother in (smoother)");
   return *factors;
 }
@@ -73,9 +73,10 @@ bool asks_for_states(const sweep_code& code) {
 
 /// Stores the rows of all levels that Gauss-Seidel smooths by their states.
 void sort_rows(cycle_state& s, int last) {
-  if (!asks_for_states(s.pre) && !asks_for_states(s.post)) return;
+  if (!asks_for_states(s.o.smoothing.pre) && !asks_for_states(s.o.smoothing.post)) return;
   const auto sorted = [&s](int k) {
-    return smoother_type(s.c, k) == smoother_kind::gauss_seidel && k < s.levels() && s.at(k).has_states();
+    return smoother_type(s.o.smoothing, k) == smoother_kind::gauss_seidel && k < s.levels() &&
+           s.at(k).has_states();
   };
   std::int64_t most = 0;
   for (int k = 1; k <= last; ++k)
@@ -94,17 +95,17 @@ void share_rows(cycle_state& s, int k) {
 }  // namespace
 
 void prepare_smoothers(cycle_state& s) {
-  if (s.levels() > 1 && smoother_type(s.c, 2) != s.c.nxtyp) {
-    const smoother_kind coarse{parm().nxtyp_coarse};
+  if (s.levels() > 1 && smoother_type(s.o.smoothing, 2) != s.o.smoothing.type) {
+    const smoother_kind coarse = smoother_type(s.o.smoothing, 2);
     if (coarse != smoother_kind::gauss_seidel && coarse != smoother_kind::block_gauss_seidel)
       fail(ierr_illegal_value, "Illegal value of parameter <nxtyp_coarse> in (smoother)");
-    if (parm().print_nxtyp_coarse_msg)
+    if (s.o.smoothing.tells_of_coarse_levels)
       info(message_class::note, "special variant: V/U/BGS enforced on coarse levels!");
   }
-  const int last = std::max(1, s.levels() - (s.c.nrc == coarsest_solver::smoothing ? 0 : 1));
+  const int last = std::max(1, s.levels() - (s.o.coarsest.method == coarsest_solver::smoothing ? 0 : 1));
   sort_rows(s, last);
   for (int k = 1; k <= last; ++k) {
-    const smoother_kind type = smoother_type(s.c, k);
+    const smoother_kind type = smoother_type(s.o.smoothing, k);
     if (type == smoother_kind::gauss_seidel) share_rows(s, k);
     if (type >= smoother_kind::ilu0 && type <= smoother_kind::ilutp) smoother_factors(s, k, type);
     if (type == smoother_kind::block_gauss_seidel || type == smoother_kind::block_ilu0) {
@@ -116,21 +117,31 @@ void prepare_smoothers(cycle_state& s) {
   }
 }
 
-smoother_kind smoother_type(const controls& c, int k) {
+smoother_kind smoother_type(const smoothing_options& o, int k) {
   const bool replaceable =
-      c.nxtyp == smoother_kind::gauss_seidel || c.nxtyp == smoother_kind::block_gauss_seidel;
-  if (k == 1 || !replaceable || parm().nxtyp_coarse < 0) return c.nxtyp;
-  const smoother_kind coarse{parm().nxtyp_coarse};
-  return c.nsys == 1 && coarse == smoother_kind::block_gauss_seidel ? smoother_kind::gauss_seidel : coarse;
+      o.type == smoother_kind::gauss_seidel || o.type == smoother_kind::block_gauss_seidel;
+  return k > 1 && replaceable ? o.on_coarse_levels.value_or(o.type) : o.type;
+}
+
+ilu_options ilu_options_of(const smoothing_options& o, smoother_kind type) {
+  ilu_options made;
+  made.weight = o.weight;
+  made.modified = o.modified && type != smoother_kind::ilut;
+  made.speed = o.speed;
+  if (type == smoother_kind::ilu0) return made;
+  made.kind = type == smoother_kind::ilut ? ilu_kind::threshold : ilu_kind::threshold_pivoting;
+  made.lfil = std::max(0, o.fill);
+  made.droptol = o.drop;
+  return made;
 }
 
 void smoother(cycle_state& s, int k, const sweep_code& code) {
   if (code.passes == 0) {
-    trace(1, " NO SMOOTHING !?", parm().itrace_smo);
+    trace(trace_topic::smoothing, " NO SMOOTHING !?");
     return;
   }
   const timed clock(phase::relaxation);
-  switch (const smoother_kind type = smoother_type(s.c, k); type) {
+  switch (const smoother_kind type = smoother_type(s.o.smoothing, k); type) {
     case smoother_kind::gauss_seidel:
       return gauss_seidel_passes(s, k, code);
     case smoother_kind::ilu0:
@@ -142,7 +153,7 @@ void smoother(cycle_state& s, int k, const sweep_code& code) {
     case smoother_kind::block_ilu0:
       return relx_block_ilu0(s, k, code.passes);
   }
-  const std::string number = std::to_string(code_of(smoother_type(s.c, k)));
+  const std::string number = std::to_string(code_of(smoother_type(s.o.smoothing, k)));
   fail(ierr_illegal_value, "Illegal value of parameter <" + number + "> in (smoother)");
 }
 

@@ -7,7 +7,6 @@
 
 #include "tier/store/formatted.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/report.h"
 #include "tier/store/row_loop.h"
 
@@ -34,63 +33,70 @@ distance between(int n, const double* x, view<const double> y) {
 
 }  // namespace
 
-stopping_rules::stopping_rules(const controls& c, int n, double target) : c_(c), n_(n), target_(target) {
-  if (c.num_old_res > 0) old_res_.allocate(c.num_old_res + 1, "resids", "resids_alloc");
-  if (c.num_old_apps > 0)
-    old_apps_.allocate(static_cast<std::int64_t>(c.num_old_apps) * n, "apps", "apps_alloc");
+double stop_target(double eps, double floor, double reference) {
+  constexpr double least_floor = 1e-20;
+  const double target = eps >= 0.0 ? eps * reference : -eps;
+  return floor > least_floor ? std::max(target, floor) : target;
+}
+
+stopping_rules::stopping_rules(const stopping_options& o, int n, double target)
+    : o_(o), n_(n), target_(target) {
+  if (o.old_residuals > 0) old_res_.allocate(o.old_residuals + 1, "resids", "resids_alloc");
+  if (o.old_approximations > 0)
+    old_apps_.allocate(static_cast<std::int64_t>(o.old_approximations) * n, "apps", "apps_alloc");
 }
 
 double stopping_rules::kept(int steps_ago) const {
-  const int size = c_.num_old_res + 1;
+  const int size = o_.old_residuals + 1;
   return old_res_[(residuals_ - 1 - steps_ago) % size + 1];
 }
 
 bool stopping_rules::small_variation() const {
-  if (c_.num_old_res < 1 || residuals_ <= c_.num_old_res) return false;
+  if (o_.old_residuals < 1 || residuals_ <= o_.old_residuals) return false;
   double most = kept(0), least = most;
-  for (int ago = 1; ago <= c_.num_old_res; ++ago) {
+  for (int ago = 1; ago <= o_.old_residuals; ++ago) {
     most = std::max(most, kept(ago));
     least = std::min(least, kept(ago));
   }
-  return most <= parm().factor_res_var * least;
+  return most <= o_.residual_spread * least;
 }
 
 void stopping_rules::store_residual(double res) {
-  if (c_.num_old_res < 1) return;
-  old_res_[residuals_ % (c_.num_old_res + 1) + 1] = res;
+  if (o_.old_residuals < 1) return;
+  old_res_[residuals_ % (o_.old_residuals + 1) + 1] = res;
   ++residuals_;
   const bool was = stagnating_;
   stagnating_ = small_variation();
   if (stagnating_ && !was)
     info(message_class::note, "Small variation of residual norms (num_old_res+1=" +
-                                  std::to_string(c_.num_old_res + 1) + "): stagnation?!");
+                                  std::to_string(o_.old_residuals + 1) + "): stagnation?!");
 }
 
 stopping_rules::status stopping_rules::of_residuals() const {
-  if (c_.num_old_res < 1 || residuals_ < 2) return status::not_converged;
+  if (o_.old_residuals < 1 || residuals_ < 2) return status::not_converged;
   if (stagnating_) return status::stagnation;
-  const int steps = std::min(residuals_ - 1, c_.num_old_res);
+  const int steps = std::min(residuals_ - 1, o_.old_residuals);
   int up = 0;
   for (int ago = 0; ago < steps; ++ago) up += kept(ago) > kept(ago + 1) ? 1 : 0;
   if (up == 0) return status::not_converged;
   return up == steps ? status::divergence : status::oscillation;
 }
 
-// The approximations stand still when all of the last num_old_apps are close to the new one; what that means
+// The approximations stand still when all of the kept ones are close to the new one; what that means
 // is told by the residuals.
 void stopping_rules::check_approximations(view<const double> u) {
-  if (c_.num_old_apps < 1) return;
-  bool close = approximations_ >= c_.num_old_apps, decided = true;
-  for (int m = 0; m < std::min(approximations_, c_.num_old_apps); ++m) {
+  if (o_.old_approximations < 1) return;
+  bool close = approximations_ >= o_.old_approximations, decided = true;
+  for (int m = 0; m < std::min(approximations_, o_.old_approximations); ++m) {
     const distance d = between(n_, old_apps_.data() + static_cast<std::int64_t>(m) * n_, u);
     if (d.size < tiny_approximation) {
       info(message_class::note, "Max. values of current and previous approximation are zero!");
       decided = false;
       break;
     }
-    close = close && d.difference < parm().factor_app_var * d.size;
+    close = close && d.difference < o_.change * d.size;
   }
-  double* place = old_apps_.data() + static_cast<std::int64_t>(approximations_ % c_.num_old_apps) * n_;
+  double* place = old_apps_.data() + static_cast<std::int64_t>(approximations_ % o_.old_approximations) * n_;
   std::copy_n(u.data(), n_, place);
   ++approximations_;
   approximation_ = status::none;
@@ -102,26 +108,19 @@ void stopping_rules::check_approximations(view<const double> u) {
        std::string("==> overall status: ") + words[static_cast<int>(approximation_)] + "!");
 }
 
-// Digit 2 of icrits enables the residual, 3 the status of the approximations, 4 the scaled residual, which is
-// the residual here. Digit 1: 2 takes the largest enabled flag, 1 their product.
 decision stopping_rules::decide(int niter, double res) const {
-  if (niter < parm().ncyc_min) return decision::go_on;
+  if (niter < o_.least_steps) return decision::go_on;
   const bool still = approximation_ == status::stagnation || approximation_ == status::oscillation;
-  const bool flags[] = {reached(res), still, reached(res)};
-  bool any = false, all = true;
-  for (std::size_t digit = 2; digit <= 4; ++digit) {
-    if (c_.icrits[digit] == 0) continue;
-    any = any || flags[digit - 2];
-    all = all && flags[digit - 2];
-  }
-  if (c_.icrits[1] == 2 ? any : all) return reached(res) ? decision::converged : decision::stagnation;
+  const bool any = (o_.by_residual && reached(res)) || (o_.by_approximations && still);
+  const bool all = (!o_.by_residual || reached(res)) && (!o_.by_approximations || still);
+  if (o_.all ? all : any) return reached(res) ? decision::converged : decision::stagnation;
   return stagnating_ ? decision::stagnation : decision::go_on;
 }
 
 bool stopping_rules::quasi_differs(double quasi, double real) const {
   const double smaller = std::min(quasi, real), larger = std::max(quasi, real);
-  if (!(larger > tiny) || larger < parm().factor_quasi_res * smaller) return false;
-  const std::string tag(norm_tag(c_.norm_typ));
+  if (!(larger > tiny) || larger < o_.quasi_ratio * smaller) return false;
+  const std::string tag(norm_tag(o_.norm));
   info(message_class::warning, "norm of quasi " + tag + "-residual = " + figure(quasi));
   info(message_class::warning, "norm of real  " + tag + "-residual = " + figure(real));
   return true;

@@ -7,13 +7,14 @@
 
 #include "tier/solve/accelerators.h"
 #include "tier/solve/cyc.h"
+#include "tier/solve/cycle_state.h"
+#include "tier/solve/level_factors.h"
 #include "tier/solve/norms.h"
 #include "tier/solve/one_level.h"
 #include "tier/solve/smoother.h"
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/omega_jacobi.h"
 #include "tier/store/report.h"
 #include "tier/store/row_loop.h"
 
@@ -22,7 +23,6 @@ namespace tier {
 namespace {
 
 constexpr double smallest_normal = 2.2250738585072014e-308;
-constexpr double least_eps_abs = 1e-20;
 
 std::string figure(double x) { return formatted("%.15e", x); }
 
@@ -64,23 +64,24 @@ void show_coarse_convergence(cycle_state& s) {
 
 class solution {
  public:
-  solution(hierarchy& h, controls& c, run_results& r, const own_accelerator& own)
-      : s_(h, c), c_(c), results_(r), own_(own) {
+  solution(hierarchy& h, const controls& c, const solve_options& o, run_results& r,
+           const own_accelerator& own)
+      : s_(h, c, o), c_(c), o_(o), results_(r), own_(own) {
     if (c.show_un_res > 0) by_function_.allocate(std::max(1, c.nsys), "resids", "resids_alloc");
   }
 
   void run() {
     if (!own_) prepare_cycles();
     first_residual();
-    const double target = stop_target();
-    if (parm().ncyc_min <= 0 && results_.res_in <= target) return;
+    const double target = stop_target(c_.eps, o_.stopping.floor, results_.res_in);
+    if (o_.stopping.least_steps <= 0 && results_.res_in <= target) return;
     if (!own_ && stand_alone_cycles(target)) return;
     accelerate(target);
   }
 
  private:
   void prepare_cycles() {
-    if (is_one_level(c_.igam))
+    if (is_one_level(o_.cycle.kind))
       prepare_one_level(s_);
     else
       prepare_smoothers(s_);
@@ -98,7 +99,7 @@ class solution {
     const double user = results_.res_in, computed = residual_norm();
     if (computed <= smallest_normal)
       fail(ierr_solution_internal, "Freshly computed first-guess residual too tiny (tier_solve)!");
-    if (parm().ntake_res_in != 0) {
+    if (o_.res_in_is_given) {
       if (user != user) fail(ierr_inconsistent_input, "Residual is NaN(tier_solve)!");
       tier_check_res_in(user, computed);
     }
@@ -107,21 +108,18 @@ class solution {
     print_residual_head(c_);
     print_residual_line(c_, 0, computed, -1.0, by_function_);
     current_residual(0, computed);
-    if (parm().ncyc_start == 0) results_.res0 = computed;
-  }
-
-  double stop_target() const {
-    const double target = c_.eps >= 0.0 ? c_.eps * results_.res_in : -c_.eps;
-    return parm().eps_abs > least_eps_abs ? std::max(target, parm().eps_abs) : target;
+    if (o_.average_from == 0) results_.res0 = computed;
   }
 
   /// The cycles before the accelerator, or all of them without one. True: the run has ended.
   bool stand_alone_cycles(double target) {
-    const int count = c_.ncgrad == accelerator::none ? c_.ncycle : std::min(c_.iter_pre, c_.ncycle);
+    const int count = o_.acceleration.method == accelerator::none
+                          ? c_.ncycle
+                          : std::min(o_.acceleration.cycles_before, c_.ncycle);
     if (count > 0) trace_sweeps(count);
     double previous = results_.res_in;
     for (int cycle = 1; cycle <= count; ++cycle) {
-      if (is_one_level(c_.igam)) {
+      if (is_one_level(o_.cycle.kind)) {
         one_level_sweeps(s_, count);
         results_.ncyc_done += count;
       } else {
@@ -131,12 +129,12 @@ class solution {
       const double res = results_.res_out = residual_norm();
       print_residual_line(c_, results_.ncyc_done, res, previous, by_function_);
       current_residual(results_.ncyc_done, res);
-      if (results_.ncyc_done == parm().ncyc_start) results_.res0 = res;
-      if (results_.ncyc_done >= parm().ncyc_min && res <= target) return true;
-      if (is_one_level(c_.igam)) break;
+      if (results_.ncyc_done == o_.average_from) results_.res0 = res;
+      if (results_.ncyc_done >= o_.stopping.least_steps && res <= target) return true;
+      if (is_one_level(o_.cycle.kind)) break;
       previous = res;
     }
-    if (c_.ncgrad != accelerator::none) return false;
+    if (o_.acceleration.method != accelerator::none) return false;
     if (count > 0 && results_.res_out > target)
       warn(warn_cycles_not_converged, "Cycling stop: not converged (tier_solve)!");
     return true;
@@ -150,30 +148,32 @@ class solution {
         text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
       return text;
     };
-    trace(1, "CYC niter " + std::to_string(count), parm().itrace_sol);
-    trace(1, "(stand-alone AMG cycling or pre-iterations)", parm().itrace_sol);
-    trace(1, "CYC nrdx  " + std::to_string(s_.pre.passes) + " nrdtyp " + codes(s_.pre), parm().itrace_sol);
-    trace(1, "CYC nrux  " + std::to_string(s_.post.passes) + " nrutyp " + codes(s_.post), parm().itrace_sol);
+    trace(trace_topic::solution, "CYC niter " + std::to_string(count));
+    trace(trace_topic::solution, "(stand-alone AMG cycling or pre-iterations)");
+    trace(trace_topic::solution,
+          "CYC nrdx  " + std::to_string(o_.smoothing.pre.passes) + " nrdtyp " + codes(o_.smoothing.pre));
+    trace(trace_topic::solution,
+          "CYC nrux  " + std::to_string(o_.smoothing.post.passes) + " nrutyp " + codes(o_.smoothing.post));
   }
 
   void accelerate(double target) {
     if (!own_)
-      trace(1, "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(code_of(c_.ncgrad)),
-            parm().itrace_sol);
-    stopping_rules rules(c_, fine().n, target);
+      trace(trace_topic::solution,
+            "PREC (AMG as pre-conditioner), ncgrad " + std::to_string(code_of(o_.acceleration.method)));
+    stopping_rules rules(o_.stopping, fine().n, target);
     accelerated_run run{s_, results_, rules, by_function_};
     if (own_) return own_(run);
     const auto traced = [&run](void (*method)(accelerated_run&), const char* name) {
       try {
         method(run);
       } catch (const failure&) {
-        trace(1, std::string("... in (") + name + ")", parm().itrace_sol);
+        trace(trace_topic::solution, std::string("... in (") + name + ")");
         throw;
       }
     };
-    switch (c_.ncgrad) {
+    switch (o_.acceleration.method) {
       case accelerator::cg:
-        if (c_.ntyp_cg == cg_ratio::fletcher_reeves) return traced(old_cgc, "old_cgc");
+        if (o_.acceleration.ratio == cg_ratio::fletcher_reeves) return traced(old_cgc, "old_cgc");
         return traced(new_cgc, "new_cgc");
       case accelerator::bicgstab:
         return traced(cgstab, "cgstab");
@@ -188,7 +188,8 @@ class solution {
   }
 
   cycle_state s_;
-  controls& c_;
+  const controls& c_;
+  const solve_options& o_;
   run_results& results_;
   const own_accelerator& own_;
   work_array<double> by_function_;
@@ -196,28 +197,29 @@ class solution {
 
 }  // namespace
 
-cycle_state::cycle_state(hierarchy& levels_of_run, controls& controls_of_run)
-    : h(levels_of_run),
-      c(controls_of_run),
-      pre(decode_sweeps(controls_of_run.nrd)),
-      post(decode_sweeps(controls_of_run.nru)) {
+cycle_state::cycle_state(hierarchy& levels_of_run, const controls& controls_of_run,
+                         const solve_options& options_of_run)
+    : h(levels_of_run), c(controls_of_run), o(options_of_run) {
   const int n = h(1).n;
   r.allocate(n, "r", "tier_solve");
   scratch.allocate(static_cast<std::int64_t>(matrix_team(n)) * n, "scratch", "tier_solve");
-  damping.all = parm().omega_jacobi;
-  if (omega_jacobi_vec().size() == 1) damping.all = omega_jacobi_vec()[0];
-  if (omega_jacobi_vec().size() > 1) damping.by_function = const_vector(omega_jacobi_vec().data());
-  if (c.nstar_typ == star_cycle::none || h.levels_used < 2) return;
+  if (o.cycle.star == star_cycle::none || h.levels_used < 2) return;
   for (work_array<double>* x : {&copy1, &copy2, &e1, &e2, &ae}) x->allocate(n, "e", "cyc");
 }
 
-void tier_solve(hierarchy& h, controls& c, run_results& r, const own_accelerator& own) {
+void tier_solve(hierarchy& h, const controls& c, const solve_options& o, run_results& r,
+                const own_accelerator& own) {
   try {
-    solution(h, c, r, own).run();
+    solution(h, c, o, r, own).run();
   } catch (const failure&) {
-    trace(1, "... in (tier_solve)", parm().itrace_sol);
+    trace(trace_topic::solution, "... in (tier_solve)");
     throw;
   }
+}
+
+void release_solution_data() {
+  coarse_factors() = {};
+  release_level_factors();
 }
 
 }  // namespace tier

@@ -40,6 +40,25 @@ class_of_message describe(message_class cls) {
   return {">>> MESSG: ", 0};
 }
 
+/// The topic's own level.
+int trace_level(trace_topic topic) {
+  switch (topic) {
+    case trace_topic::call:
+      return parm().itrace_amgmain;
+    case trace_topic::splitting:
+      return parm().itrace_split;
+    case trace_topic::smoothing:
+      return parm().itrace_smo;
+    case trace_topic::solution:
+      return parm().itrace_sol;
+    case trace_topic::coarsest_solver:
+      return parm().itrace_clsol;
+    case trace_topic::set_up:
+      break;
+  }
+  return 0;
+}
+
 void blank_lines(int count) {
   for (int i = 0; i < count; ++i) write_line("");
 }
@@ -58,8 +77,10 @@ void message(std::string_view text, int blank_before, int blank_after) {
   blank_lines(blank_after);
 }
 
-void trace(int level, std::string_view text, int local_level) {
-  if (std::max(parm().itracelevel, local_level) >= level) write_line(text);
+bool traces(trace_topic topic) { return std::max(parm().itracelevel, trace_level(topic)) > 0; }
+
+void trace(trace_topic topic, std::string_view text) {
+  if (traces(topic)) write_line(text);
 }
 
 void fail(int ierr, std::string_view text) {

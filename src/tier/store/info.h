@@ -16,8 +16,12 @@ void info(message_class cls, std::string_view text, int blank_before = 0, int bl
 /// Prints a trimmed line without filter or prefix; an empty text prints the blank lines alone.
 void message(std::string_view text, int blank_before = 0, int blank_after = 0);
 
-/// Prints a trace line when the larger of itracelevel and `local_level` is at least `level`.
-void trace(int level, std::string_view text, int local_level = 0);
+/// What a trace line is about: itracelevel above 0 shows all of them, a parameter of its own each topic.
+enum class trace_topic { set_up, call, splitting, smoothing, solution, coarsest_solver };
+
+bool traces(trace_topic topic);
+/// Prints a trace line where its topic is traced.
+void trace(trace_topic topic, std::string_view text);
 
 /// What a routine throws when the call must end: tier_main turns it into ierr and cleans up.
 /// Never thrown inside a parallel region.

@@ -2,23 +2,15 @@
 // thread order. Used by every kernel of the solution phase.
 #pragma once
 
-#include <algorithm>
 #include <array>
 
 #ifdef _OPENMP
 #include <omp.h>
 #endif
 
-#include "tier/store/parameters.h"
 #include "tier/store/threads.h"
 
 namespace tier {
-
-constexpr int most_threads = 256;
-
-inline int matrix_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix)); }
-inline int restriction_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix_resc)); }
-inline int vector_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_vector)); }
 
 /// A thread's part of a row loop.
 struct row_chunk {

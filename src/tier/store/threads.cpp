@@ -7,6 +7,8 @@
 #include <omp.h>
 #endif
 
+#include "tier/store/parameters.h"
+
 namespace tier {
 
 namespace {
@@ -38,5 +40,9 @@ int team_size(std::int64_t rows, int nmin) {
   const int most = max_threads();
   return rows < std::int64_t{nmin} * most ? 1 : most;
 }
+
+int matrix_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix)); }
+int restriction_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix_resc)); }
+int vector_team(std::int64_t n) { return std::min(most_threads, team_size(n, parm().nmin_vector)); }
 
 }  // namespace tier

@@ -15,6 +15,14 @@ void set_max_threads(int omp_num_threads_external);
 /// Threads for a loop over `rows` rows: 1 below `nmin` rows per thread, else max_threads().
 int team_size(std::int64_t rows, int nmin);
 
+constexpr int most_threads = 256;
+
+/// Teams of the row loops over a matrix, of restriction and over vectors, by nmin_matrix, nmin_matrix_resc
+/// and nmin_vector; most_threads at most.
+int matrix_team(int n);
+int restriction_team(int n);
+int vector_team(std::int64_t n);
+
 /// Range lo..hi of thread `tid` of `team` in ilo..ihi: equal chunks, the last thread takes the rest.
 inline void chunk_of_thread(int ilo, int ihi, int tid, int team, int& lo, int& hi) {
   const int size = (ihi - ilo + 1) / team;

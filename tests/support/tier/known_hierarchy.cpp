@@ -12,6 +12,7 @@
 #endif
 
 #include "support/tier/systems.h"
+#include "tier/codes/solve_data.h"
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/solve/tier_solve.h"
 #include "tier/store/info.h"
@@ -130,8 +131,7 @@ int test_run::solve() {
   tier::clear_warning();
   int ierr = 0;
   try {
-    tier::solve_data(h, c);
-    tier::tier_solve(h, c, results);
+    tier::tier_solve(h, c, tier::solve_data(c), results);
   } catch (const tier::failure& f) {
     ierr = f.ierr;
   }

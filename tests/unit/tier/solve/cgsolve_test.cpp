@@ -179,8 +179,7 @@ TEST(CoarseFillLimit, FollowsItsSign) {
   set_first_level(h, s);
   for (const auto& [lfil_cl, expected] :
        {std::pair{-10, 5}, {-20, 10}, {-100, 20}, {0, 20}, {7, 7}, {50, 20}}) {
-    tier::parm().lfil_cl = lfil_cl;
-    EXPECT_EQ(tier::coarse_fill_limit(h(1)), expected) << lfil_cl;
+    EXPECT_EQ(tier::coarse_fill_limit(h(1), lfil_cl), expected) << lfil_cl;
   }
 }
 

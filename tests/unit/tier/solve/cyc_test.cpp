@@ -10,6 +10,8 @@
 
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/systems.h"
+#include "tier/codes/solve_data.h"
+#include "tier/solve/cycle_state.h"
 #include "tier/solve/transfer.h"
 #include "tier/store/parameters.h"
 
@@ -28,7 +30,8 @@ std::string visits_of_cycle(int levels, int igam) {
   make_levels(run, levels);
   run.c.igam = tier::cycle_kind{igam};
   run.c.out_level = 3;
-  tier::cycle_state state(run.h, run.c);
+  const tier::solve_options options = tier::options_of_solution(run.c);
+  tier::cycle_state state(run.h, run.c, options);
   testing::internal::CaptureStdout();
   tier::cyc(state, 1, "test");
   std::istringstream output(testing::internal::GetCapturedStdout());

@@ -15,7 +15,6 @@
 #include "tier/solve/sweep_code.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/threads.h"
 
 namespace {
@@ -46,7 +45,7 @@ TEST(SweepCode, SplitsIntoPassesAndSteps) {
 struct step_case {
   const char* name;
   int step;
-  double omega_sor_do;
+  double sor_factor;
   bool split;
   std::vector<double> expected;
 };
@@ -63,15 +62,14 @@ struct sweep_sharing {
 };
 
 /// Steps on a level, with its rows by state if it has states.
-sweep_sharing run_steps(tier::level& l, const std::vector<int>& steps,
-                        const tier::jacobi_damping& damping = {}) {
+sweep_sharing run_steps(tier::level& l, const std::vector<int>& steps, const tier::sweep_options& o = {}) {
   std::vector<double> copies(static_cast<std::size_t>(l.n * tier::max_threads()));
   const tier::vector scratch(copies.data());
   std::vector<double> store(static_cast<std::size_t>(l.has_states() ? tier::entries_of_coarse_rows(l) : 0));
   std::optional<tier::rows_by_state> sorted;
   if (l.has_states()) sorted.emplace(l, tier::vector(store.data()));
   const tier::sweep_rows rows(l, sorted ? &*sorted : nullptr, nullptr, scratch);
-  tier::relx_gs(l, rows, l.f, l.u, steps, damping, scratch, "relx_gs");
+  tier::relx_gs(l, rows, l.f, l.u, steps, o, scratch);
   const double* const added = rows.added().data();
   return {rows.team(), rows.rounds(),
           added && std::any_of(added, added + l.n, [](double x) { return x != 0.0; })};
@@ -87,10 +85,8 @@ TEST_P(RelxGs, GivesNumbersFromPaper) {
   tier::hierarchy h;
   set_first_level(h, s);
   if (GetParam().split) set_states(h(1), {1, -1, 2});
-  tier::parm().omega_sor_do = GetParam().omega_sor_do;
-  tier::parm().omega_sor_up = 1.5;  // without effect whatever the step
 
-  run_steps(h(1), {GetParam().step});
+  run_steps(h(1), {GetParam().step}, {GetParam().sor_factor, {}});
 
   for (std::size_t i = 0; i < 3; ++i) EXPECT_DOUBLE_EQ(s.u[i], GetParam().expected[i]) << i;
 }
@@ -117,9 +113,8 @@ TEST(RelxGs, SorKeepsItsShareOfTheOldValue) {
   s.u = {4.0};
   tier::hierarchy h;
   set_first_level(h, s);
-  tier::parm().omega_sor_do = 0.25;
 
-  run_steps(h(1), {2});
+  run_steps(h(1), {2}, {0.25, {}});
 
   EXPECT_DOUBLE_EQ(s.u[0], 0.25 * 1.0 + 0.75 * 4.0);
 }
@@ -145,7 +140,7 @@ TEST(RelxGs, JacobiTakesAFactorPerFunction) {
   set_first_level(h, s);
   double factors[] = {0.25, 1.0};
 
-  run_steps(h(1), {7}, {0.5, tier::const_vector(factors)});
+  run_steps(h(1), {7}, {0.0, {0.5, tier::const_vector(factors)}});
 
   EXPECT_EQ(s.u, (std::vector<double>{0.25, 1.0}));
 }

@@ -58,6 +58,23 @@ class front {
     return v * v > theta2_ * diagonal(i) * diagonal(column_[k]);
   }
 
+  int couplings(int i) const { return start_[i + 1] - start_[i] - 1; }
+
+  /// All of its couplings stand well above the limit of strength.
+  bool isotropic(int i) const {
+    constexpr double margin = 1.5 * 1.5;
+    for (int k = start_[i] + 1; k < start_[i + 1]; ++k) {
+      const double v = norm_[k];
+      if (v * v <= margin * theta2_ * diagonal(i) * diagonal(column_[k])) return false;
+    }
+    return true;
+  }
+
+  /// Where meshes alternate points of few and of many neighbours, one of few makes too small an aggregate.
+  bool outdone(int i, int neighbour) const {
+    return 2 * couplings(i) <= couplings(neighbour) && isotropic(i) && isotropic(neighbour);
+  }
+
   void visit(int i, int& end) {
     if (seen_[i]) return;
     seen_[i] = 1;
@@ -85,6 +102,7 @@ class front {
     for (int k = start_[i] + 1; k < start_[i + 1]; ++k) {
       if (!strong(i, k)) continue;
       if (of_[column_[k]] != still_free) return;
+      if (outdone(i, column_[k])) return;
       any = true;
     }
     if (any) take_free_neighbours(i);

@@ -13,9 +13,11 @@ void block_norms(const block_matrix<T>& a, from_zero<float>& norm);
 /// Aggregates of the points: aggregate[i] from 0, or -1 for a point without any coupling, which smoothing
 /// alone solves. Point j is strong for i when |A_ij| > theta sqrt(|A_ii| |A_jj|).
 /// A front passes through the strong couplings, all components in one queue: a point whose strong neighbours
-/// are all free becomes a root and takes them. What it leaves joins the neighbour j of the front's aggregates
-/// with the largest |A_ij|^2 / |A_jj|^2; the rest forms aggregates of its own with its free strong
-/// neighbours. Returns their number. Vanek, Mandel, Brezina, Computing 56 (1996) 179-196.
+/// are all free becomes a root and takes them, but for one with at most half as many couplings as such a
+/// neighbour, where all couplings of both are more than 1.5 times as strong as need be. What it leaves joins
+/// the neighbour j of the front's aggregates with the largest |A_ij|^2 / |A_jj|^2; the rest forms aggregates
+/// of its own with its free strong neighbours. Returns their number. Vanek, Mandel, Brezina, Computing 56
+/// (1996) 179-196.
 int form_aggregates(int n, const from_zero<int>& start, const from_zero<int>& column,
                     const from_zero<float>& norm, double theta, from_zero<int>& aggregate);
 

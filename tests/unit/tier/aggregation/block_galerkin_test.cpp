@@ -235,41 +235,78 @@ TEST(DiagonalBlocks, InvertAndTellWhatIsNotDefinite) {
   EXPECT_THAT(holed, testing::ElementsAre(3, 0, 0, 1.5));
 }
 
-// Points 0 - 1 - ... - 8 in a row, then one without couplings, then a pair coupled to 8 too weakly.
-TEST(Aggregates, FollowTheFront) {
-  const std::vector<std::vector<std::pair<int, float>>> rows = {{{1, 1}},
-                                                                {{0, 1}, {2, 1}},
-                                                                {{1, 1}, {3, 1}},
-                                                                {{2, 1}, {4, 1}},
-                                                                {{3, 1}, {5, 1}},
-                                                                {{4, 1}, {6, 1}},
-                                                                {{5, 1}, {7, 1}},
-                                                                {{6, 1}, {8, 1}},
-                                                                {{7, 1}, {10, 0.1f}},
-                                                                {},
-                                                                {{8, 0.1f}, {11, 1}},
-                                                                {{10, 1}}};
+/// Rows of a graph with couplings, and what the front makes of them.
+struct graph {
+  using row = std::vector<std::pair<int, float>>;
   from_zero<int> start, column, aggregate;
   from_zero<float> norm;
-  start.allocate(13, 0, "start", "test");
-  column.allocate(40, "column", "test");
-  norm.allocate(40, "norm", "test");
-  int k = 0;
-  for (int i = 0; i < 12; ++i) {
-    start[i] = k;
-    column[k] = i;
-    norm[k++] = 2.0f;
-    for (const auto& [j, v] : rows[static_cast<std::size_t>(i)]) {
-      column[k] = j;
-      norm[k++] = v;
+  int n, count = 0;
+
+  graph(const std::vector<row>& rows, float diagonal) : n(static_cast<int>(rows.size())) {
+    int entries = n, k = 0;
+    for (const row& r : rows) entries += static_cast<int>(r.size());
+    start.allocate(n + 1, 0, "start", "test");
+    column.allocate(entries, "column", "test");
+    norm.allocate(entries, "norm", "test");
+    for (int i = 0; i < n; ++i) {
+      column[k] = i;
+      norm[k++] = diagonal;
+      for (const auto& [j, v] : rows[static_cast<std::size_t>(i)]) {
+        column[k] = j;
+        norm[k++] = v;
+      }
+      start[i + 1] = k;
     }
+    count = form_aggregates(n, start, column, norm, 0.08, aggregate);
   }
-  start[12] = k;
+};
 
-  EXPECT_EQ(form_aggregates(12, start, column, norm, 0.08, aggregate), 4);
+// Points 0 - 1 - ... - 8 in a row, then one without couplings, then a pair coupled to 8 too weakly.
+TEST(Aggregates, FollowTheFront) {
+  const graph g({{{1, 0.2f}},
+                 {{0, 0.2f}, {2, 1}},
+                 {{1, 1}, {3, 1}},
+                 {{2, 1}, {4, 1}},
+                 {{3, 1}, {5, 1}},
+                 {{4, 1}, {6, 1}},
+                 {{5, 1}, {7, 1}},
+                 {{6, 1}, {8, 1}},
+                 {{7, 1}, {10, 0.1f}},
+                 {},
+                 {{8, 0.1f}, {11, 1}},
+                 {{10, 1}}},
+                2.0f);
 
+  EXPECT_EQ(g.count, 4);
   const std::vector<int> expected = {0, 0, 1, 1, 1, 2, 2, 2, 2, -1, 3, 3};
-  EXPECT_EQ(std::vector<int>(aggregate.data(), aggregate.data() + 12), expected);
+  EXPECT_EQ(std::vector<int>(g.aggregate.data(), g.aggregate.data() + 12), expected);
+}
+
+/// Squares with diagonals that alternate, m x m points: inner ones have four or eight neighbours.
+std::vector<graph::row> alternating_squares(int m, float coupling) {
+  std::vector<graph::row> rows;
+  for (int y = 0; y < m; ++y)
+    for (int x = 0; x < m; ++x) {
+      graph::row& row = rows.emplace_back();
+      for (int dy = -1; dy <= 1; ++dy)
+        for (int dx = -1; dx <= 1; ++dx) {
+          const bool inside = x + dx >= 0 && x + dx < m && y + dy >= 0 && y + dy < m;
+          const bool diagonal = dx != 0 && dy != 0;
+          if (inside && (dx != 0 || dy != 0) && (!diagonal || (x + y) % 2 == 0))
+            row.emplace_back((y + dy) * m + x + dx, coupling);
+        }
+    }
+  return rows;
+}
+
+// The limit of strength is 0.08. A point of four neighbours makes an aggregate of five where couplings are
+// not far above it, as where they depend on the direction.
+TEST(Aggregates, ArePointsOfManyNeighboursWithTheirsWhereMeshesAlternate) {
+  constexpr int m = 40;
+  const graph far(alternating_squares(m, 0.2f), 1.0f), near(alternating_squares(m, 0.1f), 1.0f);
+
+  EXPECT_LE(far.count, m * m / 10);
+  EXPECT_GE(near.count, m * m / 9);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ void startRun(const std::string& base, const std::string& install) {
   vCloseLogMessageFile();
 }
 
-void finishPass(std::vector<double>& displacement) {
+void finishPass(Column<double>& displacement) {
   scatterToFreedoms(freedoms, solution.rowSolution, displacement);
   turnToGlobalAxes(freedoms, restraintFrames, displacement);
 }

@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <string>
 #include <thread>
-#include <vector>
+#include <utility>
 
 #include "input/input_echo.h"
 #include "input/mesh_tables.h"
+#include "run/base/column.h"
 #include "run/base/element_warnings.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
@@ -25,10 +26,10 @@ GeometryScalars geometry;
 
 namespace {
 
-constexpr double leastThickness = 1e-10;           // cm, at or below: D4016
-constexpr double leastCorrectedThickness = 1e-20;  // cm, below: no thickness correction
-constexpr int exemptFlag = -1;                     // element flag that passes over the thickness check
-constexpr std::size_t shortestElement = 16, shortestNode = 10;  // characters of a record, separators counted
+constexpr double leastThickness = 1e-10;                 // cm, at or below: D4016
+constexpr double leastCorrectedThickness = 1e-20;        // cm, below: no thickness correction
+constexpr int exemptFlag = -1;                           // element flag that passes over the thickness check
+constexpr long shortestElement = 16, shortestNode = 10;  // characters of a record, separators counted
 
 struct ElementRecord {
   int number = 0;
@@ -92,7 +93,7 @@ void checkThickness(const ElementRecord& e, double thickness, int& runningField)
 }
 
 void storeElement(const ElementRecord& e, double thickness) {
-  const auto i = static_cast<std::size_t>(e.number);
+  const int i = e.number;
   ElementTable& table = elementTable;
   table.node1[i] = e.node1;
   table.node2[i] = e.node2;
@@ -105,29 +106,29 @@ void storeElement(const ElementRecord& e, double thickness) {
 }
 
 void readElements(TextReader& file, const GeometryHeader& header) {
-  const auto size = static_cast<std::size_t>(std::max(header.elementCount, 0)) + 1;
+  const int rows = std::max(header.elementCount, 0);
   ElementTable& table = elementTable;
   table = ElementTable{};
   table.elementCount = header.elementCount;
-  table.fileOrder.assign(size, 0);
-  for (auto* column : {&table.node1, &table.node2, &table.node3}) column->assign(size, 0);
+  table.fileOrder.assign(rows, 0);
+  for (auto* column : {&table.node1, &table.node2, &table.node3}) column->assign(rows, 0);
   for (auto* column : {&table.thickness, &table.correctedThickness, &table.thicknessScale})
-    column->assign(size, 0.0);
+    column->assign(rows, 0.0);
 
   geometry.thicknessCorrection = 1;
   geometry.runnerElementCount = 0;
-  std::vector<char> given(size, 0);
+  Column<char> given(rows, 0);
   int runningField = header.elementCount + 1;
   for (int record = 1; record <= header.elementCount; ++record) {
     const ElementRecord e = readElementRecord(file, record, header);
-    char& twice = given[static_cast<std::size_t>(e.number)];
+    char& twice = given[e.number];
     if (twice)
       file.refuse("element record " + std::to_string(record) + " has number " + std::to_string(e.number) +
                   ", which a record before it has too; each element needs a number of its own");
     twice = 1;
     const double thickness = e.thickness * header.thicknessFactor;
     storeElement(e, thickness);
-    table.fileOrder[static_cast<std::size_t>(record)] = e.number;
+    table.fileOrder[record] = e.number;
     checkThickness(e, thickness, runningField);
   }
 }
@@ -147,17 +148,17 @@ NodeRecord readNodeRecord(TextReader& file, long record, const GeometryHeader& h
 }
 
 void readNodes(TextReader& file, const GeometryHeader& header) {
-  const auto size = static_cast<std::size_t>(std::max(header.nodeCount, 0)) + 1;
+  const int rows = std::max(header.nodeCount, 0);
   NodeTable& table = nodeTable;
   table = NodeTable{};
   table.nodeCount = header.nodeCount;
-  for (auto* column : {&table.x, &table.y, &table.z}) column->assign(size, 0.0);
+  for (auto* column : {&table.x, &table.y, &table.z}) column->assign(rows, 0.0);
   if (header.elementCount < 1) return;  // D4002 ends this run
 
-  std::vector<char> given(size, 0);
+  Column<char> given(rows, 0);
   for (int record = 1; record <= header.nodeCount; ++record) {
     const NodeRecord n = readNodeRecord(file, record, header);
-    const auto i = static_cast<std::size_t>(n.number);
+    const int i = n.number;
     if (given[i])
       file.refuse("node record " + std::to_string(record) + " has number " + std::to_string(n.number) +
                   ", which a record before it has too; each node needs a number of its own");
@@ -178,9 +179,9 @@ GeometryHeader readGeometryHeader(TextReader& file) {
   header.nodeCount = file.needInt("number of nodes in the header");
   header.thicknessFactor = file.needDouble("thickness factor of the header");
   header.coordinateFactor = file.needDouble("coordinate factor of the header");
-  const std::size_t needed = shortestElement * static_cast<std::size_t>(std::max(header.elementCount, 0)) +
-                             shortestNode * static_cast<std::size_t>(std::max(header.nodeCount, 0));
-  if (file.remaining() < needed)
+  const long needed =
+      shortestElement * std::max(header.elementCount, 0) + shortestNode * std::max(header.nodeCount, 0);
+  if (std::cmp_less(file.remaining(), needed))
     file.refuse("the file is too short for the " + std::to_string(header.elementCount) + " elements and " +
                 std::to_string(header.nodeCount) + " nodes of its header");
   return header;

@@ -8,6 +8,7 @@
 
 #include "input/mesh_access.h"
 #include "input/mesh_tables.h"
+#include "run/base/column.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
 #include "run/base/streams.h"
@@ -21,15 +22,15 @@ constexpr double eccentric = 1.5;           // ratio of the two sides of the cen
 
 /// Nodes of elements with node3 other than 0, each once, by number.
 std::vector<Vector3> partNodes() {
-  std::vector<char> used(nodeTable.x.size(), 0);
+  Column<char> used(nodeTable.nodeCount, 0);
   const ElementTable& t = elementTable;
-  for (std::size_t e = 1; e < t.node3.size(); ++e) {
+  for (int e = 1; e <= t.elementCount; ++e) {
     if (t.node3[e] == 0) continue;
-    for (const int node : {t.node1[e], t.node2[e], t.node3[e]}) used[static_cast<std::size_t>(node)] = 1;
+    for (const int node : {t.node1[e], t.node2[e], t.node3[e]}) used[node] = 1;
   }
   std::vector<Vector3> points;
   for (int node = 1; node <= nodeTable.nodeCount; ++node)
-    if (used[static_cast<std::size_t>(node)]) points.push_back(positionOf(node));
+    if (used[node]) points.push_back(positionOf(node));
   return points;
 }
 
@@ -82,13 +83,14 @@ void partCentreAndAxes() {
   std::array<double, 3> length{};
   for (std::size_t axis = 0; axis < 3; ++axis)
     length[axis] = axisLength(geometry.gridCentre[axis], extent.least[axis], extent.most[axis]);
+  const auto lengthAlong = [&length](int axis) { return length[static_cast<std::size_t>(axis - 1)]; };
   const auto [major, middle, minor] = axisOrder(length);
   geometry.axisMajor = major;
   geometry.axisMiddle = middle;
   geometry.axisMinor = minor;
-  geometry.lengthMajor = length[static_cast<std::size_t>(major - 1)];
-  geometry.lengthMiddle = length[static_cast<std::size_t>(middle - 1)];
-  geometry.lengthMinor = length[static_cast<std::size_t>(minor - 1)];
+  geometry.lengthMajor = lengthAlong(major);
+  geometry.lengthMiddle = lengthAlong(middle);
+  geometry.lengthMinor = lengthAlong(minor);
 }
 
 void checkGeometry() {
@@ -110,7 +112,7 @@ void checkGeometry() {
 void echoGeometry() {
   const ElementTable& t = elementTable;
   int badTriangles = 0, badRunners = 0;
-  for (std::size_t e = 1; e < t.node3.size(); ++e) {
+  for (int e = 1; e <= t.elementCount; ++e) {
     const Vector3 p1 = positionOf(t.node1[e]), p2 = positionOf(t.node2[e]);
     if (t.node3[e] == 0) {
       badRunners += distance(p1, p2) / (2.0 * t.thickness[e]) <= badRunnerAspect;

@@ -10,32 +10,27 @@
 namespace keld {
 
 /// Coordinates of a node in cm.
-inline Vector3 positionOf(int node) {
-  const auto n = static_cast<std::size_t>(node);
-  return {nodeTable.x[n], nodeTable.y[n], nodeTable.z[n]};
-}
+inline Vector3 positionOf(int node) { return {nodeTable.x[node], nodeTable.y[node], nodeTable.z[node]}; }
 
 /// Nodes 1 to 6 of a part element, after the wedge renumbering.
 inline std::array<int, 6> wedgeNodesOf(int element) {
   const ElementTable& t = elementTable;
-  const auto e = static_cast<std::size_t>(element);
-  return {t.node1[e], t.node2[e], t.node3[e], t.node4[e], t.node5[e], t.node6[e]};
+  return {t.node1[element], t.node2[element], t.node3[element],
+          t.node4[element], t.node5[element], t.node6[element]};
 }
 
 /// Whether an element is a triangle, not a runner element or a connector.
-inline bool isTriangle(int element) { return elementTable.node3[static_cast<std::size_t>(element)] != 0; }
+inline bool isTriangle(int element) { return elementTable.node3[element] != 0; }
 
 /// Nodes 1 to 3 of an element; the third is 0 where it is no triangle.
 inline std::array<int, 3> cornerNodesOf(int element) {
-  const auto e = static_cast<std::size_t>(element);
-  return {elementTable.node1[e], elementTable.node2[e], elementTable.node3[e]};
+  return {elementTable.node1[element], elementTable.node2[element], elementTable.node3[element]};
 }
 
 /// Coordinates of nodes 1 to 3 of a triangle.
 inline std::array<Vector3, 3> cornersOf(int element) {
-  const auto e = static_cast<std::size_t>(element);
-  return {positionOf(elementTable.node1[e]), positionOf(elementTable.node2[e]),
-          positionOf(elementTable.node3[e])};
+  const auto node = cornerNodesOf(element);
+  return {positionOf(node[0]), positionOf(node[1]), positionOf(node[2])};
 }
 
 }  // namespace keld

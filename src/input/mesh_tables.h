@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "run/base/column.h"
+
 namespace keld {
 
 /// 1 Shell, 0 Surface. The geometry pre-read stores 0; the value 1 is set by tests alone.
@@ -13,26 +15,25 @@ extern int ModelKind;
 /// Indexed 1..elementCount by the file's element number; after the prior-result stage compact: part elements
 /// first, runner elements behind them.
 struct ElementTable {
-  int elementCount = 0;                  // records of the file
-  int partElementCount = 0;              // triangles, set by the prior-result stage; later stages walk these
-  std::vector<int> node1, node2, node3;  // lower triangle; node3 = 0 marks a two-node runner element
-  std::vector<int> node4, node5, node6;  // upper triangle, filled by the wedge renumbering
-  std::vector<double> thickness;         // cm; diameter of a runner element
-  std::vector<double>
-      correctedThickness;              // cm, 0 without the ninth field; released by the prior-result stage
-  std::vector<double> thicknessScale;  // 1 / ninth field, else 1.0; released likewise
-  std::vector<int> fileOrder;          // element number of each record of the file; released likewise
-  std::vector<double> nx, ny, nz;      // unit normal of a triangle
-  std::vector<double> area;            // cm2
-  std::vector<double> meanEdge;        // cm, mean length of the three edges
-  std::vector<double> cornerCosine;    // largest |cos| of the corner angles, diagnostics only
+  int elementCount = 0;               // records of the file
+  int partElementCount = 0;           // triangles, set by the prior-result stage; later stages walk these
+  Column<int> node1, node2, node3;    // lower triangle; node3 = 0 marks a two-node runner element
+  Column<int> node4, node5, node6;    // upper triangle, filled by the wedge renumbering
+  Column<double> thickness;           // cm; diameter of a runner element
+  Column<double> correctedThickness;  // cm, 0 without the ninth field; released by the prior-result stage
+  Column<double> thicknessScale;      // 1 / ninth field, else 1.0; released likewise
+  Column<int> fileOrder;              // element number of each record of the file; released likewise
+  Column<double> nx, ny, nz;          // unit normal of a triangle
+  Column<double> area;                // cm2
+  Column<double> meanEdge;            // cm, mean length of the three edges
+  Column<double> cornerCosine;        // largest |cos| of the corner angles, diagnostics only
 };
 
 /// Indexed 1..nodeCount by the file's node number; after the wedge renumbering by wedge node.
 struct NodeTable {
   int nodeCount = 0;
-  std::vector<double> x, y, z;  // cm
-  std::vector<int> gateNodes;   // positions of the records whose flag is above 0, [0..gateNodeCount-1]
+  Column<double> x, y, z;      // cm
+  std::vector<int> gateNodes;  // positions of the records whose flag is above 0, [0..gateNodeCount-1]
 };
 
 /// Scalars of the geometry stage.

@@ -2,8 +2,7 @@
 // Written by the reader of ".MAL"; the material set-up completes the filler values; read-only otherwise.
 #pragma once
 
-#include <array>
-#include <vector>
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -11,8 +10,8 @@ namespace keld {
 struct CountedList {
   int capacity = 15;
   int count = 0;
-  std::array<double, 16> value{};  // [1..count]
-  double operator()(int i) const { return value[static_cast<std::size_t>(i)]; }
+  FixedColumn<double, 15> value{};  // [1..count]
+  double operator()(int i) const { return value[i]; }
 };
 
 /// Lengths in cm, pressures and moduli in dyn/cm2, densities in g/cm3.
@@ -37,7 +36,7 @@ struct FillerValues {
   double fillerDensity = 0.0;  // g/cm3
 };
 
-extern std::array<PolymerRecord, 3> polymerRecord;  // [1..2]
+extern FixedColumn<PolymerRecord, 2> polymerRecord;  // by kind
 extern FillerValues fillerValues;
 extern int polymerMode;  // 3 when property11 holds entries, else 1
 

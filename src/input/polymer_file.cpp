@@ -19,7 +19,7 @@
 
 namespace keld {
 
-std::array<PolymerRecord, 3> polymerRecord;
+FixedColumn<PolymerRecord, 2> polymerRecord;
 FillerValues fillerValues;
 int polymerMode = 1;
 
@@ -68,8 +68,7 @@ class BlockReader {
     integer(useOfCount, countWidth);
     requireCount(list.capacity);
     list.count = integer_;
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(list.count); ++i)
-      list.value[i] = number(list.value[i], useOfNumbers);
+    for (int i = 1; i <= list.count; ++i) list.value[i] = number(list.value[i], useOfNumbers);
     file_.skipLine();
   }
 
@@ -139,8 +138,7 @@ class BlockReader {
     const bool given = integer_ >= 1;
     if (given) requireCount(list.capacity);
     list.count = given ? integer_ : 0;
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(list.count); ++i)
-      list.value[i] = number(0.0, ValueUse::used);
+    for (int i = 1; i <= list.count; ++i) list.value[i] = number(0.0, ValueUse::used);
     file_.skipLine();
     echoInteger();
     echoNumbers(list);
@@ -194,8 +192,7 @@ void readFirstEntries(TextReader& file, BlockReader& block, PolymerRecord& recor
   block.copiedLines(2);
   for (int i = 0; i < 3; ++i) file.skipLine();
   block.echoedCounted(record.temperatures, ValueUse::echoed);
-  for (int i = 1; i <= record.temperatures.count; ++i)
-    record.temperatures.value[static_cast<std::size_t>(i)] += kelvinOfZeroCelsius;
+  for (int i = 1; i <= record.temperatures.count; ++i) record.temperatures.value[i] += kelvinOfZeroCelsius;
   block.echoedCounted(record.property2, ValueUse::echoed);
   block.echoedCounted(record.property3, ValueUse::echoed);
   block.echoedCounted(record.property4, ValueUse::echoed);

@@ -2,14 +2,14 @@
 // Called by the prior-result stage.
 #pragma once
 
-#include <vector>
+#include "run/base/column.h"
 
 namespace keld {
 
 /// The file's own element table, by element number.
 struct FileElements {
-  std::vector<int> node1, node2, node3;
-  std::vector<double> thickness;  // cm
+  Column<int> node1, node2, node3;
+  Column<double> thickness;  // cm
 };
 
 /// Saves the file's table and writes the part elements over its first rows; the rows behind them still hold
@@ -17,7 +17,7 @@ struct FileElements {
 FileElements compactPartElements();
 
 /// Compact number of each part element by its number in the file, 0 for a runner element.
-std::vector<int> partElementNumbers(const FileElements& file);
+Column<int> partElementNumbers(const FileElements& file);
 
 /// Writes the runner elements behind the part elements and releases the
 /// columns that only the file order needs.

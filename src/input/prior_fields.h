@@ -3,7 +3,8 @@
 #pragma once
 
 #include <array>
-#include <vector>
+
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -11,15 +12,15 @@ using Direction = std::array<double, 3>;
 
 /// [1..partElementCount] in the compact order of the part elements.
 struct ResidualStressField {
-  std::vector<double> stress1, stress2;                       // dyn/cm2; neutral 0
-  std::vector<double> kindFraction;                           // above 0.5: polymer kind 1; neutral 1.0
-  std::vector<double> orientationValue;                       // first orientation eigenvalue; neutral 1.0
-  std::vector<Direction> direction1, direction2, direction3;  // orthonormal; neutral x, y, z
+  Column<double> stress1, stress2;                       // dyn/cm2; neutral 0
+  Column<double> kindFraction;                           // above 0.5: polymer kind 1; neutral 1.0
+  Column<double> orientationValue;                       // first orientation eigenvalue; neutral 1.0
+  Column<Direction> direction1, direction2, direction3;  // orthonormal; neutral x, y, z
 };
 
 /// [1..partElementCount]; neutral value is the ambient temperature.
 struct ElementTemperatureField {
-  std::vector<double> sideTemperature1, sideTemperature2;  // K, lower and upper side
+  Column<double> sideTemperature1, sideTemperature2;  // K, lower and upper side
 };
 
 extern ResidualStressField residualStressField;

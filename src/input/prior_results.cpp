@@ -75,7 +75,7 @@ bool normaliseDirections(StressRecord& s) {
          std::abs(dot(s.direction1, s.direction3)) <= largestCosine;
 }
 
-void storeStress(const StressRecord& s, std::size_t element) {
+void storeStress(const StressRecord& s, int element) {
   ResidualStressField& f = residualStressField;
   f.stress1[element] = s.stress1;
   f.stress2[element] = s.stress2;
@@ -92,10 +92,10 @@ int nextElement(TextReader& file, long record) {
   return file.needIntInRange(1, elementTable.elementCount, "number of the element", record);
 }
 
-std::size_t partElements() { return static_cast<std::size_t>(elementTable.partElementCount); }
+int partElements() { return elementTable.partElementCount; }
 
 /// A file of the right length must name every part element.
-void requireAllElements(const TextReader& file, std::size_t named, const char* what) {
+void requireAllElements(const TextReader& file, int named, const char* what) {
   if (named < partElements())
     file.refuse("the records give " + std::string(what) + " for " + std::to_string(named) + " of " +
                 std::to_string(partElements()) + " part elements; some element numbers stand twice");
@@ -106,11 +106,11 @@ template <class IsRunner, class ReadSides>
 RecordCheck readTemperatures(TextReader& file, IsRunner isRunner, ReadSides readSides) {
   checkTitle(file);
   RecordCheck check;
-  std::size_t element = 0;
+  int element = 0;
   while (const int number = nextElement(file, check.records + 1)) {
     ++check.records;
     const auto [side1, side2] = readSides(check.records);
-    if (isRunner(static_cast<std::size_t>(number)) || ++element > partElements()) continue;
+    if (isRunner(number) || ++element > partElements()) continue;
     elementTemperatureField.sideTemperature1[element] = side1 + kelvinOfZeroCelsius;
     elementTemperatureField.sideTemperature2[element] = side2 + kelvinOfZeroCelsius;
   }
@@ -141,42 +141,42 @@ void checkWorkingFiles() {
 }
 
 void clearPriorFields() {
-  const std::size_t size = partElements() + 1;
+  const int rows = partElements();
   ResidualStressField& f = residualStressField;
   for (auto* column : {&f.stress1, &f.stress2, &f.kindFraction, &f.orientationValue})
-    column->assign(size, 0.0);
-  for (auto* column : {&f.direction1, &f.direction2, &f.direction3}) column->assign(size, Direction{});
-  elementTemperatureField.sideTemperature1.assign(size, 0.0);
-  elementTemperatureField.sideTemperature2.assign(size, 0.0);
+    column->assign(rows, 0.0);
+  for (auto* column : {&f.direction1, &f.direction2, &f.direction3}) column->assign(rows, Direction{});
+  elementTemperatureField.sideTemperature1.assign(rows, 0.0);
+  elementTemperatureField.sideTemperature2.assign(rows, 0.0);
   residualStressValid = 1;
   temperatureFromCool = 0;
 }
 
 void setNeutralStress() {
-  const std::size_t size = partElements() + 1;
+  const int rows = partElements();
   ResidualStressField& f = residualStressField;
-  for (auto* column : {&f.stress1, &f.stress2}) column->assign(size, 0.0);
-  for (auto* column : {&f.kindFraction, &f.orientationValue}) column->assign(size, 1.0);
-  f.direction1.assign(size, {1.0, 0.0, 0.0});
-  f.direction2.assign(size, {0.0, 1.0, 0.0});
-  f.direction3.assign(size, {0.0, 0.0, 1.0});
+  for (auto* column : {&f.stress1, &f.stress2}) column->assign(rows, 0.0);
+  for (auto* column : {&f.kindFraction, &f.orientationValue}) column->assign(rows, 1.0);
+  f.direction1.assign(rows, {1.0, 0.0, 0.0});
+  f.direction2.assign(rows, {0.0, 1.0, 0.0});
+  f.direction3.assign(rows, {0.0, 0.0, 1.0});
   residualStressValid = 0;
 }
 
 void setAmbientTemperature() {
-  elementTemperatureField.sideTemperature1.assign(partElements() + 1, processRecord.ambientTemperature);
-  elementTemperatureField.sideTemperature2.assign(partElements() + 1, processRecord.ambientTemperature);
+  elementTemperatureField.sideTemperature1.assign(partElements(), processRecord.ambientTemperature);
+  elementTemperatureField.sideTemperature2.assign(partElements(), processRecord.ambientTemperature);
 }
 
-RecordCheck readResidualStress(TextReader& file, const std::vector<int>& savedNode3) {
+RecordCheck readResidualStress(TextReader& file, const Column<int>& savedNode3) {
   checkTitle(file);
   RecordCheck check;
-  std::size_t element = 0;
+  int element = 0;
   bool orthonormal = true;
   while (const int number = nextElement(file, check.records + 1)) {
     ++check.records;
     StressRecord s = readStressRecord(file, check.records);
-    if (savedNode3[static_cast<std::size_t>(number)] < 1) continue;
+    if (savedNode3[number] < 1) continue;
     const bool good = normaliseDirections(s);
     if (++element <= partElements()) storeStress(s, element);
     if (orthonormal && !good)
@@ -195,17 +195,17 @@ RecordCheck readResidualStress(TextReader& file, const std::vector<int>& savedNo
 
 RecordCheck readPartTemperature(TextReader& file) {
   return readTemperatures(
-      file, [](std::size_t number) { return elementTable.node3[number] < 1; },
+      file, [](int number) { return elementTable.node3[number] < 1; },
       [&file](long record) {
         const double value = file.needDouble("temperature", record);
         return Sides{value, value};
       });
 }
 
-RecordCheck readCoolTemperature(TextReader& file, const std::vector<int>& savedNode3) {
+RecordCheck readCoolTemperature(TextReader& file, const Column<int>& savedNode3) {
   temperatureFromCool = 1;
   return readTemperatures(
-      file, [&savedNode3](std::size_t number) { return savedNode3[number] < 1; },
+      file, [&savedNode3](int number) { return savedNode3[number] < 1; },
       [&file](long record) {
         const double first = file.needDouble("temperature", record);
         const double second = ModelKind == 0 ? file.needDouble("second temperature", record) : first;

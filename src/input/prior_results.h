@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "run/base/column.h"
 #include "run/base/text_reader.h"
 
 namespace keld {
@@ -20,13 +21,13 @@ struct RecordCheck {
 /// Reads ".RS1" into `residualStressField`. An inconsistent file, or a direction triple that isn't
 /// orthonormal, leaves the neutral values and clears `residualStressValid`.
 /// savedNode3: by element number of the file.
-RecordCheck readResidualStress(TextReader& file, const std::vector<int>& savedNode3);
+RecordCheck readResidualStress(TextReader& file, const Column<int>& savedNode3);
 
 /// Reads ".PT1" into `elementTemperatureField`; runner elements are told by the compact table as it stands.
 RecordCheck readPartTemperature(TextReader& file);
 
 /// Reads ".CT1" into `elementTemperatureField`. Sets `temperatureFromCool`.
-RecordCheck readCoolTemperature(TextReader& file, const std::vector<int>& savedNode3);
+RecordCheck readCoolTemperature(TextReader& file, const Column<int>& savedNode3);
 
 /// Sizes both fields for partElementCount elements: stress and temperatures 0, and the flags at their start.
 void clearPriorFields();

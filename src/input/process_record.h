@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "run/base/column.h"
+
 namespace keld {
 
 inline constexpr double kelvinOfZeroCelsius = 273.15;  // files give degrees Celsius, tables hold kelvin
@@ -15,10 +17,10 @@ inline constexpr int wedge_walls = 1, facet_walls = 2;
 inline constexpr int road_as_chosen = 1, aggregation_road = 2, automatic_road = 3;
 
 struct ProcessRecord {
-  std::array<double, 3> meltTemperature{};  // [1..2] K, of polymer kind 1 and 2; entry 0 unused
-  double ambientTemperature = 0.0;          // K
-  int fillerPresent = 0;                    // 1: filled polymer
-  int fractionKind = 0;                     // 1: percentage by weight, 2: by volume
+  FixedColumn<double, 2> meltTemperature{};  // K, of polymer kind 1 and 2
+  double ambientTemperature = 0.0;           // K
+  int fillerPresent = 0;                     // 1: filled polymer
+  int fractionKind = 0;                      // 1: percentage by weight, 2: by volume
   double fillerWeightFraction = 0.0;  // 0..1; the missing one of the two is derived by the material set-up
   double fillerVolumeFraction = 0.0;  // 0..1
   int secondKind = 0;                 // 1: two polymer kinds are read

@@ -2,6 +2,8 @@
 // Called by the model processing of skins and by the search for pieces.
 #include "model/incidence.h"
 
+#include <numeric>
+
 #include "input/mesh_access.h"
 
 namespace keld {
@@ -20,15 +22,16 @@ void forEachDistinctCorner(int e, Visit visit) {
 
 IncidenceLists elementsAtNodes(bool withRunners) {
   IncidenceLists lists;
-  lists.start.assign(static_cast<std::size_t>(nodeTable.nodeCount) + 2, 0);
+  lists.start.assign(nodeTable.nodeCount + 1, 0);
+  lists.start[1] = 1;
   const auto takesPart = [&](int e) { return withRunners || isTriangle(e); };
 
   for (int e = 1; e <= elementTable.elementCount; ++e)
     if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { ++lists.start[n + 1]; });
-  for (std::size_t n = 1; n < lists.start.size(); ++n) lists.start[n] += lists.start[n - 1];
-  lists.item.resize(static_cast<std::size_t>(lists.start.back()));
+  std::partial_sum(lists.start.begin(), lists.start.end(), lists.start.begin());
+  lists.item.resize(lists.start.back() - 1);
 
-  std::vector<int> next(lists.start);
+  Column<int> next(lists.start);
   for (int e = 1; e <= elementTable.elementCount; ++e)
     if (takesPart(e)) forEachDistinctCorner(e, [&](int n) { lists.item[next[n]++] = e; });
   return lists;

@@ -4,12 +4,12 @@
 namespace keld {
 
 WedgeNumbering wedgeNumbering;
-std::vector<BoundaryNodes> boundaryNodes;
+Column<BoundaryNodes> boundaryNodes;
 FreedomTables freedoms;
-std::vector<RestraintFrame> restraintFrames;
+Column<RestraintFrame> restraintFrames;
 CompressedSystem systemOfPass;
 VolumeTables volumes;
-std::array<MaterialConstants, 3> materialConstants;
+FixedColumn<MaterialConstants, 2> materialConstants;
 SolutionTables solution;
 
 }  // namespace keld

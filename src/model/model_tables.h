@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "run/base/column.h"
+
 namespace keld {
 
 using Vector3 = std::array<double, 3>;
@@ -12,10 +14,10 @@ using Matrix6 = std::array<std::array<double, 6>, 6>;
 
 /// Written by the wedge renumbering.
 struct WedgeNumbering {
-  int geometryNodeCount = 0;       // N, nodes of the file
-  int wedgeNodeCount = 0;          // 2T
-  std::vector<int> nodeToNewNode;  // [1..N] lower wedge node; negative: runner node only; 0: unused
-  std::vector<int> nodeMate;       // [1..2T] the node across the wall
+  int geometryNodeCount = 0;  // N, nodes of the file
+  int wedgeNodeCount = 0;     // 2T
+  Column<int> nodeToNewNode;  // [1..N] lower wedge node; negative: runner node only; 0: unused
+  Column<int> nodeMate;       // [1..2T] the node across the wall
 };
 
 /// The nodes at which a piece of the part is held. Chosen by the boundary selection, in geometry numbers at
@@ -26,12 +28,12 @@ struct BoundaryNodes {
 
 /// Freedoms of the wedge nodes; written by the numbering and the restraint set-up.
 struct FreedomTables {
-  std::vector<int> nodeRestraint;  // 1 free, -1 held, -2 one unknown, -3 two unknowns
-  std::vector<int> nodeDofCount;   // 3 for every node of a triangle
-  std::vector<int> nodeFirstDof;   // first of the node's global degrees of freedom
-  std::vector<int> nodeFirstRow;   // first row in the reduced system
-  std::vector<int> nodeFrame;      // place in restraintFrames of a node with restraint -2 or -3, else 0
-  std::vector<int> freeDofList;    // [1..freeDofCount] global freedom of a reduced row, ascending
+  Column<int> nodeRestraint;  // 1 free, -1 held, -2 one unknown, -3 two unknowns
+  Column<int> nodeDofCount;   // 3 for every node of a triangle
+  Column<int> nodeFirstDof;   // first of the node's global degrees of freedom
+  Column<int> nodeFirstRow;   // first row in the reduced system
+  Column<int> nodeFrame;      // row of restraintFrames of a boundary node, else 0
+  Column<int> freeDofList;    // [1..freeDofCount] global freedom of a reduced row, ascending
   int dofCount = 0;
   int freeDofCount = 0;
 };
@@ -53,10 +55,10 @@ struct CompressedSystem {
 
 /// Written by the volume pass.
 struct VolumeTables {
-  std::vector<double> nodalTemperature;  // [1..2T] K
-  std::vector<double> nodalVolume;       // [1..2T] cm3
-  double elementVolumeTotal = 0.0;       // cm3
-  double meanJacobian = 0.0;             // 0.0 until the volume pass is done
+  Column<double> nodalTemperature;  // [1..2T] K
+  Column<double> nodalVolume;       // [1..2T] cm3
+  double elementVolumeTotal = 0.0;  // cm3
+  double meanJacobian = 0.0;        // 0.0 until the volume pass is done
 };
 
 /// Stiffness of a polymer kind in material axes (11, 22, 33, 12, 13, 23) and its expansion.
@@ -68,18 +70,18 @@ struct MaterialConstants {
 
 /// Full vectors over the global degrees of freedom, written by the solve stages.
 struct SolutionTables {
-  std::vector<double> displacementTotal;   // cm, last pass
-  std::vector<double> displacementInMold;  // cm, first of two passes, else 0
-  std::vector<double> rowSolution;         // reduced solution; at last the sink mark by wedge node, cm
+  Column<double> displacementTotal;   // cm, last pass
+  Column<double> displacementInMold;  // cm, first of two passes, else 0
+  std::vector<double> rowSolution;    // reduced solution; at last the sink mark by wedge node, cm
 };
 
 extern WedgeNumbering wedgeNumbering;
-extern std::vector<BoundaryNodes> boundaryNodes;  // [0..pieces - 1]
+extern Column<BoundaryNodes> boundaryNodes;  // [1..pieces]
 extern FreedomTables freedoms;
-extern std::vector<RestraintFrame> restraintFrames;  // [0..pieces - 1], set up by the restraint
+extern Column<RestraintFrame> restraintFrames;  // [1..pieces], set up by the restraint
 extern CompressedSystem systemOfPass;
 extern VolumeTables volumes;
-extern std::array<MaterialConstants, 3> materialConstants;  // [1..2]
+extern FixedColumn<MaterialConstants, 2> materialConstants;  // by kind of polymer
 extern SolutionTables solution;
 
 }  // namespace keld

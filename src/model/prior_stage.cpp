@@ -1,7 +1,6 @@
 // The prior-result stage: extents, compact ElementTable, the three result files and what their loss means.
 // Second action of the model stage.
 #include <algorithm>
-#include <vector>
 
 #include "input/mesh_tables.h"
 #include "input/prior_compact.h"
@@ -9,6 +8,7 @@
 #include "model/element_geometry.h"
 #include "model/prior_stage.h"
 #include "model/skin/shell_processing.h"
+#include "run/base/column.h"
 #include "run/base/failure.h"
 #include "run/base/streams.h"
 #include "run/base/working_files.h"
@@ -23,8 +23,8 @@ struct PriorFiles {
   FileState stress = FileState::good, part = FileState::good, cool = FileState::absent;
 };
 
-double range(const std::vector<double>& coordinate) {
-  const auto [least, most] = std::minmax_element(coordinate.begin() + 1, coordinate.end());
+double range(const Column<double>& coordinate) {
+  const auto [least, most] = std::minmax_element(coordinate.begin(), coordinate.end());
   return *most - *least;
 }
 

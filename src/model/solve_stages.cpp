@@ -123,8 +123,8 @@ void solvePass(Solvers& solvers, bool last) {
 }  // namespace
 
 void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
-                       std::vector<double>& displacement) {
-  displacement.assign(static_cast<std::size_t>(freedom.dofCount) + 1, 0.0);
+                       Column<double>& displacement) {
+  displacement.assign(freedom.dofCount, 0.0);
   for (int row = 1; row <= freedom.freeDofCount; ++row) {
     if (!std::isfinite(rowSolution[row])) {
       vFail(
@@ -136,18 +136,18 @@ void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> row
   }
 }
 
-void turnToGlobalAxes(const FreedomTables& freedom, std::span<const RestraintFrame> frames,
-                      std::vector<double>& displacement) {
-  for (std::size_t node = 1; node < freedom.nodeRestraint.size(); ++node) {
+void turnToGlobalAxes(const FreedomTables& freedom, const Column<RestraintFrame>& frames,
+                      Column<double>& displacement) {
+  for (int node = 1; node <= freedom.nodeRestraint.rows(); ++node) {
     if (freedom.nodeRestraint[node] != -2 && freedom.nodeRestraint[node] != -3) continue;
     const RestraintFrame& frame = frames[freedom.nodeFrame[node]];
     double* u = &displacement[freedom.nodeFirstDof[node]];
     const Vector3 global = u[0] * frame.ex + u[1] * frame.ey + u[2] * frame.ez;
-    for (int c = 0; c < 3; ++c) u[c] = global[c];
+    for (std::size_t c = 0; c < 3; ++c) u[c] = global[c];
   }
 }
 
-std::vector<int> rowBlocks(const FreedomTables& freedom, const std::vector<int>& nodeMate) {
+std::vector<int> rowBlocks(const FreedomTables& freedom, const Column<int>& nodeMate) {
   std::vector<int> block(static_cast<std::size_t>(freedom.freeDofCount) + 1, 0);
   for (int row = 1; row <= freedom.freeDofCount; ++row) {
     const int node = (freedom.freeDofList[row] - 1) / 3 + 1;  // every wedge node has three freedoms
@@ -163,7 +163,7 @@ void analysisDriver() {
   vPrintMessage(100, "\n   Generating processing ......\n");
 
   const int passCount = residualStressValid == 1 ? 2 : 1;
-  solution.displacementInMold.assign(static_cast<std::size_t>(freedoms.dofCount) + 1, 0.0);
+  solution.displacementInMold.assign(freedoms.dofCount, 0.0);
   Solvers solvers;
   solvers.road = roadOf(processRecord, freedoms.freeDofCount, availableMemory());
   solvers.mayTurn = solvers.road == Road::aggregation && processRecord.solverRoad == automatic_road;

@@ -11,14 +11,14 @@ namespace keld {
 /// displacement(freeDofList(k)) = rowSolution(k); all other freedoms get 0.
 /// A value that isn't finite ends the run.
 void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
-                       std::vector<double>& displacement);
+                       Column<double>& displacement);
 
 /// Turns the three values of each node with unknowns in a frame (restraint -2 and -3) to global axes.
-void turnToGlobalAxes(const FreedomTables& freedom, std::span<const RestraintFrame> frames,
-                      std::vector<double>& displacement);
+void turnToGlobalAxes(const FreedomTables& freedom, const Column<RestraintFrame>& frames,
+                      Column<double>& displacement);
 
 /// Block of each reduced row, [1..freeDofCount], for the ordering of the direct solver: a node and its mate
 /// across the wall have the same neighbours and share a block.
-std::vector<int> rowBlocks(const FreedomTables& freedom, const std::vector<int>& nodeMate);
+std::vector<int> rowBlocks(const FreedomTables& freedom, const Column<int>& nodeMate);
 
 }  // namespace keld

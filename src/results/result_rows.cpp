@@ -32,7 +32,8 @@ ResultRow resultRow(ResultBlock block, int node) {
   const int upper = wedgeNumbering.nodeMate[lower];
   const int lowerDof = freedoms.nodeFirstDof[lower], upperDof = freedoms.nodeFirstDof[upper];
   for (int c = 0; c < freedoms.nodeDofCount[lower]; ++c) {
-    row[c] = wallModel().midSurface(valueAt(block, lowerDof + c), valueAt(block, upperDof + c));
+    row[static_cast<std::size_t>(c)] =
+        wallModel().midSurface(valueAt(block, lowerDof + c), valueAt(block, upperDof + c));
   }
   row[3] = std::sqrt(row[0] * row[0] + row[1] * row[1] + row[2] * row[2]);
   if (block == ResultBlock::main) row[4] = solution.rowSolution[lower];
@@ -40,7 +41,7 @@ ResultRow resultRow(ResultBlock block, int node) {
 }
 
 void ResultExtremes::include(const ResultRow& row) {
-  for (int c = 0; c < 3; ++c) {
+  for (std::size_t c = 0; c < 3; ++c) {
     maximum[c] = std::max(maximum[c], row[c]);
     minimum[c] = std::min(minimum[c], row[c]);
   }

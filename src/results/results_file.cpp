@@ -7,11 +7,11 @@
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
-#include <vector>
 
 #include "input/mesh_tables.h"
 #include "input/prior_fields.h"
 #include "model/model_tables.h"
+#include "run/base/column.h"
 #include "run/base/failure.h"
 #include "run/base/pending_file.h"
 #include "run/base/platform.h"
@@ -64,14 +64,15 @@ std::string blockHead(const char* tag, const char* gap, std::initializer_list<in
 void writeRows(PendingFile& file, ResultBlock block) {
   constexpr int rows_of_part = 1024, parts = 32, longest_row = 96;
   const int count = wedgeNumbering.geometryNodeCount;
-  std::vector<std::string> text(parts);
+  Column<std::string> text(parts);
   // Room is made here: a failure within the parallel region could not be reported.
   for (std::string& part : text) part.reserve(std::size_t{rows_of_part} * longest_row);
   for (int bandStart = 1; bandStart <= count; bandStart += rows_of_part * parts) {
 #pragma omp parallel for schedule(static)
-    for (int part = 0; part < parts; ++part) {
+    for (int part = 1; part <= parts; ++part) {
       text[part].clear();
-      const int first = bandStart + part * rows_of_part, end = std::min(first + rows_of_part, count + 1);
+      const int first = bandStart + (part - 1) * rows_of_part,
+                end = std::min(first + rows_of_part, count + 1);
       for (int node = first; node < end; ++node) appendRow(text[part], block, node, resultRow(block, node));
     }
     for (const std::string& part : text) require(file.write(part));
@@ -90,7 +91,7 @@ void appendRow(std::string& text, ResultBlock block, int number, const ResultRow
   char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
   if (end - digits < number_width) text.append(static_cast<std::size_t>(number_width - (end - digits)), ' ');
   text.append(digits, static_cast<std::size_t>(end - digits));
-  for (int i = 0; i < (isMain ? 5 : 4); ++i) {
+  for (std::size_t i = 0; i < (isMain ? 5 : 4); ++i) {
     text += isMain ? main_gaps[i] : further_gaps[i];
     end = std::to_chars(digits, digits + sizeof digits, row[i] * mm_per_cm, std::chars_format::scientific, 3)
               .ptr;

@@ -27,10 +27,10 @@ void writeSummary(const ResultExtremes& extremes) {
   vPrintMessage(2, "<b>\n");
   vPrintMessage(1, "\n Keldage stage results summary : \n\n");
   vPrintMessage(1, "%s", dashes.c_str());
-  for (int c = 0; c < 3; ++c) {
+  for (std::size_t c = 0; c < 3; ++c) {
     const Length spread = lengthOf(extremes.maximum[c] - extremes.minimum[c]);
-    vPrintMessage(1, "   %d : %c direction displacement= %6.4lf mm (%6.4lf in)\n", 25201 + c, "XYZ"[c],
-                  spread.mm, spread.inches);
+    vPrintMessage(1, "   %d : %c direction displacement= %6.4lf mm (%6.4lf in)\n",
+                  25201 + static_cast<int>(c), "XYZ"[c], spread.mm, spread.inches);
   }
   const Length length = lengthOf(extremes.greatestLength);
   vPrintMessage(1, "   25204 : Max. total  displacement= %6.4lf mm (%6.4lf in)\n", length.mm, length.inches);

@@ -53,10 +53,10 @@ void expectRelative(double found, double expected, double tolerance, const std::
 }
 
 void expectModel(const ExpectedAnswer& answer) {
-  const auto wedgeNode = [](int node) { return wedgeNumbering.nodeToNewNode.at(node); };
-  EXPECT_EQ(boundaryNodes.at(0).boundaryNode1, wedgeNode(answer.boundary[0]));
-  EXPECT_EQ(boundaryNodes.at(0).boundaryNode2, wedgeNode(answer.boundary[1]));
-  EXPECT_EQ(boundaryNodes.at(0).boundaryNode3, wedgeNode(answer.boundary[2]));
+  const auto wedgeNode = [](int node) { return wedgeNumbering.nodeToNewNode[node]; };
+  EXPECT_EQ(boundaryNodes[1].boundaryNode1, wedgeNode(answer.boundary[0]));
+  EXPECT_EQ(boundaryNodes[1].boundaryNode2, wedgeNode(answer.boundary[1]));
+  EXPECT_EQ(boundaryNodes[1].boundaryNode3, wedgeNode(answer.boundary[2]));
   EXPECT_EQ(freedoms.freeDofCount, answer.freeFreedoms);
   EXPECT_EQ(residualStressValid, answer.stressValid);
   EXPECT_EQ(temperatureFromCool, answer.fromCool);

@@ -121,14 +121,14 @@ bool setMaterial(choices& c) {
   bool plain = true;
   r.secondKind = c.below(2);
   for (int kind = 1; kind <= 2; ++kind) {
-    keld::PolymerRecord& p = keld::polymerRecord[static_cast<std::size_t>(kind)];
+    keld::PolymerRecord& p = keld::polymerRecord[kind];
     if (c.below(2) == 0) continue;
     const double e = c.of({5e9, 2e10, 1e11}), across = e * c.of({0.3, 0.6, 1.0}),
                  nu = c.of({0.2, 0.35, 0.45});
-    for (std::size_t i = 1; i <= 2; ++i) p.poisson.value[i] = nu;
-    p.modulus.value = {0.0, e, across};
+    for (int i = 1; i <= 2; ++i) p.poisson.value[i] = nu;
+    p.modulus.value = {e, across};
     p.shearModulus.value[1] = 0.4 * across;
-    p.thermalExpansion.value = {0.0, c.of({1e-5, 5e-5}), 1e-4};
+    p.thermalExpansion.value = {c.of({1e-5, 5e-5}), 1e-4};
     if (!c.seldom()) continue;
     plain = false;
     setList(c, p.modulus, {1e-300, 1.0, 2e10, 1e300, -2e10, 0.0}, 1);
@@ -148,7 +148,7 @@ bool setMaterial(choices& c) {
 void setFields(choices& c) {
   keld::ResidualStressField& field = keld::residualStressField;
   if (c.below(2) == 0) keld::testing_support::setStress(1e7 * c.below(9), 1e7 * c.below(9));
-  for (std::size_t e = 1; e < field.stress1.size(); ++e) {
+  for (int e = 1; e <= field.stress1.rows(); ++e) {
     field.orientationValue[e] = c.of({0.34, 0.5, 0.8, 1.0});
     field.kindFraction[e] = c.of({0.0, 0.3, 0.8, 1.0});
     keld::elementTemperatureField.sideTemperature1[e] = 320.0 + c.below(100);

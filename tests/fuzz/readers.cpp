@@ -30,7 +30,7 @@ void require(bool holds, const char* words) {
   if (!holds) throw std::logic_error(words);
 }
 
-bool finite(const std::vector<double>& values) {
+bool finite(const Column<double>& values) {
   for (const double value : values)
     if (!std::isfinite(value)) return false;
   return true;
@@ -80,7 +80,7 @@ void polymer(std::string text) {
   const ReportSection section;
   readPolymerKinds(file);
   for (int k = 1; k <= (polymerMode == 3 ? 1 : 2); ++k) {
-    const PolymerRecord& r = polymerRecord[static_cast<std::size_t>(k)];
+    const PolymerRecord& r = polymerRecord[k];
     for (const CountedList* list : {&r.pvt, &r.thermalExpansion, &r.modulus, &r.poisson, &r.shearModulus}) {
       require(list->count >= 0 && list->count <= list->capacity, "polymer counts within their capacity");
       for (int i = 1; i <= list->count; ++i) require(!std::isnan((*list)(i)), "polymer numbers");
@@ -96,10 +96,9 @@ void geometryFile(std::string text) {
   checkGeometry();
   echoGeometry();
   for (int e = 1; e <= elementTable.elementCount; ++e) {
-    const auto i = static_cast<std::size_t>(e);
-    for (const int node : {elementTable.node1[i], elementTable.node2[i]})
+    for (const int node : {elementTable.node1[e], elementTable.node2[e]})
       require(node >= 1 && node <= nodeTable.nodeCount, "node numbers in range");
-    require(elementTable.node3[i] >= 0 && elementTable.node3[i] <= nodeTable.nodeCount,
+    require(elementTable.node3[e] >= 0 && elementTable.node3[e] <= nodeTable.nodeCount,
             "third node in range");
   }
 }
@@ -110,7 +109,7 @@ void stress(std::string text) {
   clearPriorFields();
   TextReader file = textOf(std::move(text));
   readResidualStress(file, saved.node3);
-  for (std::size_t e = 1; e < residualStressField.stress1.size(); ++e)
+  for (int e = 1; e <= residualStressField.stress1.rows(); ++e)
     for (const auto* direction : {&residualStressField.direction1, &residualStressField.direction2})
       require(std::abs(std::hypot((*direction)[e][0], (*direction)[e][1], (*direction)[e][2]) - 1.0) < 1e-9,
               "directions of unit length");
@@ -120,9 +119,8 @@ void stress(std::string text) {
 void requireTemperatures() {
   for (const auto* side :
        {&elementTemperatureField.sideTemperature1, &elementTemperatureField.sideTemperature2}) {
-    require(side->size() == 5 && finite(*side), "finite temperatures");
-    for (std::size_t e = 1; e < side->size(); ++e)
-      require((*side)[e] != 0.0, "a temperature for every element");
+    require(side->rows() == 4 && finite(*side), "finite temperatures");
+    for (const double temperature : *side) require(temperature != 0.0, "a temperature for every element");
   }
 }
 
@@ -207,10 +205,10 @@ void setTestLabels() {
 void setTestMesh() {
   elementTable = ElementTable{};
   elementTable.elementCount = 5;
-  elementTable.fileOrder = {0, 5, 1, 3, 2, 4};
-  elementTable.node1 = elementTable.node2 = {0, 1, 1, 1, 1, 1};
-  elementTable.node3 = {0, 11, 12, 13, 14, 0};
-  elementTable.thickness = {0.0, 0.1, 0.2, 0.3, 0.4, 0.5};
+  elementTable.fileOrder = {5, 1, 3, 2, 4};
+  elementTable.node1 = elementTable.node2 = {1, 1, 1, 1, 1};
+  elementTable.node3 = {11, 12, 13, 14, 0};
+  elementTable.thickness = {0.1, 0.2, 0.3, 0.4, 0.5};
   processRecord.ambientTemperature = 298.15;
   ModelKind = 0;
 }

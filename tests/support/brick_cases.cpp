@@ -114,7 +114,7 @@ std::array<double, 2> coolingOf(BrickCase which, bool ofRib) {
 void setFields(BrickCase which, bool meanAlone) {
   const bool aniso = which == BrickCase::anisotropicShrinkage, fibre = which == BrickCase::fibreFilled;
   setPolymer(aniso ? unevenShrinkage : fibre ? filled : isotropic);
-  for (std::size_t e = 1; e < elementTable.thickness.size(); ++e) {
+  for (int e = 1; e <= elementTable.elementCount; ++e) {
     const bool ofRib = which != BrickCase::boxHotInside && upright(e);
     if (ofRib) elementTable.thickness[e] = rib;
     if (aniso) residualStressField.orientationValue[e] = 5.0 / 7.0;

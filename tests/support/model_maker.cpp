@@ -84,36 +84,34 @@ void loadModel(const TestMesh& mesh) {
   nodeTable = {};
   processRecord = {};
   processRecord.ambientTemperature = 300.0;
-  processRecord.meltTemperature = {0.0, 500.0, 500.0};
+  processRecord.meltTemperature = {500.0, 500.0};
   fillerValues = {};
   nodeTable.nodeCount = static_cast<int>(mesh.node.size());
-  nodeTable.x = nodeTable.y = nodeTable.z = {0.0};
   for (const Vector3& p : mesh.node) {
     nodeTable.x.push_back(p[0]);
     nodeTable.y.push_back(p[1]);
     nodeTable.z.push_back(p[2]);
   }
   elementTable.elementCount = elementTable.partElementCount = static_cast<int>(mesh.triangle.size());
-  elementTable.node1 = elementTable.node2 = elementTable.node3 = {0};
   for (const auto& triangle : mesh.triangle) {
     elementTable.node1.push_back(triangle[0]);
     elementTable.node2.push_back(triangle[1]);
     elementTable.node3.push_back(triangle[2]);
   }
-  const std::size_t size = mesh.triangle.size() + 1;
-  elementTable.thickness.assign(size, mesh.thickness);
+  const int rows = elementTable.elementCount;
+  elementTable.thickness.assign(rows, mesh.thickness);
 
   residualStressValid = 0;
   ResidualStressField& field = residualStressField;
-  field.stress1.assign(size, 0.0);
-  field.stress2.assign(size, 0.0);
-  field.kindFraction.assign(size, 1.0);
-  field.orientationValue.assign(size, 1.0);
-  field.direction1.assign(size, {1.0, 0.0, 0.0});
-  field.direction2.assign(size, {0.0, 1.0, 0.0});
-  field.direction3.assign(size, {0.0, 0.0, 1.0});
-  elementTemperatureField.sideTemperature1.assign(size, 400.0);
-  elementTemperatureField.sideTemperature2.assign(size, 400.0);
+  field.stress1.assign(rows, 0.0);
+  field.stress2.assign(rows, 0.0);
+  field.kindFraction.assign(rows, 1.0);
+  field.orientationValue.assign(rows, 1.0);
+  field.direction1.assign(rows, {1.0, 0.0, 0.0});
+  field.direction2.assign(rows, {0.0, 1.0, 0.0});
+  field.direction3.assign(rows, {0.0, 0.0, 1.0});
+  elementTemperatureField.sideTemperature1.assign(rows, 400.0);
+  elementTemperatureField.sideTemperature2.assign(rows, 400.0);
 
   PolymerRecord polymer;
   polymer.pvt = listOf({1.0});

@@ -50,8 +50,7 @@ std::vector<double> reducedField(const Field& displacementAt) {
   std::vector<double> u(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
   for (std::size_t row = 1; row < u.size(); ++row) {
     const int dof = freedoms.freeDofList[row], node = (dof - 1) / 3 + 1;
-    const RestraintFrame& axes =
-        restraintFrames[static_cast<std::size_t>(freedoms.nodeFrame[static_cast<std::size_t>(node)])];
+    const RestraintFrame& axes = restraintFrames[freedoms.nodeFrame[node]];
     const std::array<Vector3, 3> frame = {axes.ex, axes.ey, axes.ez};
     const auto direction = static_cast<std::size_t>((dof - 1) % 3);
     const Vector3 v = displacementAt(node);

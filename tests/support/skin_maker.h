@@ -14,7 +14,7 @@ namespace keld {
 struct BoxSkin {
   std::array<double, 3> size;
   std::array<int, 3> cells;
-  std::vector<int> partner;  // [1..elementCount]
+  Column<int> partner;  // [1..elementCount]
 
   BoxSkin(const std::array<double, 3>& sides, const std::array<int, 3>& quadrilaterals)
       : size(sides), cells(quadrilaterals) {}
@@ -22,9 +22,7 @@ struct BoxSkin {
   void fillTables() {
     elementTable = {};
     nodeTable = {};
-    partner.assign(1, 0);
-    for (auto* c : {&elementTable.node1, &elementTable.node2, &elementTable.node3}) c->assign(1, 0);
-    for (auto* c : {&nodeTable.x, &nodeTable.y, &nodeTable.z}) c->assign(1, 0.0);
+    partner = {};
     const int top = addFace(2, cells[2]), bottom = addFace(2, 0);
     for (int axis = 0; axis < 2; ++axis)
       for (const int at : {0, cells[axis]}) addFace(axis, at);
@@ -32,9 +30,9 @@ struct BoxSkin {
       partner[top + k] = bottom + k;
       partner[bottom + k] = top + k;
     }
-    const std::size_t rows = elementTable.node1.size();
-    elementTable.elementCount = elementTable.partElementCount = static_cast<int>(rows) - 1;
-    nodeTable.nodeCount = static_cast<int>(nodeTable.x.size()) - 1;
+    const int rows = elementTable.node1.rows();
+    elementTable.elementCount = elementTable.partElementCount = rows;
+    nodeTable.nodeCount = nodeTable.x.rows();
     for (auto* c :
          {&elementTable.thickness, &elementTable.correctedThickness, &elementTable.nx, &elementTable.ny,
           &elementTable.nz, &elementTable.area, &elementTable.meanEdge, &elementTable.cornerCosine})
@@ -51,7 +49,7 @@ struct BoxSkin {
   std::map<std::array<int, 3>, int> nodeAt_;
 
   int node(const std::array<int, 3>& place) {
-    const auto [entry, isNew] = nodeAt_.try_emplace(place, static_cast<int>(nodeTable.x.size()));
+    const auto [entry, isNew] = nodeAt_.try_emplace(place, nodeTable.x.rows() + 1);
     if (isNew) {
       nodeTable.x.push_back(size[0] * place[0] / cells[0]);
       nodeTable.y.push_back(size[1] * place[1] / cells[1]);
@@ -61,7 +59,7 @@ struct BoxSkin {
   }
 
   int addFace(int axis, int at) {
-    const int first = static_cast<int>(elementTable.node1.size());
+    const int first = elementTable.node1.rows() + 1;
     const int u = (axis + 1) % 3, v = (axis + 2) % 3;
     const bool outward = at > 0;
     for (int j = 0; j < cells[v]; ++j)

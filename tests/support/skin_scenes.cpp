@@ -13,7 +13,7 @@ namespace keld {
 namespace {
 
 void prepareShellTables() {
-  const std::size_t elements = elementTable.node1.size(), nodes = nodeTable.x.size();
+  const int elements = elementTable.node1.rows(), nodes = nodeTable.x.rows();
   shell = {};
   shell.runningCount = elementTable.elementCount;
   shell.elementPartner.assign(elements, 0);
@@ -38,18 +38,18 @@ void makePair() {
   elementTable = {};
   nodeTable = {};
   nodeTable.nodeCount = 6;
-  nodeTable.x = {0, 0, 2, 0, 0, 2, 0};
-  nodeTable.y = {0, 0, 0, 2, 0, 0, 2};
-  nodeTable.z = {0, 0, 0, 0, 0.2, 0.2, 0.2};
+  nodeTable.x = {0, 2, 0, 0, 2, 0};
+  nodeTable.y = {0, 0, 2, 0, 0, 2};
+  nodeTable.z = {0, 0, 0, 0.2, 0.2, 0.2};
   elementTable.elementCount = 2;
-  elementTable.node1 = {0, 1, 4};
-  elementTable.node2 = {0, 2, 6};
-  elementTable.node3 = {0, 3, 5};
-  elementTable.thickness = {0, 0.2, 0.2};
-  elementTable.thicknessScale = {0, 1.0, 1.0};
+  elementTable.node1 = {1, 4};
+  elementTable.node2 = {2, 6};
+  elementTable.node3 = {3, 5};
+  elementTable.thickness = {0.2, 0.2};
+  elementTable.thicknessScale = {1.0, 1.0};
   for (auto* c : {&elementTable.nx, &elementTable.ny, &elementTable.nz, &elementTable.area,
                   &elementTable.meanEdge, &elementTable.cornerCosine, &elementTable.correctedThickness})
-    c->assign(3, 0.0);
+    c->assign(2, 0.0);
   geometry = {};
   geometry.thicknessFactor = geometry.coordinateFactor = 0.1;
   geometry.largestExtent = 2.0;

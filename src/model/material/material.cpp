@@ -109,7 +109,7 @@ double volumeFractionOf(double weight, double rho) {
 /// only of kinds that follow the filler rule.
 void completeFillerFractions() {
   const int kind = lastKind();
-  const double rho = density(kind, 1e7, processRecord.meltTemperature[static_cast<std::size_t>(kind)]);
+  const double rho = density(kind, 1e7, processRecord.meltTemperature[kind]);
   const double filler = fillerValues.fillerDensity;
   double& weight = processRecord.fillerWeightFraction;
   double& volume = processRecord.fillerVolumeFraction;
@@ -159,8 +159,7 @@ MaterialConstants filledConstants(const PolymerRecord& polymer, double v) {
 double volumeOfGiven(double fraction) {
   if (processRecord.fractionKind != 1) return fraction;
   const int kind = lastKind();
-  const double rho = polymerDensity(polymerRecord[static_cast<std::size_t>(kind)].pvt, 1e7,
-                                    processRecord.meltTemperature[static_cast<std::size_t>(kind)]);
+  const double rho = polymerDensity(polymerRecord[kind].pvt, 1e7, processRecord.meltTemperature[kind]);
   return volumeFractionOf(fraction, blendedDensity(rho, fraction));
 }
 
@@ -198,7 +197,7 @@ double polymerDensity(const CountedList& c, double pressure, double temperature)
 }
 
 double density(int kind, double pressure, double temperature) {
-  const double rho = polymerDensity(polymerRecord[static_cast<std::size_t>(kind)].pvt, pressure, temperature);
+  const double rho = polymerDensity(polymerRecord[kind].pvt, pressure, temperature);
   if (processRecord.fillerPresent != 1) return rho;
   return blendedDensity(rho, processRecord.fillerWeightFraction);
 }
@@ -238,7 +237,7 @@ void materialSetup() {
   MaterialConstants constants;
   bool haveElastic = false, haveExpansion = false;
   for (int kind = 1; kind <= 2; ++kind) {
-    const PolymerRecord& polymer = polymerRecord[static_cast<std::size_t>(kind)];
+    const PolymerRecord& polymer = polymerRecord[kind];
     const bool isotropic = std::abs(polymer.modulus(1) - polymer.modulus(2)) < 1.0;
     if (filled && isotropic) {
       if (!std::isfinite(v)) failOnFraction();
@@ -263,7 +262,7 @@ void materialSetup() {
     if (!haveExpansion) failOnElasticData(kind, "two expansion coefficients were expected");
     if (!usable(constants) && filled && isotropic) failOnFiller(kind, polymer);
     if (!usable(constants)) failOnElasticData(kind, "the result isn't finite and positive");
-    materialConstants[static_cast<std::size_t>(kind)] = constants;
+    materialConstants[kind] = constants;
   }
 }
 

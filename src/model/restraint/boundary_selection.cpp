@@ -8,6 +8,7 @@
 #include "input/process_record.h"
 #include "model/model_tables.h"
 #include "model/restraint/restraint.h"
+#include "run/base/column.h"
 #include "run/base/failure.h"
 #include "run/base/streams.h"
 #include "run/base/working_files.h"
@@ -25,8 +26,8 @@ void forEachCorner(const Visit& visit) {
 }
 
 /// Piece of each geometry node: a number from 1, several_pieces, or no_piece for a node of no triangle.
-std::vector<int> piecesOfNodes(const Pieces& pieces) {
-  std::vector<int> pieceOf(static_cast<std::size_t>(nodeTable.nodeCount) + 1, no_piece);
+Column<int> piecesOfNodes(const Pieces& pieces) {
+  Column<int> pieceOf(nodeTable.nodeCount, no_piece);
   forEachCorner([&](int e, int node) {
     int& piece = pieceOf[node];
     piece = piece == no_piece || piece == pieces.ofElement[e] ? pieces.ofElement[e] : several_pieces;
@@ -35,9 +36,9 @@ std::vector<int> piecesOfNodes(const Pieces& pieces) {
 }
 
 /// Nodes of each piece [1..count] that belong to no other, in element order and corner order.
-std::vector<std::vector<int>> ownNodes(const std::vector<int>& pieceOfNode, int count) {
-  std::vector<char> seen(pieceOfNode.size(), 0);
-  std::vector<std::vector<int>> nodes(static_cast<std::size_t>(count) + 1);
+Column<std::vector<int>> ownNodes(const Column<int>& pieceOfNode, int count) {
+  Column<char> seen(pieceOfNode.rows(), 0);
+  Column<std::vector<int>> nodes(count);
   forEachCorner([&](int, int node) {
     if (seen[node] || pieceOfNode[node] < 1) return;
     seen[node] = 1;
@@ -97,7 +98,7 @@ int widestWith(int first, int second, const std::vector<int>& nodes) {
 }
 
 /// A node number that the user gave must be that of a node of a triangle.
-void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& pieceOfNode) {
+void checkGivenNodes(const std::array<int, 4>& given, const Column<int>& pieceOfNode) {
   for (std::size_t i = 1; i <= 3; ++i) {
     if (given[i] < 1 || given[i] > nodeTable.nodeCount) {
       vFail(
@@ -105,7 +106,7 @@ void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& pi
           "number from 1 to %d was expected, or 0 to have all three chosen.\n",
           i, workingFiles.cpu.c_str(), workingFiles.bc1.c_str(), given[i], nodeTable.nodeCount);
     }
-    if (pieceOfNode[static_cast<std::size_t>(given[i])] == no_piece) {
+    if (pieceOfNode[given[i]] == no_piece) {
       vFail(
           "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d, which belongs to "
           "no triangle: a node of the part was expected, or 0 to have all three chosen.\n",
@@ -116,14 +117,14 @@ void checkGivenNodes(const std::array<int, 4>& given, const std::vector<int>& pi
 
 /// The piece that holds all three given nodes, else no_piece.
 int pieceOfGiven(const std::array<int, 4>& given, const Pieces& pieces) {
-  std::vector<unsigned char> held(static_cast<std::size_t>(pieces.count) + 1,
-                                  0);  // a bit for each given node
+  Column<unsigned char> held(pieces.count, 0);  // a bit for each given node
   forEachCorner([&](int e, int node) {
-    for (int i = 1; i <= 3; ++i)
+    for (std::size_t i = 1; i <= 3; ++i)
       if (node == given[i]) held[pieces.ofElement[e]] |= static_cast<unsigned char>(1 << (i - 1));
   });
-  const auto all = std::find(held.begin(), held.end(), 7);
-  return all == held.end() ? no_piece : static_cast<int>(all - held.begin());
+  for (int piece = 1; piece <= pieces.count; ++piece)
+    if (held[piece] == 7) return piece;
+  return no_piece;
 }
 
 BoundaryNodes chosenAmong(const std::vector<int>& nodes) {
@@ -134,7 +135,7 @@ BoundaryNodes chosenAmong(const std::vector<int>& nodes) {
   return chosen;
 }
 
-void requireOwnNodes(const std::vector<std::vector<int>>& nodes, const Pieces& pieces) {
+void requireOwnNodes(const Column<std::vector<int>>& nodes, const Pieces& pieces) {
   if (pieces.count < 2) return;
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const int piece = pieces.ofElement[e];
@@ -164,10 +165,10 @@ void warnOfPieces(const Pieces& pieces, bool givenAreScattered) {
       pieces.count);
   if (givenAreScattered)
     vPrintMessage(1, "   The given boundary nodes lie in different pieces: nodes were chosen for each.\n");
-  std::vector<int> triangles(static_cast<std::size_t>(pieces.count) + 1, 0);
+  Column<int> triangles(pieces.count, 0);
   for (int e = 1; e <= elementTable.partElementCount; ++e) ++triangles[pieces.ofElement[e]];
   for (int p = 1; p <= std::min(pieces.count, most_lines); ++p) {
-    const BoundaryNodes& held = boundaryNodes[p - 1];
+    const BoundaryNodes& held = boundaryNodes[p];
     vPrintMessage(1, "   Piece %d: triangles= %d, held at nodes %d, %d, %d\n", p, triangles[p],
                   held.boundaryNode1, held.boundaryNode2, held.boundaryNode3);
   }
@@ -183,15 +184,15 @@ void selectBoundaryNodes(Joining rule) {
           workingFiles.pg1.c_str());
   }
   const Pieces pieces = findPieces(rule);
-  const std::vector<int> pieceOfNode = piecesOfNodes(pieces);
-  const std::vector<std::vector<int>> nodes = ownNodes(pieceOfNode, pieces.count);
+  const Column<int> pieceOfNode = piecesOfNodes(pieces);
+  const Column<std::vector<int>> nodes = ownNodes(pieceOfNode, pieces.count);
   const std::array<int, 4>& given = processRecord.bcNode;
   const bool areGiven = given[1] != 0 && given[2] != 0 && given[3] != 0;
   if (areGiven) checkGivenNodes(given, pieceOfNode);
   requireOwnNodes(nodes, pieces);
 
   const int pieceHeldByGiven = areGiven ? pieceOfGiven(given, pieces) : no_piece;
-  boundaryNodes.clear();
+  boundaryNodes = {};
   for (int p = 1; p <= pieces.count; ++p) {
     BoundaryNodes held;
     if (p == pieceHeldByGiven) {
@@ -201,7 +202,7 @@ void selectBoundaryNodes(Joining rule) {
     }
     boundaryNodes.push_back(held);
   }
-  reportNodes(boundaryNodes[std::max(pieceHeldByGiven, 1) - 1]);
+  reportNodes(boundaryNodes[std::max(pieceHeldByGiven, 1)]);
   if (pieces.count > 1) warnOfPieces(pieces, areGiven && pieceHeldByGiven == no_piece);
 }
 

@@ -6,20 +6,20 @@
 #include <array>
 #include <numeric>
 #include <utility>
+#include <vector>
 
 #include "input/mesh_access.h"
 #include "model/incidence.h"
+#include "run/base/column.h"
 
 namespace keld {
 
 namespace {
 
-/// Disjoint sets of the numbers 0 to n; the least number of a set stands for it.
+/// Disjoint sets of the numbers 1 to n; the least number of a set stands for it.
 class DisjointSets {
  public:
-  explicit DisjointSets(int n) : above_(static_cast<std::size_t>(n) + 1) {
-    std::iota(above_.begin(), above_.end(), 0);
-  }
+  explicit DisjointSets(int n) : above_(n) { std::iota(above_.begin(), above_.end(), 1); }
   int of(int i) {
     while (above_[i] != i) i = above_[i] = above_[above_[i]];
     return i;
@@ -30,7 +30,7 @@ class DisjointSets {
   }
 
  private:
-  std::vector<int> above_;
+  Column<int> above_;
 };
 
 void joinAtNodes(const IncidenceLists& trianglesAt, DisjointSets& sets) {
@@ -41,8 +41,7 @@ void joinAtNodes(const IncidenceLists& trianglesAt, DisjointSets& sets) {
 
 /// Joins triangles that have two nodes in common: at one of the nodes both hold the other.
 void joinAtEdges(const IncidenceLists& trianglesAt, DisjointSets& sets) {
-  const auto size = static_cast<std::size_t>(nodeTable.nodeCount) + 1;
-  std::vector<int> seenFrom(size, 0), triangle(size, 0);
+  Column<int> seenFrom(nodeTable.nodeCount, 0), triangle(nodeTable.nodeCount, 0);
   for (int n = 1; n <= nodeTable.nodeCount; ++n)
     for (const int* e = trianglesAt.begin(n); e != trianglesAt.end(n); ++e)
       for (const int other : cornerNodesOf(*e)) {
@@ -53,11 +52,11 @@ void joinAtEdges(const IncidenceLists& trianglesAt, DisjointSets& sets) {
       }
 }
 
-/// Patches and the nodes at which several of them touch, as a graph between the two: vertices 0..patches-1
+/// Patches and the nodes at which several of them touch, as a graph between the two: vertices 1..patches
 /// are patches, those behind them nodes.
 struct Contacts {
-  std::vector<int> root;                 // the triangle that stands for a patch
-  std::vector<std::vector<int>> vertex;  // neighbours of each vertex
+  Column<int> root;                 // [1..patches] the triangle that stands for a patch
+  Column<std::vector<int>> vertex;  // neighbours of each vertex
 };
 
 Contacts contactsOf(const IncidenceLists& trianglesAt, DisjointSets& sets, std::vector<int>& touching) {
@@ -70,19 +69,22 @@ Contacts contactsOf(const IncidenceLists& trianglesAt, DisjointSets& sets, std::
     std::sort(here.begin(), here.end());
     here.erase(std::unique(here.begin(), here.end()), here.end());
     if (here.size() < 2) continue;
-    for (const int root : here) pairs.emplace_back(static_cast<int>(stillTouching.size()), root);
-    contacts.root.insert(contacts.root.end(), here.begin(), here.end());
     stillTouching.push_back(n);
+    for (const int root : here) {
+      pairs.emplace_back(static_cast<int>(stillTouching.size()), root);
+      contacts.root.push_back(root);
+    }
   }
   touching.swap(stillTouching);
   std::sort(contacts.root.begin(), contacts.root.end());
-  contacts.root.erase(std::unique(contacts.root.begin(), contacts.root.end()), contacts.root.end());
+  const auto end = std::unique(contacts.root.begin(), contacts.root.end());
+  contacts.root.resize(end - contacts.root.begin());
 
-  const auto patches = static_cast<int>(contacts.root.size());
-  contacts.vertex.resize(contacts.root.size() + touching.size());
+  const int patches = contacts.root.rows();
+  contacts.vertex.resize(patches + static_cast<int>(touching.size()));
   for (const auto& [node, root] : pairs) {
     const auto place = std::lower_bound(contacts.root.begin(), contacts.root.end(), root);
-    const auto patch = static_cast<int>(place - contacts.root.begin());
+    const auto patch = static_cast<int>(place - contacts.root.begin()) + 1;
     contacts.vertex[patch].push_back(patches + node);
     contacts.vertex[patches + node].push_back(patch);
   }
@@ -95,12 +97,13 @@ Contacts contactsOf(const IncidenceLists& trianglesAt, DisjointSets& sets, std::
 /// Returns whether any were joined.
 bool joinAtNodePairs(const Contacts& contacts, DisjointSets& sets) {
   const auto& vertex = contacts.vertex;
-  const auto patches = static_cast<int>(contacts.root.size());
-  std::vector<int> order(vertex.size()), between(vertex.size(), -1), reached;
-  std::iota(order.begin(), order.end(), 0);
+  const int patches = contacts.root.rows();
+  Column<int> order(vertex.rows()), between(vertex.rows(), 0);
+  std::vector<int> reached;
+  std::iota(order.begin(), order.end(), 1);
   std::stable_sort(order.begin(), order.end(),
                    [&](int a, int b) { return vertex[a].size() > vertex[b].size(); });
-  std::vector<char> gone(vertex.size(), 0);
+  Column<char> gone(vertex.rows(), 0);
   bool joined = false;
   for (const int v : order) {
     reached.clear();
@@ -108,17 +111,17 @@ bool joinAtNodePairs(const Contacts& contacts, DisjointSets& sets) {
       if (gone[u]) continue;
       for (const int w : vertex[u]) {
         if (w == v || gone[w]) continue;
-        if (between[w] < 0) {
+        if (between[w] == 0) {
           between[w] = u;
           reached.push_back(w);
           continue;
         }
-        const auto [a, b] = v < patches ? std::pair{v, w} : std::pair{between[w], u};
+        const auto [a, b] = v <= patches ? std::pair{v, w} : std::pair{between[w], u};
         sets.join(contacts.root[a], contacts.root[b]);
         joined = true;
       }
     }
-    for (const int w : reached) between[w] = -1;
+    for (const int w : reached) between[w] = 0;
     gone[v] = 1;
   }
   return joined;
@@ -126,7 +129,7 @@ bool joinAtNodePairs(const Contacts& contacts, DisjointSets& sets) {
 
 Pieces numbered(DisjointSets& sets) {
   Pieces pieces;
-  pieces.ofElement.assign(static_cast<std::size_t>(elementTable.partElementCount) + 1, 0);
+  pieces.ofElement.assign(elementTable.partElementCount, 0);
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const int root = sets.of(e);  // the first triangle of its piece
     pieces.ofElement[e] = root == e ? ++pieces.count : pieces.ofElement[root];

@@ -2,16 +2,15 @@
 // Called by the choice of the boundary nodes, in geometry numbers.
 #pragma once
 
-#include <vector>
-
 #include "model/walls/joining.h"
+#include "run/base/column.h"
 
 namespace keld {
 
 /// Pieces are numbered from 1 in the order of their first triangle.
 struct Pieces {
   int count = 0;
-  std::vector<int> ofElement;  // [1..partElementCount]
+  Column<int> ofElement;  // [1..partElementCount]
 };
 
 /// Joins the triangles of the ElementTable until no two groups have the common nodes that the rule asks for:

@@ -2,12 +2,12 @@
 #include "model/restraint/restraint.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "input/mesh_access.h"
 #include "input/mesh_tables.h"
 #include "model/model_tables.h"
 #include "model/system/loads.h"
+#include "run/base/column.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
 #include "run/base/streams.h"
@@ -19,10 +19,10 @@ namespace {
 void pairNodes() {
   const ElementTable& t = elementTable;
   const auto pair = [](int lower, int upper) {
-    wedgeNumbering.nodeMate[static_cast<std::size_t>(lower)] = upper;
-    wedgeNumbering.nodeMate[static_cast<std::size_t>(upper)] = lower;
+    wedgeNumbering.nodeMate[lower] = upper;
+    wedgeNumbering.nodeMate[upper] = lower;
   };
-  for (std::size_t e = 1; e <= static_cast<std::size_t>(t.partElementCount); ++e) {
+  for (int e = 1; e <= t.partElementCount; ++e) {
     pair(t.node1[e], t.node4[e]);
     pair(t.node2[e], t.node5[e]);
     pair(t.node3[e], t.node6[e]);
@@ -30,20 +30,20 @@ void pairNodes() {
 }
 
 int geometryNumberOf(int wedgeNode) {
-  const std::vector<int>& map = wedgeNumbering.nodeToNewNode;
-  return static_cast<int>(std::find(map.begin(), map.end(), wedgeNode) - map.begin());
+  const Column<int>& map = wedgeNumbering.nodeToNewNode;
+  return static_cast<int>(std::find(map.begin(), map.end(), wedgeNode) - map.begin()) + 1;
 }
 
 [[noreturn]] void failOnArea(const BoundaryNodes& held, double area) {
   vPrintMessage(1, message::D5014, area);
   vPrintMessage(1, message::D5014Second);
-  if (boundaryNodes.size() > 1) {
+  if (boundaryNodes.rows() > 1) {
     vPrintMessage(
         1,
-        "                    They are nodes %d, %d and %d of one of the %zu pieces of the part: merge "
+        "                    They are nodes %d, %d and %d of one of the %d pieces of the part: merge "
         "its nodes with those of the others, or take it out\n",
         geometryNumberOf(held.boundaryNode1), geometryNumberOf(held.boundaryNode2),
-        geometryNumberOf(held.boundaryNode3), boundaryNodes.size());
+        geometryNumberOf(held.boundaryNode3), boundaryNodes.rows());
   }
   vEndRun();
 }
@@ -63,37 +63,35 @@ RestraintFrame frameOf(const BoundaryNodes& held) {
 }
 
 void restrain(int node, int code, int frame) {
-  const auto n = static_cast<std::size_t>(node);
-  freedoms.nodeRestraint[n] = code;
-  freedoms.nodeFrame[n] = frame;
+  freedoms.nodeRestraint[node] = code;
+  freedoms.nodeFrame[node] = frame;
 }
 
 }  // namespace
 
 void numberFreedoms() {
   const int nodes = wedgeNumbering.wedgeNodeCount;
-  const auto size = static_cast<std::size_t>(nodes) + 1;
-  wedgeNumbering.nodeMate.assign(size, 0);
+  wedgeNumbering.nodeMate.assign(nodes, 0);
   pairNodes();
   // Every wedge node is one of a triangle: the renumbering has made them so.
-  freedoms.nodeRestraint.assign(size, 1);
-  freedoms.nodeDofCount.assign(size, 3);
-  freedoms.nodeFirstDof.assign(size, 0);
-  for (int n = 1; n <= nodes; ++n) freedoms.nodeFirstDof[static_cast<std::size_t>(n)] = 3 * (n - 1) + 1;
+  freedoms.nodeRestraint.assign(nodes, 1);
+  freedoms.nodeDofCount.assign(nodes, 3);
+  freedoms.nodeFirstDof.assign(nodes, 0);
+  for (int n = 1; n <= nodes; ++n) freedoms.nodeFirstDof[n] = 3 * (n - 1) + 1;
   freedoms.dofCount = 3 * nodes;
 }
 
 void setUpRestraint() {
-  freedoms.nodeFrame.assign(freedoms.nodeRestraint.size(), 0);
-  restraintFrames.clear();
+  freedoms.nodeFrame.assign(freedoms.nodeRestraint.rows(), 0);
+  restraintFrames = {};
   for (const BoundaryNodes& held : boundaryNodes) {
-    const auto frame = static_cast<int>(restraintFrames.size());
     restraintFrames.push_back(frameOf(held));
+    const int frame = restraintFrames.rows();
     restrain(held.boundaryNode1, -1, frame);
     restrain(held.boundaryNode2, -2, frame);
     restrain(held.boundaryNode3, -3, frame);
   }
-  freedoms.freeDofCount = freedoms.dofCount - 6 * static_cast<int>(boundaryNodes.size());
+  freedoms.freeDofCount = freedoms.dofCount - 6 * boundaryNodes.rows();
   volumePass();
   vPrintMessage(1, "   Degree of freedom = %ld\n", 3L * nodeTable.nodeCount);
   vCloseMessageFile();

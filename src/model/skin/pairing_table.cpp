@@ -5,7 +5,6 @@
 #include <cmath>
 #include <filesystem>
 #include <system_error>
-#include <vector>
 
 #include "input/mesh_tables.h"
 #include "model/skin/shell_tables.h"
@@ -35,26 +34,26 @@ bool readFromFile() {
 
 bool readPairingTable(TextReader file) {
   const int count = elementTable.elementCount;
-  std::vector<PairingRow> rows;
+  Column<PairingRow> table;
   while (file.readInt()) {
     const auto partner = file.readInt();
     const auto thickness = file.readDouble();
     if (!partner || !thickness || !std::isfinite(*thickness)) break;
-    if (static_cast<int>(rows.size()) == count) return false;
-    rows.push_back({std::max(*partner, 0), *thickness});
+    if (table.rows() == count) return false;
+    table.push_back({std::max(*partner, 0), *thickness});
   }
-  if (static_cast<int>(rows.size()) != count) return false;
+  if (table.rows() != count) return false;
   for (int e = 1; e <= count; ++e) {
-    if (rows[e - 1].partner <= count) continue;
+    if (table[e].partner <= count) continue;
     vFail(
         "\n !! Error !!  %s, row %d: the partner is element %d, and the part has %d. Expected an element "
         "from 1 on, "
         "or a number below 1 where there is none.\n",
-        file.name().c_str(), e, rows[e - 1].partner, count);
+        file.name().c_str(), e, table[e].partner, count);
   }
   for (int e = 1; e <= count; ++e) {
-    shell.elementPartner[e] = rows[e - 1].partner;
-    elementTable.thickness[e] = rows[e - 1].thickness;
+    shell.elementPartner[e] = table[e].partner;
+    elementTable.thickness[e] = table[e].thickness;
   }
   return true;
 }

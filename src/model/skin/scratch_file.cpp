@@ -24,6 +24,12 @@ static_assert(std::endian::native == std::endian::little);
 
 constexpr std::size_t headerBytes = 46, nodeBytes = 34, elementBytes = 76;
 
+/// Length of the file up to the records of so many elements.
+constexpr std::size_t bytesOf(int nodes, int elements) {
+  return headerBytes + static_cast<std::size_t>(nodes) * nodeBytes +
+         static_cast<std::size_t>(elements) * elementBytes;
+}
+
 class Packer {
  public:
   explicit Packer(std::string& bytes) : bytes_(bytes) {}
@@ -75,7 +81,7 @@ StoredElement elementAt(std::string_view bytes, std::size_t offset) {
 }
 
 Vector3 nodeAt(std::string_view bytes, int node, double factor) {
-  const std::size_t offset = headerBytes + (static_cast<std::size_t>(node) - 1) * nodeBytes;
+  const std::size_t offset = bytesOf(node - 1, 0);
   return {fieldAt<double>(bytes, offset + 4) * factor, fieldAt<double>(bytes, offset + 13) * factor,
           fieldAt<double>(bytes, offset + 21) * factor};
 }
@@ -102,8 +108,7 @@ bool fitsMesh(std::string_view bytes) {
   if (nodeCount != nodeTable.nodeCount || inputCount != elementTable.elementCount) return false;
   if (storedCount < inputCount || nodeCount < 1) return false;
   if (!std::isfinite(factor) || !std::isfinite(thicknessFactor)) return false;
-  const std::size_t elements = headerBytes + static_cast<std::size_t>(nodeCount) * nodeBytes;
-  if (bytes.size() < elements + static_cast<std::size_t>(storedCount) * elementBytes) return false;
+  if (bytes.size() < bytesOf(nodeCount, storedCount)) return false;
 
   if (agreeingCoordinates(nodeAt(bytes, 1, factor), 1) != 3) return false;
   for (const int sample : {nodeCount / 2 + 1, nodeCount})
@@ -113,9 +118,7 @@ bool fitsMesh(std::string_view bytes) {
     for (const double value : nodeAt(bytes, n, factor))
       if (!std::isfinite(value)) return false;
   for (int e = 1; e <= storedCount; ++e)
-    if (!plausible(elementAt(bytes, elements + (static_cast<std::size_t>(e) - 1) * elementBytes),
-                   e > inputCount, nodeCount))
-      return false;
+    if (!plausible(elementAt(bytes, bytesOf(nodeCount, e - 1)), e > inputCount, nodeCount)) return false;
   return true;
 }
 
@@ -123,8 +126,7 @@ bool fitsMesh(std::string_view bytes) {
 
 std::string scratchFileBytes() {
   std::string bytes;
-  bytes.reserve(headerBytes + static_cast<std::size_t>(nodeTable.nodeCount) * nodeBytes +
-                static_cast<std::size_t>(shell.runningCount) * elementBytes);
+  bytes.reserve(bytesOf(nodeTable.nodeCount, shell.runningCount));
   Packer out(bytes);
   const int nodes = nodeTable.nodeCount, elements = elementTable.elementCount;
   out << 'Q' << elements << 'U' << shell.runningCount << 'A' << nodes << (nodes + elements) / 2 << 2000.2
@@ -148,13 +150,12 @@ bool acceptScratchFile(std::string_view bytes) {
     nodeTable.z[n] = p[2];
   }
 
-  const std::size_t rows = static_cast<std::size_t>(shell.runningCount) + 1;
+  const int rows = shell.runningCount;
   for (auto* column : {&elementTable.node1, &elementTable.node2, &elementTable.node3}) column->resize(rows);
   elementTable.thickness.resize(rows);
   shell.elementKind.resize(rows, 0);
-  const std::size_t elements = headerBytes + static_cast<std::size_t>(nodeTable.nodeCount) * nodeBytes;
   for (int e = 1; e <= shell.runningCount; ++e) {
-    const StoredElement s = elementAt(bytes, elements + (static_cast<std::size_t>(e) - 1) * elementBytes);
+    const StoredElement s = elementAt(bytes, bytesOf(nodeTable.nodeCount, e - 1));
     elementTable.node1[e] = s.node1;
     elementTable.node2[e] = s.node2;
     elementTable.node3[e] = s.node3;

@@ -39,7 +39,7 @@ class ConnectorMaker {
         boxes_(makeBoxes()),
         radius_(3.0 * shell.characteristicThickness) {}
 
-  void runPass(int pass) {
+  void runPass(std::size_t pass) {
     const PassRules& rules = rulesOfPass[pass];
     for (int e = 1; e <= elementTable.elementCount; ++e) {
       const int p = shell.elementPartner[e];
@@ -66,7 +66,7 @@ class ConnectorMaker {
     return nearest;
   }
 
-  void tryCorner(int pass, int e, int p, int a) {
+  void tryCorner(std::size_t pass, int e, int p, int a) {
     double length = 0.0;
     const int b = nearestCorner(p, a, length);
     if (b == 0) return;
@@ -81,7 +81,7 @@ class ConnectorMaker {
   }
 
   /// Feature, use and class rules; in pass 2 `first` is the feature end.
-  static bool endsAllow(int pass, int first, int second) {
+  static bool endsAllow(std::size_t pass, int first, int second) {
     const int features = shell.featureNode[first] + shell.featureNode[second];
     const int useFirst = shell.connectorUse[first], useSecond = shell.connectorUse[second];
     const int classFirst = shell.thicknessClass[first], classSecond = shell.thicknessClass[second];
@@ -105,7 +105,7 @@ class ConnectorMaker {
   bool liesIn(const Vector3& m, int k) const {
     const double d = distance(centre_[k], m);
     if (!(d < radius_)) return false;
-    for (int axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis)
       if (m[axis] < low_[k][axis] || m[axis] > high_[k][axis]) return false;
     const double alongNormal = ((centre_[k][0] - m[0]) / d) * elementTable.nx[k] +
                                ((centre_[k][1] - m[1]) / d) * elementTable.ny[k] +
@@ -132,7 +132,7 @@ class ConnectorMaker {
   }
 
   BoxGrid makeBoxes() {
-    const std::size_t count = static_cast<std::size_t>(elementTable.elementCount) + 1;
+    const int count = elementTable.elementCount;
     centre_.assign(count, {});
     low_.assign(count, {1.0, 1.0, 1.0});  // low above high: left out
     high_.assign(count, {0.0, 0.0, 0.0});
@@ -140,12 +140,12 @@ class ConnectorMaker {
       if (!isTriangle(e)) continue;
       const auto corners = cornerNodesOf(e);
       const Vector3 first = positionOf(corners[0]);
-      for (int axis = 0; axis < 3; ++axis) {
+      for (std::size_t axis = 0; axis < 3; ++axis) {
         low_[e][axis] = first[axis] - 1e-5;
         high_[e][axis] = first[axis] + 1e-5;
         double sum = first[axis];
-        for (const int corner : {1, 2}) {
-          const double value = positionOf(corners[corner])[axis];
+        for (const int corner : {corners[1], corners[2]}) {
+          const double value = positionOf(corner)[axis];
           low_[e][axis] = std::min(low_[e][axis], value);
           high_[e][axis] = std::max(high_[e][axis], value);
           sum += value;
@@ -159,7 +159,7 @@ class ConnectorMaker {
   }
 
   const IncidenceLists& trianglesAtNode_;
-  std::vector<Vector3> centre_, low_, high_;
+  Column<Vector3> centre_, low_, high_;
   BoxGrid boxes_;
   double radius_;
   std::unordered_set<std::uint64_t> rows_;
@@ -194,7 +194,7 @@ EndThickness thicknessAtEnds(const IncidenceLists& elementsAtNode, int p, int q)
 
 void cleanUpPartners() {
   const int count = elementTable.elementCount;
-  std::vector<int> claimant(static_cast<std::size_t>(count) + 1, 0), claims(claimant);
+  Column<int> claimant(count, 0), claims(claimant);
   for (int e = 1; e <= count; ++e) {
     const int p = shell.elementPartner[e];
     if (!isTriangle(e) || !unflagged(e) || p <= 0 || !unflagged(p)) continue;
@@ -226,14 +226,14 @@ void markFeatureNodes(const IncidenceLists& trianglesAtNode) {
 
 void makeConnectors(const IncidenceLists& trianglesAtNode) {
   // Rows of connectors stand right behind those of the file.
-  const std::size_t rows = static_cast<std::size_t>(elementTable.elementCount) + 1;
+  const int rows = elementTable.elementCount;
   for (auto* column : {&elementTable.node1, &elementTable.node2, &elementTable.node3}) column->resize(rows);
   elementTable.thickness.resize(rows);
   elementTable.area.resize(rows);
   shell.elementKind.resize(rows);
 
   ConnectorMaker maker(trianglesAtNode);
-  for (int pass = 1; pass <= 3; ++pass) maker.runPass(pass);
+  for (std::size_t pass = 1; pass <= 3; ++pass) maker.runPass(pass);
 }
 
 void filterConnectors() {

@@ -23,7 +23,7 @@ int withShorterList(const IncidenceLists& lists, int nodeA, int nodeB) {
 template <class Visit>
 void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit visit) {
   const auto c = cornerNodesOf(e);
-  for (int edge = 0; edge < 3; ++edge) {
+  for (std::size_t edge = 0; edge < 3; ++edge) {
     const int a = c[edge], b = c[(edge + 1) % 3];
     const int shorter = withShorterList(trianglesAtNode, a, b);
     for (const int* k = trianglesAtNode.begin(shorter); k != trianglesAtNode.end(shorter); ++k)
@@ -35,12 +35,13 @@ void forEachEdgeNeighbour(const IncidenceLists& trianglesAtNode, int e, Visit vi
 
 IncidenceLists edgeNeighbours(const IncidenceLists& trianglesAtNode) {
   IncidenceLists table;
-  table.start.assign(static_cast<std::size_t>(elementTable.elementCount) + 2, 0);
+  table.start.assign(elementTable.elementCount + 1, 0);
+  table.item.assign(0, 0);
   for (int e = 1; e <= elementTable.elementCount; ++e) {
-    table.start[e] = static_cast<int>(table.item.size());
+    table.start[e] = table.item.rows() + 1;
     if (isTriangle(e)) forEachEdgeNeighbour(trianglesAtNode, e, [&](int k) { table.item.push_back(k); });
   }
-  table.start.back() = static_cast<int>(table.item.size());
+  table.start.back() = table.item.rows() + 1;
   return table;
 }
 

@@ -3,7 +3,7 @@
 
 #include <array>
 #include <cmath>
-#include <vector>
+#include <utility>
 
 #include "input/mesh_access.h"
 #include "model/skin/pairing_table.h"
@@ -20,8 +20,7 @@ namespace keld {
 namespace {
 
 void clearTables() {
-  const std::size_t elements = static_cast<std::size_t>(elementTable.elementCount) + 1;
-  const std::size_t nodes = static_cast<std::size_t>(nodeTable.nodeCount) + 1;
+  const int elements = elementTable.elementCount, nodes = nodeTable.nodeCount;
   shell = {};
   shell.runningCount = elementTable.elementCount;
   shell.elementPartner.assign(elements, 0);
@@ -111,7 +110,7 @@ void raiseThinElements() {
 }  // namespace
 
 void shellProcessing() {
-  const std::size_t rows = elementTable.node1.size();
+  const int rows = elementTable.node1.rows();
   const std::array nodesOfFile{elementTable.node1, elementTable.node2, elementTable.node3};
   clearTables();
   if (readScratchFile()) {
@@ -140,11 +139,13 @@ void shellProcessing() {
   elementTable.cornerCosine = {};
 }
 
-void translatePartners(const std::vector<int>& compact) {
-  std::vector<int> translated(shell.elementPartner.size(), 0);
-  for (std::size_t e = 1; e < translated.size(); ++e)
-    if (compact[e] > 0) translated[static_cast<std::size_t>(compact[e])] = compact[shell.elementPartner[e]];
-  shell.elementPartner.swap(translated);
+void translatePartners(const Column<int>& compact) {
+  Column<int> translated(shell.elementPartner.rows(), 0);
+  for (int e = 1; e <= translated.rows(); ++e) {
+    const int partner = shell.elementPartner[e];
+    if (compact[e] > 0 && partner > 0) translated[compact[e]] = compact[partner];
+  }
+  std::swap(shell.elementPartner, translated);
 }
 
 }  // namespace keld

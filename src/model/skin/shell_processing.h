@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "run/base/column.h"
+
 namespace keld {
 
 /// Leaves the final thickness of every element of the file in the ElementTable. Needs the element geometry.
@@ -12,6 +14,6 @@ void shellProcessing();
 
 /// Turns the element numbers of the pairs from the file's to compact ones; `compact` holds the compact number
 /// of each element of the file, 0 for a runner element.
-void translatePartners(const std::vector<int>& compact);
+void translatePartners(const Column<int>& compact);
 
 }  // namespace keld

@@ -3,19 +3,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <numeric>
 
 namespace keld {
 
-PointGrid::PointGrid(const std::vector<Vector3>& points, const std::vector<int>& members) : points_(points) {
+PointGrid::PointGrid(const Column<Vector3>& points, const std::vector<int>& members) : points_(points) {
   if (members.empty()) {
-    start_.assign(2, 0);
+    start_.assign(2, 1);
     return;
   }
   Vector3 high = points[members.front()];
   low_ = high;
   for (const int m : members)
-    for (int axis = 0; axis < 3; ++axis) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
       low_[axis] = std::min(low_[axis], points[m][axis]);
       high[axis] = std::max(high[axis], points[m][axis]);
     }
@@ -24,31 +24,38 @@ PointGrid::PointGrid(const std::vector<Vector3>& points, const std::vector<int>&
   // The points lie on surfaces: as many cells along the longest side as the root of the count.
   const double along = std::clamp(std::sqrt(static_cast<double>(members.size())), 1.0, 400.0);
   size_ = extent / along;
-  for (int axis = 0; axis < 3; ++axis) cells_[axis] = static_cast<int>((high[axis] - low_[axis]) / size_) + 1;
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    cells_[axis] = static_cast<int>((high[axis] - low_[axis]) / size_) + 1;
   while (1.0 * cells_[0] * cells_[1] * cells_[2] > 8.0 * static_cast<double>(members.size()) + 64.0) {
     size_ *= 1.5;
-    for (int axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis)
       cells_[axis] = static_cast<int>((high[axis] - low_[axis]) / size_) + 1;
   }
 
   const auto index = [&](const Vector3& p) {
-    return (cellOf(p[2], 2) * cells_[1] + cellOf(p[1], 1)) * cells_[0] + cellOf(p[0], 0);
+    return cellNumber(cellOf(p[0], 0), cellOf(p[1], 1), cellOf(p[2], 2));
   };
-  start_.assign(static_cast<std::size_t>(cells_[0]) * cells_[1] * cells_[2] + 1, 0);
+  start_.assign(cellNumber(cells_[0] - 1, cells_[1] - 1, cells_[2] - 1) + 1, 0);
+  start_[1] = 1;
   for (const int m : members) ++start_[index(points[m]) + 1];
-  for (std::size_t c = 1; c < start_.size(); ++c) start_[c] += start_[c - 1];
-  member_.resize(members.size());
-  std::vector<int> next(start_);
+  std::partial_sum(start_.begin(), start_.end(), start_.begin());
+  member_.resize(start_.back() - 1);
+  Column<int> next(start_);
   for (const int m : members) member_[next[index(points[m])]++] = m;
 }
 
-int PointGrid::cellOf(double value, int axis) const {
+int PointGrid::cellOf(double value, std::size_t axis) const {
   const double cell = (value - low_[axis]) / size_;
   return static_cast<int>(std::clamp(cell, 0.0, cells_[axis] - 1.0));
 }
 
+/// From 1, x running fastest.
+std::int64_t PointGrid::cellNumber(int x, int y, int z) const {
+  return (std::int64_t{z} * cells_[1] + y) * cells_[0] + x + 1;
+}
+
 void PointGrid::searchCell(int x, int y, int z, const Vector3& centre, double& best, int& found) const {
-  const std::size_t c = (static_cast<std::size_t>(z) * cells_[1] + y) * cells_[0] + x;
+  const std::int64_t c = cellNumber(x, y, z);
   for (int k = start_[c]; k < start_[c + 1]; ++k) {
     const double d = distance(points_[member_[k]], centre);
     if (d < best || (d == best && found != 0 && member_[k] > found)) {
@@ -61,7 +68,7 @@ void PointGrid::searchCell(int x, int y, int z, const Vector3& centre, double& b
 int PointGrid::nearest(const Vector3& centre, double radius) const {
   if (member_.empty() || !(radius > 0.0)) return 0;
   std::array<int, 3> home;
-  for (int axis = 0; axis < 3; ++axis) home[axis] = cellOf(centre[axis], axis);
+  for (std::size_t axis = 0; axis < 3; ++axis) home[axis] = cellOf(centre[axis], axis);
   const int farthest = std::max({cells_[0], cells_[1], cells_[2]});
 
   double best = radius;
@@ -97,8 +104,8 @@ std::int64_t cellIndex(double value, double size) {
 
 }  // namespace
 
-BoxGrid::BoxGrid(const std::vector<Vector3>& low, const std::vector<Vector3>& high) {
-  for (int k = 1; k < static_cast<int>(low.size()); ++k) {
+BoxGrid::BoxGrid(const Column<Vector3>& low, const Column<Vector3>& high) {
+  for (int k = 1; k <= low.rows(); ++k) {
     const double extent = std::max({high[k][0] - low[k][0], high[k][1] - low[k][1], high[k][2] - low[k][2]});
     if (!(extent >= 0.0) || !std::isfinite(extent)) continue;
     int level = 0;

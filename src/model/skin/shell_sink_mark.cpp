@@ -38,7 +38,7 @@ double sinkOf(const NodeState& state) {
   return std::cbrt(v) * (v - v0) / v / 3.0;
 }
 
-void addTriangles(std::vector<NodeState>& states) {
+void addTriangles(Column<NodeState>& states) {
   const ElementTemperatureField& side = elementTemperatureField;
   const bool twoKinds = processRecord.secondKind == 1;
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
@@ -52,25 +52,25 @@ void addTriangles(std::vector<NodeState>& states) {
 }
 
 /// Runner elements have no entry in the element fields: they count with the neutral values.
-void addRunners(std::vector<NodeState>& states) {
+void addRunners(Column<NodeState>& states) {
   for (int e = elementTable.partElementCount + 1; e <= elementTable.elementCount; ++e) {
     const int a = elementTable.node1[e], b = elementTable.node2[e];
     const double diameter = elementTable.thickness[e];
     const double share =
         std::numbers::pi * diameter * diameter * distance(positionOf(a), positionOf(b)) * 0.125;
     for (const int n : {a, b})
-      if (n < static_cast<int>(states.size())) states[n].add(share, processRecord.ambientTemperature, 1.0);
+      if (n <= states.rows()) states[n].add(share, processRecord.ambientTemperature, 1.0);
   }
 }
 
 }  // namespace
 
 void shellSinkMark() {
-  std::vector<NodeState> states(static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount) + 1);
+  Column<NodeState> states(wedgeNumbering.wedgeNodeCount);
   addTriangles(states);
   addRunners(states);
-  solution.rowSolution.assign(states.size(), 0.0);
-  for (std::size_t n = 1; n < states.size(); ++n) solution.rowSolution[n] = sinkOf(states[n]);
+  solution.rowSolution.assign(states.rows() + 1, 0.0);
+  for (int n = 1; n <= states.rows(); ++n) solution.rowSolution[n] = sinkOf(states[n]);
 }
 
 }  // namespace keld

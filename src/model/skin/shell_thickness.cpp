@@ -2,8 +2,9 @@
 #include "model/skin/shell_thickness.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "input/mesh_access.h"
 #include "model/skin/shell_search.h"
@@ -53,7 +54,7 @@ Vector3 centroid(int e) {
 /// (one at least) satisfy `disagrees`(own, neighbour).
 template <class Condition>
 void levelAgainstNeighbours(const IncidenceLists& neighbours, Condition disagrees) {
-  std::vector<double> levelled(elementTable.thickness);
+  Column<double> levelled(elementTable.thickness);
   forEachTriangle([&](int e) {
     const double own = elementTable.thickness[e];
     const bool all = neighbours.count(e) > 0 &&
@@ -61,14 +62,14 @@ void levelAgainstNeighbours(const IncidenceLists& neighbours, Condition disagree
                                  [&](int k) { return disagrees(own, elementTable.thickness[k]); });
     if (all) levelled[e] = meanOfNeighbours(neighbours, e, [](double) { return true; });
   });
-  elementTable.thickness.swap(levelled);
+  std::swap(elementTable.thickness, levelled);
 }
 
 constexpr int histogramEdges = 1000;
 
 struct Histogram {
   double minimum = 0.0, maximum = 0.0;
-  std::array<int, histogramEdges + 1> count{};  // [1..999] filled, bin i between edge(i) and edge(i + 1)
+  FixedColumn<int, histogramEdges> count;  // [1..999] filled, bin i between edge(i) and edge(i + 1)
   double edge(int i) const { return minimum + (i - 1) * (maximum - minimum) / (histogramEdges - 1); }
 
   /// Counts into the first bin that holds the value; values outside fall into none.
@@ -90,13 +91,13 @@ struct Histogram {
 void fillThicknessGaps(const IncidenceLists& neighbours) {
   for (int round = 0; round < 5; ++round) {
     const double mean = meanThickness([](double t) { return t > 1e-12; });
-    std::vector<double> filled(elementTable.thickness);
+    Column<double> filled(elementTable.thickness);
     forEachTriangle([&](int e) {
       if (elementTable.thickness[e] >= 1e-12) return;
       const double around = meanOfNeighbours(neighbours, e, [](double t) { return t > 1e-8; });
       filled[e] = around >= 0.0 ? around : mean;
     });
-    elementTable.thickness.swap(filled);
+    std::swap(elementTable.thickness, filled);
   }
 }
 
@@ -127,7 +128,7 @@ double characteristicThicknessOf(double smallestExtent) {
 void repairThickElements() {
   const double limit = shell.characteristicThickness;
   std::vector<int> thin;
-  std::vector<Vector3> centre(static_cast<std::size_t>(elementTable.elementCount) + 1);
+  Column<Vector3> centre(elementTable.elementCount);
   forEachTriangle([&](int e) {
     const double t = elementTable.thickness[e];
     shell.elementSplitFlag[e] = t >= limit || t >= 0.2 * geometry.largestExtent ? 1 : 0;
@@ -136,7 +137,7 @@ void repairThickElements() {
   });
 
   const PointGrid grid(centre, thin);
-  std::vector<double> repaired(elementTable.thickness);
+  Column<double> repaired(elementTable.thickness);
   const double radius = std::min(limit, std::nextafter(1000.0, 2000.0));  // cm, where the search begins
   forEachTriangle([&](int e) {
     if (!shell.elementSplitFlag[e]) return;
@@ -145,7 +146,7 @@ void repairThickElements() {
       shell.thicknessClass[n] = nodeClass;
     if (const int nearest = grid.nearest(centre[e], radius)) repaired[e] = elementTable.thickness[nearest];
   });
-  elementTable.thickness.swap(repaired);
+  std::swap(elementTable.thickness, repaired);
 }
 
 void removeThicknessSpikes(const IncidenceLists& neighbours) {
@@ -154,12 +155,12 @@ void removeThicknessSpikes(const IncidenceLists& neighbours) {
 }
 
 void limitThickness(const IncidenceLists& neighbours) {
-  std::vector<double> limited(elementTable.thickness);
+  Column<double> limited(elementTable.thickness);
   forEachTriangle([&](int e) {
     for (const int* k = neighbours.begin(e); k != neighbours.end(e); ++k)
       if (0.01 * elementTable.thickness[*k] > limited[e]) limited[e] = elementTable.thickness[*k];
   });
-  elementTable.thickness.swap(limited);
+  std::swap(elementTable.thickness, limited);
 
   const double mean = meanThickness([](double) { return true; });
   forEachTriangle([&](int e) {

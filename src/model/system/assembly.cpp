@@ -31,11 +31,11 @@ std::vector<int> turnedRows;  // rows multiplied by -1 for their negative diagon
 /// Unknowns of boundary nodes 2 and 3 are those of the frame of their piece.
 void turnToFrames(const std::array<int, 6>& nodes, ElementMatrix* k, ElementLoad& f) {
   for (std::size_t i = 0; i < 6; ++i) {
-    const auto node = static_cast<std::size_t>(nodes[i]);
+    const int node = nodes[i];
     if (unknownsOf(freedoms.nodeRestraint[node]) % 3 == 0) continue;
     std::array<bool, 6> inFrame{};
     inFrame[i] = true;
-    changeBasis(inFrame, restraintFrames[static_cast<std::size_t>(freedoms.nodeFrame[node])], k, f);
+    changeBasis(inFrame, restraintFrames[freedoms.nodeFrame[node]], k, f);
   }
 }
 
@@ -57,19 +57,19 @@ void addElement(int element, const ElementMatrix* k, const ElementLoad& f, const
   const auto nodes = wedgeNodesOf(element);
   std::array<int, 6> unknowns;
   for (std::size_t i = 0; i < 6; ++i) {
-    unknowns[i] = unknownsOf(freedoms.nodeRestraint[static_cast<std::size_t>(nodes[i])]);
+    unknowns[i] = unknownsOf(freedoms.nodeRestraint[nodes[i]]);
   }
   for (std::size_t a = 0; a < 6; ++a) {
     if (!range.holds(nodes[a % 3])) continue;
-    const int firstRow = freedoms.nodeFirstRow[static_cast<std::size_t>(nodes[a])];
+    const int firstRow = freedoms.nodeFirstRow[nodes[a]];
     for (int direction = 0; direction < unknowns[a]; ++direction) {
-      const auto row = static_cast<std::size_t>(firstRow + direction);
+      const int row = firstRow + direction;
       const std::size_t local = 3 * a + static_cast<std::size_t>(direction);
       systemOfPass.rowLoad[row] += f[local];
       if (k == nullptr) continue;
       double* const target = systemOfPass.matrixValue.data() + systemOfPass.rowStart[row];
       const double* source = k->data() + 18 * local;
-      const int* offset = elementBlockOffset[static_cast<std::size_t>(element)].data() + 6 * a;
+      const int* offset = elementBlockOffset[element].data() + 6 * a;
       for (std::size_t b = 0; b < 6; ++b, source += 3) {
         double* const block = target + offset[b];
         if (unknowns[b] == 3) {
@@ -88,8 +88,8 @@ void addElementsOfNodes(const NodeRange& range, bool withMatrix, bool thermal) {
   ElementLoad load;
   ElementMatrix* const k = withMatrix ? &matrix : nullptr;
   for (int element = 1; element <= t.partElementCount; ++element) {
-    const auto e = static_cast<std::size_t>(element);
-    if (!range.holds(t.node1[e]) && !range.holds(t.node2[e]) && !range.holds(t.node3[e])) continue;
+    if (!range.holds(t.node1[element]) && !range.holds(t.node2[element]) && !range.holds(t.node3[element]))
+      continue;
     formElement(element, thermal, k, load);
     addElement(element, k, load, range);
   }
@@ -116,9 +116,8 @@ void diagonalFirst(std::vector<Value>& entries) {
   const int nodes = wedgeNumbering.wedgeNodeCount;
 #pragma omp parallel for schedule(static)
   for (int n = 1; n <= nodes; ++n) {
-    const auto node = static_cast<std::size_t>(n);
-    for (int shift = 1; shift < unknownsOf(freedoms.nodeRestraint[node]); ++shift) {
-      const auto row = static_cast<std::size_t>(freedoms.nodeFirstRow[node] + shift);
+    for (int shift = 1; shift < unknownsOf(freedoms.nodeRestraint[n]); ++shift) {
+      const int row = freedoms.nodeFirstRow[n] + shift;
       Value* const begin = entries.data() + systemOfPass.rowStart[row];
       const int width = systemOfPass.rowStart[row + 1] - systemOfPass.rowStart[row];
       std::rotate(begin, begin + shift, begin + std::min(width, 3));
@@ -148,19 +147,17 @@ void checkFinite(bool withMatrix, bool thermal) {
   bool finite = true;
 #pragma omp parallel for schedule(static) reduction(&& : finite)
   for (int row = 1; row <= freedoms.freeDofCount; ++row) {
-    const auto r = static_cast<std::size_t>(row);
-    finite = finite && std::isfinite(systemOfPass.rowLoad[r]);
+    finite = finite && std::isfinite(systemOfPass.rowLoad[row]);
     if (!withMatrix) continue;
     // An entry that isn't finite makes the diagonals of its element's nodes so.
-    finite =
-        finite && std::isfinite(systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])]);
+    finite = finite && std::isfinite(systemOfPass.matrixValue[systemOfPass.rowStart[row]]);
   }
   if (!finite) failOnElement(thermal);
 }
 
-void turnRow(std::size_t row) {
+void turnRow(int row) {
   for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p) {
-    systemOfPass.matrixValue[static_cast<std::size_t>(p)] *= -1.0;
+    systemOfPass.matrixValue[p] *= -1.0;
   }
 }
 
@@ -176,10 +173,9 @@ void assemblePass(int stressPass, int passCount) {
   checkFinite(true, thermal);
   turnedRows.clear();
   for (int row = 1; row <= freedoms.freeDofCount; ++row) {
-    const auto r = static_cast<std::size_t>(row);
-    if (systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[r])] >= 0.0) continue;
-    turnRow(r);
-    systemOfPass.rowLoad[r] *= -1.0;
+    if (systemOfPass.matrixValue[systemOfPass.rowStart[row]] >= 0.0) continue;
+    turnRow(row);
+    systemOfPass.rowLoad[row] *= -1.0;
     turnedRows.push_back(row);
   }
 }
@@ -190,7 +186,7 @@ void assembleLoad(int stressPass, int passCount) {
   reportBadElements();
   addAllElements(false, thermal);
   checkFinite(false, thermal);
-  for (int row : turnedRows) systemOfPass.rowLoad[static_cast<std::size_t>(row)] *= -1.0;
+  for (int row : turnedRows) systemOfPass.rowLoad[row] *= -1.0;
 }
 
 }  // namespace keld

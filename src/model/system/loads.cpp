@@ -9,6 +9,7 @@
 #include "input/prior_fields.h"
 #include "model/model_tables.h"
 #include "model/walls/wedge/wedge_shape.h"
+#include "run/base/column.h"
 #include "run/base/element_warnings.h"
 #include "run/base/failure.h"
 #include "run/base/messages.h"
@@ -25,13 +26,12 @@ struct BadElement {
 };
 std::vector<BadElement> badElements;  // in element order; written by the volume pass
 
-std::vector<double> determinants() {
-  std::vector<double> result(static_cast<std::size_t>(elementTable.partElementCount) + 1);
+Column<double> determinants() {
+  Column<double> result(elementTable.partElementCount);
 #pragma omp parallel for schedule(static)
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
-    const auto k = static_cast<std::size_t>(e);
     const auto corner = cornersOf(e);
-    result[k] = wedgeJacobian(corner, wedgeOffset(corner, elementTable.thickness[k]).d).determinant;
+    result[e] = wedgeJacobian(corner, wedgeOffset(corner, elementTable.thickness[e]).d).determinant;
   }
   return result;
 }
@@ -44,41 +44,39 @@ void noteElement(int element, double determinant) {
         element, workingFiles.pg1.c_str());
   }
   if (determinant > 0.0) return;
-  const bool degenerate =
-      wedgeOffset(cornersOf(element), elementTable.thickness[static_cast<std::size_t>(element)]).degenerate;
+  const bool degenerate = wedgeOffset(cornersOf(element), elementTable.thickness[element]).degenerate;
   badElements.push_back({element, degenerate, determinant});
 }
 
 void addNodalShares(int element, double volume) {
   const ElementTable& t = elementTable;
-  const auto e = static_cast<std::size_t>(element);
   const double share = volume / 6.0;
   const auto add = [&](int node, double temperature) {
-    volumes.nodalTemperature[static_cast<std::size_t>(node)] += temperature * share;
-    volumes.nodalVolume[static_cast<std::size_t>(node)] += share;
+    volumes.nodalTemperature[node] += temperature * share;
+    volumes.nodalVolume[node] += share;
   };
   for (const auto* column : {&t.node1, &t.node2, &t.node3}) {
-    add((*column)[e], elementTemperatureField.sideTemperature1[e]);
+    add((*column)[element], elementTemperatureField.sideTemperature1[element]);
   }
   for (const auto* column : {&t.node4, &t.node5, &t.node6}) {
-    add((*column)[e], elementTemperatureField.sideTemperature2[e]);
+    add((*column)[element], elementTemperatureField.sideTemperature2[element]);
   }
 }
 
 }  // namespace
 
 void volumePass() {
-  const auto size = static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount) + 1;
-  volumes.nodalTemperature.assign(size, 0.0);
-  volumes.nodalVolume.assign(size, 0.0);
+  const int nodes = wedgeNumbering.wedgeNodeCount;
+  volumes.nodalTemperature.assign(nodes, 0.0);
+  volumes.nodalVolume.assign(nodes, 0.0);
   volumes.elementVolumeTotal = volumes.meanJacobian = 0.0;
   badElements.clear();
 
-  const std::vector<double> determinant = determinants();
+  const Column<double> determinant = determinants();
   double positiveSum = 0.0;
   int positiveCount = 0;
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
-    const double value = determinant[static_cast<std::size_t>(e)];
+    const double value = determinant[e];
     noteElement(e, value);
     // One determinant holds at all points of an element.
     const double volume = value * integrationTable.weightSum;
@@ -97,7 +95,7 @@ void volumePass() {
         workingFiles.pg1.c_str());
   }
   volumes.meanJacobian = positiveSum / positiveCount;
-  for (std::size_t n = 1; n < size; ++n) {
+  for (int n = 1; n <= nodes; ++n) {
     if (volumes.nodalVolume[n] > 0.0) volumes.nodalTemperature[n] /= volumes.nodalVolume[n];
   }
 }

@@ -3,15 +3,16 @@
 #pragma once
 
 #include <array>
-#include <vector>
+
+#include "run/base/column.h"
 
 namespace keld {
 
 /// Neighbours of each wedge node: the node itself, then the others in order of discovery (elements at the
 /// node in order, in each element nodes 1 to 6). Written by patternSearch.
 struct NodeAdjacency {
-  std::vector<long> start;     // [1..2T + 1] first position of the node's neighbours
-  std::vector<int> neighbour;  // [start(1)..start(2T + 1) - 1]
+  Column<long> start;     // [1..2T + 1] row of the node's first neighbour
+  Column<int> neighbour;  // [start(1)..start(2T + 1) - 1]
   int largestCount = 0;
   int smallestCount = 10000;
   long capacity = 0;  // sum over the nodes of 10 x count, the estimate of matrix entries
@@ -20,7 +21,7 @@ extern NodeAdjacency nodeAdjacency;
 
 /// Where an element's 3 x 3 blocks go: offset of block (a, b) in the rows of node a, 36 per element.
 /// Written by patternSearch; read by the assembly.
-extern std::vector<std::array<int, 36>> elementBlockOffset;  // [1..partElementCount]
+extern Column<std::array<int, 36>> elementBlockOffset;  // [1..partElementCount]
 
 /// Fills nodeAdjacency and elementBlockOffset. More matrix entries than a 32-bit index can count end the run.
 void patternSearch();

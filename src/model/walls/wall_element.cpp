@@ -8,7 +8,7 @@
 namespace keld {
 
 WallElement wallElement(int element, bool thermal) {
-  const auto e = static_cast<std::size_t>(element);
+  const int e = element;
   const ResidualStressField& field = residualStressField;
   const MaterialConstants& material = materialConstants[field.kindFraction[e] > 0.5 ? 1 : 2];
   const double a1 = field.orientationValue[e];
@@ -26,7 +26,7 @@ WallElement wallElement(int element, bool thermal) {
   wall.side = {elementTemperatureField.sideTemperature1[e], elementTemperatureField.sideTemperature2[e]};
   const auto nodes = wedgeNodesOf(element);
   for (std::size_t i = 0; i < 6; ++i) {
-    wall.nodeTemperature[i] = volumes.nodalTemperature[static_cast<std::size_t>(nodes[i])];
+    wall.nodeTemperature[i] = volumes.nodalTemperature[nodes[i]];
   }
   wall.ambientTemperature = processRecord.ambientTemperature;
   wall.thermal = thermal;

@@ -28,14 +28,14 @@ class GeometryFile : public InputTest {
 TEST_F(GeometryFile, RecordsLandAtTheirOwnNumbers) {
   read(seedOf("geometry"));
 
-  EXPECT_THAT(elementTable.node1, ElementsAre(0, 2, 2, 3, 3, 1));
-  EXPECT_THAT(elementTable.node3, ElementsAre(0, 4, 3, 4, 5, 0));
-  EXPECT_THAT(elementTable.fileOrder, ElementsAre(0, 5, 1, 3, 2, 4));
-  EXPECT_THAT(elementTable.thickness, ElementsAre(0.0, 2.0, 2.0, 2.0, 2.0, 0.4));
-  EXPECT_THAT(elementTable.correctedThickness, ElementsAre(0.0, 2.0, 2.0, 0.0, 0.0, 0.4));
-  EXPECT_THAT(elementTable.thicknessScale, ElementsAre(0.0, 0.8, 1.0, 1.0, 1.0, 0.8));
+  EXPECT_THAT(elementTable.node1, ElementsAre(2, 2, 3, 3, 1));
+  EXPECT_THAT(elementTable.node3, ElementsAre(4, 3, 4, 5, 0));
+  EXPECT_THAT(elementTable.fileOrder, ElementsAre(5, 1, 3, 2, 4));
+  EXPECT_THAT(elementTable.thickness, ElementsAre(2.0, 2.0, 2.0, 2.0, 0.4));
+  EXPECT_THAT(elementTable.correctedThickness, ElementsAre(2.0, 2.0, 0.0, 0.0, 0.4));
+  EXPECT_THAT(elementTable.thicknessScale, ElementsAre(0.8, 1.0, 1.0, 1.0, 0.8));
   EXPECT_EQ(geometry.runnerElementCount, 1);
-  EXPECT_THAT(nodeTable.x, ElementsAre(0.0, -5.0, 0.0, 10.0, 0.0, 10.0));
+  EXPECT_THAT(nodeTable.x, ElementsAre(-5.0, 0.0, 10.0, 0.0, 10.0));
   EXPECT_THAT(nodeTable.gateNodes, ElementsAre(1, 2))
       << "positions of the records; the second has no fields behind";
   EXPECT_EQ(report(), "<br>\n # Thickness Correction=  0\n\n");

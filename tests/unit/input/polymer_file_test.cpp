@@ -23,7 +23,9 @@ class PolymerFile : public InputTest {
 };
 
 std::vector<double> numbersOf(const CountedList& list) {
-  return {list.value.begin() + 1, list.value.begin() + 1 + list.count};
+  std::vector<double> numbers;
+  for (int i = 1; i <= list.count; ++i) numbers.push_back(list(i));
+  return numbers;
 }
 
 TEST_F(PolymerFile, PutsPairsInOrderAndCopiesTheFirstKindToTheSecond) {

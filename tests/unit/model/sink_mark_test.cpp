@@ -12,21 +12,21 @@ namespace {
 /// Right triangle with legs of 1 cm, wall 0.2 cm; the upper layer moves by `rise` along the normal. Half of
 /// the movement stands in each displacement vector.
 void loadWedge(double rise) {
-  nodeTable.x = {0, 0, 1, 0, 0, 1, 0};
-  nodeTable.y = {0, 0, 0, 1, 0, 0, 1};
-  nodeTable.z.assign(7, 0.0);
+  nodeTable.x = {0, 1, 0, 0, 1, 0};
+  nodeTable.y = {0, 0, 1, 0, 0, 1};
+  nodeTable.z.assign(6, 0.0);
   elementTable.partElementCount = 1;
-  elementTable.node1 = {0, 1};
-  elementTable.node2 = {0, 2};
-  elementTable.node3 = {0, 3};
-  elementTable.node4 = {0, 4};
-  elementTable.node5 = {0, 5};
-  elementTable.node6 = {0, 6};
-  elementTable.thickness = {0, 0.2};
+  elementTable.node1 = {1};
+  elementTable.node2 = {2};
+  elementTable.node3 = {3};
+  elementTable.node4 = {4};
+  elementTable.node5 = {5};
+  elementTable.node6 = {6};
+  elementTable.thickness = {0.2};
   wedgeNumbering.wedgeNodeCount = 6;
-  freedoms.nodeFirstDof = {0, 1, 4, 7, 10, 13, 16};
-  volumes.nodalVolume = {0, 0.01, 0.02, 0.0, 0.01, 0.01, 0.01};
-  solution.displacementTotal.assign(19, 0.0);
+  freedoms.nodeFirstDof = {1, 4, 7, 10, 13, 16};
+  volumes.nodalVolume = {0.01, 0.02, 0.0, 0.01, 0.01, 0.01};
+  solution.displacementTotal.assign(18, 0.0);
   for (int dof : {12, 15, 18}) solution.displacementTotal[dof] = 0.5 * rise;
   solution.displacementInMold = solution.displacementTotal;
 }

@@ -22,12 +22,12 @@ using testing_support::ScratchJob;
 void loadResults() {
   wedgeNumbering.geometryNodeCount = 4;
   wedgeNumbering.wedgeNodeCount = 4;
-  wedgeNumbering.nodeToNewNode = {0, 2, 0, -5, 1};
-  wedgeNumbering.nodeMate = {0, 3, 4, 1, 2};
-  freedoms.nodeDofCount = {0, 3, 3, 3, 3};
-  freedoms.nodeFirstDof = {0, 1, 4, 7, 10};
-  solution.displacementTotal = {0, 1, 2, 2, -3, 0, 4, 3, 4, 10, -5, 0, 12};
-  solution.displacementInMold = {0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 2, 0, 4};
+  wedgeNumbering.nodeToNewNode = {2, 0, -5, 1};
+  wedgeNumbering.nodeMate = {3, 4, 1, 2};
+  freedoms.nodeDofCount = {3, 3, 3, 3};
+  freedoms.nodeFirstDof = {1, 4, 7, 10};
+  solution.displacementTotal = {1, 2, 2, -3, 0, 4, 3, 4, 10, -5, 0, 12};
+  solution.displacementInMold = {1, 0, 0, 0, 0, 0, 1, 0, 0, 2, 0, 4};
   solution.rowSolution = {0, 0.25, 0.5, 0, 0};
 }
 

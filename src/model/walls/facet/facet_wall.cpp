@@ -29,18 +29,18 @@ double meanWall() {
   return volume / area;  // the volume pass has found an element with a volume
 }
 
-std::vector<std::array<Vector3, 3>> turnsOfPart() {
-  std::vector<std::array<int, 3>> triangle(static_cast<std::size_t>(elementTable.partElementCount) + 1);
+Column<std::array<Vector3, 3>> turnsOfPart() {
+  Column<std::array<int, 3>> triangle(elementTable.partElementCount);
   for (int e = 1; e <= elementTable.partElementCount; ++e) triangle[e] = cornerNodesOf(e);
-  std::vector<Vector3> node(static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount / 2) + 1);
-  for (std::size_t n = 1; n < node.size(); ++n) node[n] = positionOf(static_cast<int>(n));
+  Column<Vector3> node(wedgeNumbering.wedgeNodeCount / 2);
+  for (int n = 1; n <= node.rows(); ++n) node[n] = positionOf(n);
   return foldTurns(triangle, node);
 }
 
 /// A node all of whose triangles lack area or thickness has no stiffness at all.
 void requireStiffNodes() {
-  std::vector<char> stiff(static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount / 2) + 1, 0);
-  std::vector<int> element(stiff.size(), 0);
+  Column<char> stiff(wedgeNumbering.wedgeNodeCount / 2, 0);
+  Column<int> element(stiff.rows(), 0);
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const bool formed = elementTable.thickness[e] > 0.0 && !wedgeOffset(cornersOf(e), 1.0).degenerate;
     for (const int n : cornerNodesOf(e)) {
@@ -48,7 +48,7 @@ void requireStiffNodes() {
       if (formed) stiff[n] = 1;
     }
   }
-  for (std::size_t n = 1; n < stiff.size(); ++n) {
+  for (int n = 1; n <= stiff.rows(); ++n) {
     if (stiff[n]) continue;
     vFail(
         "\n !! Error !!  A corner of part element %d in \"%s\" belongs to no triangle with area and "
@@ -80,7 +80,7 @@ Facet FacetWall::facetOf(const WallElement& element, FacetLoading& loading) cons
   facet.material = planeStress(rotatedStiffness(element.stiffness, axes));
   const Matrix3 stress = stressTensor(element.stress1, element.stress2, axes[0], axes[1]);
   loading.stress = {stress[0][0], stress[1][1], stress[0][1]};
-  loading.turn = turn_[static_cast<std::size_t>(element.number)];
+  loading.turn = turn_[element.number];
   if (!element.thermal) return facet;
   const Vector6 beta = rotatedExpansion(element.expansion, axes);
   const Vector3 inPlane = {beta[0], beta[1], beta[3]};
@@ -117,15 +117,14 @@ std::string FacetWall::faultOf(const WallElement& element) const {
          workingFiles.mal + "\".";
 }
 
-double FacetWall::strainAcrossOf(int element, bool thermal, const std::vector<double>& displacement) const {
+double FacetWall::strainAcrossOf(int element, bool thermal, const Column<double>& displacement) const {
   FacetLoading loading;
   const Facet facet = facetOf(wallElement(element, thermal), loading);
   const auto nodes = wedgeNodesOf(element);
   ElementLoad u;
   for (std::size_t i = 0; i < 6; ++i) {
-    for (std::size_t c = 0; c < 3; ++c) {
-      u[3 * i + c] = displacement[static_cast<std::size_t>(freedoms.nodeFirstDof[nodes[i]]) + c];
-    }
+    const double* const motion = &displacement[freedoms.nodeFirstDof[nodes[i]]];
+    for (std::size_t c = 0; c < 3; ++c) u[3 * i + c] = motion[c];
   }
   return strainAcross(facet, loading, u);
 }

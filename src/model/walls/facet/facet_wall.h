@@ -2,10 +2,9 @@
 // Made by the choice of the wall model.
 #pragma once
 
-#include <vector>
-
 #include "model/walls/facet/facet_element.h"
 #include "model/walls/wall_model.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -27,10 +26,10 @@ class FacetWall final : public WallModel {
 
  private:
   Facet facetOf(const WallElement& element, FacetLoading& loading) const;
-  double strainAcrossOf(int element, bool thermal, const std::vector<double>& displacement) const;
+  double strainAcrossOf(int element, bool thermal, const Column<double>& displacement) const;
 
-  double rotationLength_ = 1.0;               // cm, mean wall weighted by area
-  std::vector<std::array<Vector3, 3>> turn_;  // [1..partElementCount] rad, see foldTurns
+  double rotationLength_ = 1.0;          // cm, mean wall weighted by area
+  Column<std::array<Vector3, 3>> turn_;  // [1..partElementCount] rad, see foldTurns
 };
 
 }  // namespace keld

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <vector>
 
 namespace keld {
 
@@ -12,20 +14,22 @@ constexpr double straight = 1e-6;  // sine of a turn that counts as none
 
 /// Corner `corner` of a triangle at the node in hand.
 struct Incidence {
-  int triangle = 0, corner = 0;
-  Vector3 normal{};                         // unit
-  double angle = 0.0;                       // rad, of the triangle at the node
-  std::array<int, 2> neighbour = {-1, -1};  // joined across the edges in front and behind; -1: none
-  std::array<bool, 2> turnedOver{};         // that neighbour's corners run the other way round
-  int sign = 0;                             // against the first triangle of its sector; 0: not yet in one
+  int triangle = 0;
+  std::size_t corner = 0;
+  Vector3 normal{};                  // unit
+  double angle = 0.0;                // rad, of the triangle at the node
+  std::array<int, 2> neighbour{};    // joined across the edges in front and behind; 0: none
+  std::array<bool, 2> turnedOver{};  // that neighbour's corners run the other way round
+  int sign = 0;                      // against the first triangle of its sector; 0: not yet in one
 };
 
 /// One side of an incidence: the edge to the corner behind (0) or before (1).
 struct Side {
-  int otherNode, incidence, side;
+  int otherNode, incidence;
+  std::size_t side;
 };
 
-Incidence incidenceOf(const std::array<Vector3, 3>& corner, int triangle, int at) {
+Incidence incidenceOf(const std::array<Vector3, 3>& corner, int triangle, std::size_t at) {
   const Vector3 a = corner[(at + 1) % 3] - corner[at], b = corner[(at + 2) % 3] - corner[at];
   const Vector3 normal = cross(a, b);
   const double length = norm(normal);
@@ -38,7 +42,7 @@ Incidence incidenceOf(const std::array<Vector3, 3>& corner, int triangle, int at
 }
 
 /// Joins the incidences whose edge has exactly two of them.
-void joinAcrossEdges(std::vector<Side>& sides, std::vector<Incidence>& around) {
+void joinAcrossEdges(std::vector<Side>& sides, Column<Incidence>& around) {
   std::sort(sides.begin(), sides.end(), [](const Side& a, const Side& b) {
     return a.otherNode != b.otherNode ? a.otherNode < b.otherNode : a.incidence < b.incidence;
   });
@@ -55,16 +59,16 @@ void joinAcrossEdges(std::vector<Side>& sides, std::vector<Incidence>& around) {
 }
 
 /// Gathers the sector of an incidence into `members`, gives each its sign, returns the sum of the normals.
-Vector3 gatherSector(int start, std::vector<Incidence>& around, std::vector<int>& members) {
+Vector3 gatherSector(int start, Column<Incidence>& around, std::vector<int>& members) {
   members.assign(1, start);
   around[start].sign = 1;
   Vector3 sum{};
   for (std::size_t k = 0; k < members.size(); ++k) {
     const Incidence& one = around[members[k]];
     sum = sum + (one.sign * one.angle) * one.normal;
-    for (int side = 0; side < 2; ++side) {
+    for (std::size_t side = 0; side < 2; ++side) {
       const int next = one.neighbour[side];
-      if (next < 0 || around[next].sign != 0) continue;
+      if (next == 0 || around[next].sign != 0) continue;
       around[next].sign = one.turnedOver[side] ? -one.sign : one.sign;
       members.push_back(next);
     }
@@ -79,57 +83,62 @@ Vector3 turnFrom(const Vector3& mean, const Vector3& normal) {
   return (std::atan2(sine, dot(mean, normal)) / sine) * axis;
 }
 
-/// Corners of triangles with area by node: start of each node's stretch, and triangle x 3 + corner.
-struct CornersByNode {
-  std::vector<std::size_t> start;
-  std::vector<int> corner;
+struct Corner {
+  int triangle;
+  std::size_t place;  // 0..2
 };
 
-CornersByNode cornersByNode(const std::vector<std::array<int, 3>>& triangle,
-                            const std::vector<Vector3>& node) {
+/// Corners of triangles with area by node.
+struct CornersByNode {
+  Column<int> start;      // [1..nodes + 1] row of a node's first corner
+  Column<Corner> corner;  // [1..start(nodes + 1) - 1]
+};
+
+CornersByNode cornersByNode(const Column<std::array<int, 3>>& triangle, const Column<Vector3>& node) {
   CornersByNode table;
-  table.start.assign(node.size() + 1, 0);
-  std::vector<char> usable(triangle.size(), 0);
-  for (std::size_t t = 1; t < triangle.size(); ++t) {
+  table.start.assign(node.rows() + 1, 0);
+  table.start[1] = 1;
+  Column<char> usable(triangle.rows(), 0);
+  for (int t = 1; t <= triangle.rows(); ++t) {
     const Vector3 &a = node[triangle[t][0]], &b = node[triangle[t][1]], &c = node[triangle[t][2]];
     usable[t] = norm(cross(b - a, c - a)) > 0.0;
     if (!usable[t]) continue;
-    for (const int n : triangle[t]) ++table.start[static_cast<std::size_t>(n) + 1];
+    for (const int n : triangle[t]) ++table.start[n + 1];
   }
-  for (std::size_t n = 1; n < table.start.size(); ++n) table.start[n] += table.start[n - 1];
-  table.corner.resize(table.start.back());
-  std::vector<std::size_t> next(table.start.begin(), table.start.end() - 1);
-  for (std::size_t t = 1; t < triangle.size(); ++t) {
+  std::partial_sum(table.start.begin(), table.start.end(), table.start.begin());
+  table.corner.resize(table.start.back() - 1);
+  Column<int> next(table.start);
+  for (int t = 1; t <= triangle.rows(); ++t) {
     if (!usable[t]) continue;
-    for (int c = 0; c < 3; ++c) table.corner[next[triangle[t][c]]++] = static_cast<int>(3 * t) + c;
+    for (std::size_t c = 0; c < 3; ++c) table.corner[next[triangle[t][c]]++] = {t, c};
   }
   return table;
 }
 
 }  // namespace
 
-std::vector<std::array<Vector3, 3>> foldTurns(const std::vector<std::array<int, 3>>& triangle,
-                                              const std::vector<Vector3>& node) {
+Column<std::array<Vector3, 3>> foldTurns(const Column<std::array<int, 3>>& triangle,
+                                         const Column<Vector3>& node) {
   const CornersByNode table = cornersByNode(triangle, node);
-  std::vector<std::array<Vector3, 3>> turns(triangle.size());
-  std::vector<Incidence> around;
+  Column<std::array<Vector3, 3>> turns(triangle.rows());
+  Column<Incidence> around;
   std::vector<Side> sides;
   std::vector<int> members;
-  for (std::size_t n = 1; n < node.size(); ++n) {
-    around.clear();
+  for (int n = 1; n <= node.rows(); ++n) {
+    around.resize(0);
     sides.clear();
-    for (std::size_t k = table.start[n]; k < table.start[n + 1]; ++k) {
-      const int t = table.corner[k] / 3, at = table.corner[k] % 3;
+    for (int k = table.start[n]; k < table.start[n + 1]; ++k) {
+      const auto [t, at] = table.corner[k];
       const std::array<int, 3>& corner = triangle[t];
-      const int place = static_cast<int>(around.size());
       around.push_back(incidenceOf({node[corner[0]], node[corner[1]], node[corner[2]]}, t, at));
+      const int place = around.rows();
       sides.push_back({corner[(at + 1) % 3], place, 0});
       sides.push_back({corner[(at + 2) % 3], place, 1});
     }
     joinAcrossEdges(sides, around);
-    for (std::size_t start = 0; start < around.size(); ++start) {
+    for (int start = 1; start <= around.rows(); ++start) {
       if (around[start].sign != 0) continue;
-      const Vector3 sum = gatherSector(static_cast<int>(start), around, members);
+      const Vector3 sum = gatherSector(start, around, members);
       const double length = norm(sum);
       if (!(length > 0.0)) continue;
       for (const int m : members) {

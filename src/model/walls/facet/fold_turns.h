@@ -3,8 +3,8 @@
 #pragma once
 
 #include <array>
-#include <vector>
 
+#include "run/base/column.h"
 #include "run/base/vector3.h"
 
 namespace keld {
@@ -14,7 +14,7 @@ namespace keld {
 /// edges of three and more end them. The mean normal of a sector weighs each triangle by its angle at the
 /// node, neighbours that are turned over with the other sign. triangle   node numbers of the corners, [1..],
 /// from 1 to nodeCount; corner [1..] their places A triangle without area joins nothing and has no turn.
-std::vector<std::array<Vector3, 3>> foldTurns(const std::vector<std::array<int, 3>>& triangle,
-                                              const std::vector<Vector3>& node);
+Column<std::array<Vector3, 3>> foldTurns(const Column<std::array<int, 3>>& triangle,
+                                         const Column<Vector3>& node);
 
 }  // namespace keld

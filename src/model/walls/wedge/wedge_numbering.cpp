@@ -2,10 +2,10 @@
 #include "model/walls/wedge/wedge_numbering.h"
 
 #include <utility>
-#include <vector>
 
 #include "input/mesh_tables.h"
 #include "model/model_tables.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -14,11 +14,11 @@ namespace {
 /// Numbers 1..T in order of first use by a corner of a triangle; returns T.
 int numberTriangleNodes() {
   const ElementTable& t = elementTable;
-  std::vector<int>& map = wedgeNumbering.nodeToNewNode;
+  Column<int>& map = wedgeNumbering.nodeToNewNode;
   int count = 0;
   for (int e = 1; e <= t.partElementCount; ++e) {
     for (const auto* column : {&t.node1, &t.node2, &t.node3}) {
-      int& number = map[static_cast<std::size_t>((*column)[static_cast<std::size_t>(e)])];
+      int& number = map[(*column)[e]];
       if (number == 0) number = ++count;
     }
   }
@@ -28,11 +28,11 @@ int numberTriangleNodes() {
 /// Numbers -(2T + 1), -(2T + 2), ... for nodes that runner elements alone use.
 void numberRunnerNodes(int layer) {
   const ElementTable& t = elementTable;
-  std::vector<int>& map = wedgeNumbering.nodeToNewNode;
+  Column<int>& map = wedgeNumbering.nodeToNewNode;
   int last = 2 * layer;
   for (int e = t.partElementCount + 1; e <= t.elementCount; ++e) {
     for (const auto* column : {&t.node1, &t.node2}) {
-      int& number = map[static_cast<std::size_t>((*column)[static_cast<std::size_t>(e)])];
+      int& number = map[(*column)[e]];
       if (number == 0) number = -++last;
     }
   }
@@ -40,13 +40,12 @@ void numberRunnerNodes(int layer) {
 
 void renumberElements(int layer) {
   ElementTable& t = elementTable;
-  const std::vector<int>& map = wedgeNumbering.nodeToNewNode;
-  const auto size = static_cast<std::size_t>(t.elementCount) + 1;
-  for (auto* column : {&t.node4, &t.node5, &t.node6}) column->assign(size, 0);
-  for (std::size_t e = 1; e < size; ++e) {
-    const bool triangle = e <= static_cast<std::size_t>(t.partElementCount);
+  const Column<int>& map = wedgeNumbering.nodeToNewNode;
+  for (auto* column : {&t.node4, &t.node5, &t.node6}) column->assign(t.elementCount, 0);
+  for (int e = 1; e <= t.elementCount; ++e) {
+    const bool triangle = e <= t.partElementCount;
     const auto renumber = [&](int& lower, int& upper) {
-      const int number = map[static_cast<std::size_t>(lower)];
+      const int number = map[lower];
       lower = number < 0 ? -number : number;
       if (triangle) upper = number + layer;
     };
@@ -60,12 +59,12 @@ void moveCoordinates(int layer) {
   const int geometryNodes = wedgeNumbering.geometryNodeCount;
   nodeTable.nodeCount = geometryNodes + layer;
   for (auto* column : {&nodeTable.x, &nodeTable.y, &nodeTable.z}) {
-    std::vector<double> moved(static_cast<std::size_t>(nodeTable.nodeCount) + 1, 0.0);
-    for (std::size_t n = 1; n <= static_cast<std::size_t>(geometryNodes); ++n) {
+    Column<double> moved(nodeTable.nodeCount, 0.0);
+    for (int n = 1; n <= geometryNodes; ++n) {
       const int number = wedgeNumbering.nodeToNewNode[n];
       if (number == 0) continue;
-      moved[static_cast<std::size_t>(number < 0 ? -number : number)] = (*column)[n];
-      if (number > 0) moved[static_cast<std::size_t>(number + layer)] = (*column)[n];
+      moved[number < 0 ? -number : number] = (*column)[n];
+      if (number > 0) moved[number + layer] = (*column)[n];
     }
     *column = std::move(moved);
   }
@@ -75,7 +74,7 @@ void moveCoordinates(int layer) {
 
 void renumberWedgeNodes() {
   wedgeNumbering.geometryNodeCount = nodeTable.nodeCount;
-  wedgeNumbering.nodeToNewNode.assign(static_cast<std::size_t>(nodeTable.nodeCount) + 1, 0);
+  wedgeNumbering.nodeToNewNode.assign(nodeTable.nodeCount, 0);
   const int layer = numberTriangleNodes();
   numberRunnerNodes(layer);
   renumberElements(layer);
@@ -83,7 +82,7 @@ void renumberWedgeNodes() {
   wedgeNumbering.wedgeNodeCount = 2 * layer;
   for (BoundaryNodes& held : boundaryNodes) {
     for (int* node : {&held.boundaryNode1, &held.boundaryNode2, &held.boundaryNode3}) {
-      *node = wedgeNumbering.nodeToNewNode[static_cast<std::size_t>(*node)];
+      *node = wedgeNumbering.nodeToNewNode[*node];
     }
   }
 }

@@ -51,8 +51,7 @@ WedgeOffset wedgeOffset(const std::array<Vector3, 3>& corner, double thickness) 
 }
 
 Vector3 offsetVector(int element) {
-  const WedgeOffset offset =
-      wedgeOffset(cornersOf(element), elementTable.thickness[static_cast<std::size_t>(element)]);
+  const WedgeOffset offset = wedgeOffset(cornersOf(element), elementTable.thickness[element]);
   if (offset.degenerate) {
     vWarnOfElement(ElementWarning::D5015, message::D5015, static_cast<long>(element));
   }

@@ -21,10 +21,9 @@ Matrix3 tensorOf(const Matrix6& d, const Vector6& strain) {
 Vector3 meanDisplacement(const std::array<int, 3>& node) {
   Vector3 mean{};
   for (int n : node) {
-    for (int c = 0; c < 3; ++c) {
-      const int dof = freedoms.nodeFirstDof[n] + c;
-      mean[c] += (solution.displacementInMold[dof] + solution.displacementTotal[dof]) / 3.0;
-    }
+    const int dof = freedoms.nodeFirstDof[n];
+    const double *inMold = &solution.displacementInMold[dof], *total = &solution.displacementTotal[dof];
+    for (std::size_t c = 0; c < 3; ++c) mean[c] += (inMold[c] + total[c]) / 3.0;
   }
   return mean;
 }

@@ -21,7 +21,7 @@ using testing_support::TestMesh;
 struct PieceCase {
   const char* name;
   std::vector<std::array<int, 3>> triangle;
-  std::vector<int> byTwoNodes, byOneNode;  // piece of each triangle
+  Column<int> byTwoNodes, byOneNode;  // piece of each triangle
 };
 
 class PiecesOf : public testing::TestWithParam<PieceCase> {};
@@ -29,10 +29,7 @@ class PiecesOf : public testing::TestWithParam<PieceCase> {};
 TEST_P(PiecesOf, FollowTheCommonNodes) {
   const PieceCase& given = GetParam();
   loadModel({std::vector<Vector3>(12), given.triangle, 0.2});
-  const auto found = [](Joining rule) {
-    const std::vector<int> all = findPieces(rule).ofElement;
-    return std::vector<int>(all.begin() + 1, all.end());
-  };
+  const auto found = [](Joining rule) { return findPieces(rule).ofElement; };
   EXPECT_EQ(found(Joining::byTwoNodes), given.byTwoNodes);
   EXPECT_EQ(found(Joining::byOneNode), given.byOneNode);
 }
@@ -70,17 +67,18 @@ using Held = testing_support::ModelTest;
 TEST_F(Held, EachPieceByTheSameRuleAtNodesOfItsOwn) {
   loadModel(plateMesh(4, 2, 4.0, 2.0));
   selectBoundaryNodes(Joining::byTwoNodes);
-  const BoundaryNodes alone = boundaryNodes.at(0);
+  const BoundaryNodes alone = boundaryNodes[1];
   loadModel(twoPlates());
   testing::internal::CaptureStdout();
   selectBoundaryNodes(Joining::byTwoNodes);
   const std::string report = testing::internal::GetCapturedStdout();
 
-  ASSERT_EQ(boundaryNodes.size(), 2u);
-  for (int piece : {0, 1}) {
-    EXPECT_EQ(boundaryNodes[piece].boundaryNode1, alone.boundaryNode1 + 15 * piece);
-    EXPECT_EQ(boundaryNodes[piece].boundaryNode2, alone.boundaryNode2 + 15 * piece);
-    EXPECT_EQ(boundaryNodes[piece].boundaryNode3, alone.boundaryNode3 + 15 * piece);
+  ASSERT_EQ(boundaryNodes.rows(), 2);
+  for (int piece : {1, 2}) {
+    const int before = 15 * (piece - 1);
+    EXPECT_EQ(boundaryNodes[piece].boundaryNode1, alone.boundaryNode1 + before);
+    EXPECT_EQ(boundaryNodes[piece].boundaryNode2, alone.boundaryNode2 + before);
+    EXPECT_EQ(boundaryNodes[piece].boundaryNode3, alone.boundaryNode3 + before);
   }
   EXPECT_THAT(report, HasSubstr("!! Warning !!  The part is in 2 pieces"));
   EXPECT_THAT(report, HasSubstr("Piece 2: triangles= 16, held at nodes"));
@@ -92,14 +90,14 @@ TEST_F(Held, GivenNodesCountForThePieceThatHasAllOfThem) {
   loadModel(twoPlates());
   processRecord.bcNode = {0, 16, 18, 30};
   selectBoundaryNodes(Joining::byTwoNodes);
-  EXPECT_EQ(boundaryNodes.at(1).boundaryNode3, 30);
-  EXPECT_LE(boundaryNodes.at(0).boundaryNode3, 15);
+  EXPECT_EQ(boundaryNodes[2].boundaryNode3, 30);
+  EXPECT_LE(boundaryNodes[1].boundaryNode3, 15);
 
   processRecord.bcNode = {0, 1, 18, 30};
   testing::internal::CaptureStdout();
   selectBoundaryNodes(Joining::byTwoNodes);
   EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("lie in different pieces"));
-  EXPECT_NE(boundaryNodes.at(1).boundaryNode1, 18);
+  EXPECT_NE(boundaryNodes[2].boundaryNode1, 18);
 }
 
 TEST_F(Held, APieceThatCannotBeHeldEndsTheRun) {

@@ -29,7 +29,7 @@ class PairingTable : public testing::TestWithParam<Pairing> {};
 
 TEST_P(PairingTable, IsTakenWholeOrNotAtAll) {
   makePair();
-  shell.elementPartner = {0, 0, 0};
+  shell.elementPartner = {0, 0};
 
   EXPECT_EQ(readPairingTable(TextReader::fromText(GetParam().text, "table")), GetParam().taken);
 

@@ -93,11 +93,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Scene{"OnOneTriangle", [] { addElement(1, 4, 2); }, {-2, -2}},
                     Scene{"MidpointInTriangle",
                           [] {
-                            nodeTable.x.insert(nodeTable.x.end(), {-0.1, 0.3, -0.1});
-                            nodeTable.y.insert(nodeTable.y.end(), {-0.1, -0.1, 0.2});
-                            nodeTable.z.insert(nodeTable.z.end(), {0.1, 0.1, 0.1});
+                            for (const double x : {-0.1, 0.3, -0.1}) nodeTable.x.push_back(x);
+                            for (const double y : {-0.1, -0.1, 0.2}) nodeTable.y.push_back(y);
+                            nodeTable.z.resize(9, 0.1);
                             nodeTable.nodeCount = 9;
-                            shell.featureNode.resize(10, 0);
+                            shell.featureNode.resize(9, 0);
                             addElement(7, 8, 9);
                           },
                           {-2, -2}}),
@@ -135,7 +135,7 @@ TEST(Connectors, TheFilterMovesNodesAndKeepsTheKindOfTheSlot) {
 TEST(Connectors, AClaimantReplacesAPartnerThatFacesAnotherWay) {
   makePair();
   addElement(1, 4, 2);  // stands across: its normal is at right angles to the other two
-  shell.elementPartner = {0, 2, 3, 0};
+  shell.elementPartner = {2, 3, 0};
 
   cleanUpPartners();
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "input/mesh_tables.h"
 #include "support/skin_scenes.h"
 
@@ -17,9 +19,11 @@ TEST(ShellNeighbours, AClosedSkinHasThreeAndATJunctionMore) {
 
   // Element 1 once more over its own edge 12, with a runner at the same nodes that does not count.
   const int a = elementTable.node1[1], b = elementTable.node2[1];
-  elementTable.node1.insert(elementTable.node1.end(), {b, a});
-  elementTable.node2.insert(elementTable.node2.end(), {a, b});
-  elementTable.node3.insert(elementTable.node3.end(), {nodeTable.nodeCount, 0});
+  for (const auto& [n1, n2, n3] : {std::array{b, a, nodeTable.nodeCount}, std::array{a, b, 0}}) {
+    elementTable.node1.push_back(n1);
+    elementTable.node2.push_back(n2);
+    elementTable.node3.push_back(n3);
+  }
   elementTable.elementCount += 2;
   EXPECT_EQ(edgeNeighbours(elementsAtNodes(false)).count(1), 4);
   EXPECT_EQ(elementsAtNodes(true).count(a), elementsAtNodes(false).count(a) + 1);

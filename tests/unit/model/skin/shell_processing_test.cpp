@@ -30,7 +30,7 @@ TEST_F(ShellProcessing, ASecondRunTakesTheScratchFileAndAppliesTheScaleAgain) {
   BoxSkin skin = plateSkin();
   const auto restore = [&] {
     plateSkin();
-    elementTable.thicknessScale.assign(elementTable.node1.size(), 0.9);
+    elementTable.thicknessScale.assign(elementTable.elementCount, 0.9);
   };
   std::ofstream table(workingFiles.baseName);
   for (int e = 1; e <= elementTable.elementCount; ++e) table << e << ' ' << skin.partner[e] << " 0.2\n";

@@ -14,7 +14,7 @@ TEST(ShellSearch, FindsTheNearestPointAndTheBoxesAsAFullScanDoes) {
   std::mt19937 random(7);
   std::uniform_real_distribution<double> place(-3.0, 5.0), extent(0.001, 1.5);
   std::uniform_int_distribution<int> coarse(-4, 4);
-  std::vector<Vector3> points(401), low(401), high(401);
+  Column<Vector3> points(400), low(400), high(400);
   std::vector<int> members;
   for (int k = 1; k <= 400; ++k) {
     points[k] = {0.5 * coarse(random), 0.5 * coarse(random), k % 3 * 0.1};  // many ties

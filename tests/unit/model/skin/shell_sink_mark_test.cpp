@@ -18,9 +18,9 @@ constexpr double temperature = 360.0;
 
 /// Specific volume T R / (p + 2e9) + 1 / density0 of a kind, with R in erg per gram and kelvin.
 void setKind(int kind, double density0, double gas) {
-  CountedList& pvt = polymerRecord[static_cast<std::size_t>(kind)].pvt;
+  CountedList& pvt = polymerRecord[kind].pvt;
   pvt.count = 3;
-  pvt.value = {0.0, 2e9, density0, gas};
+  pvt.value = {2e9, density0, gas};
 }
 
 double densityOf(double density0, double gas, double kelvin) {
@@ -33,12 +33,12 @@ TEST(ShellSinkMark, TakesTheKindFractionAsTheShareOfTheFirstKind) {
   processRecord.secondKind = 1;
   setKind(1, 1.1, 2e6);
   setKind(2, 0.9, 6e6);
-  const auto size = static_cast<std::size_t>(elementTable.elementCount) + 1;
-  elementTemperatureField.sideTemperature1.assign(size, temperature - 5.0);
-  elementTemperatureField.sideTemperature2.assign(size, temperature + 5.0);
+  const int elements = elementTable.elementCount;
+  elementTemperatureField.sideTemperature1.assign(elements, temperature - 5.0);
+  elementTemperatureField.sideTemperature2.assign(elements, temperature + 5.0);
   wedgeNumbering.wedgeNodeCount = nodeTable.nodeCount;
   for (const double fraction : {0.25, 0.75}) {
-    residualStressField.kindFraction.assign(size, fraction);
+    residualStressField.kindFraction.assign(elements, fraction);
 
     shellSinkMark();
 
@@ -47,7 +47,7 @@ TEST(ShellSinkMark, TakesTheKindFractionAsTheShareOfTheFirstKind) {
     };
     const double expected = std::cbrt(v(temperature)) * (1.0 - v(298.0) / v(temperature)) / 3.0;
     for (int n = 1; n <= nodeTable.nodeCount; ++n)
-      EXPECT_NEAR(solution.rowSolution[static_cast<std::size_t>(n)], expected, 1e-12 * expected);
+      EXPECT_NEAR(solution.rowSolution[n], expected, 1e-12 * expected);
   }
 }
 

@@ -53,7 +53,7 @@ TEST(ShellThickness, ThickElementsTakeTheNearestThinOneAndClassTheirNodes) {
   EXPECT_EQ(shell.thicknessClass[elementTable.node2[40]], 2);
   EXPECT_DOUBLE_EQ(elementTable.thickness[5], 0.2);
   for (int e = 1; e <= elementTable.elementCount; ++e) elementTable.thickness[e] = 0.5 + e * 1e-3;
-  const std::vector<double> before = elementTable.thickness;
+  const Column<double> before = elementTable.thickness;
   repairThickElements();  // all thick: nothing to take from
   EXPECT_EQ(elementTable.thickness, before);
 }
@@ -65,7 +65,7 @@ TEST(ShellThickness, LevelsDentsAndSpikesAndLimitsTheRest) {
   elementTable.thickness[3] = 0.05;
   elementTable.thickness[60] = 0.9;
   elementTable.thickness[90] = 0.10001;  // not below half of its neighbours
-  const std::size_t last = elementTable.thickness.size() - 1;
+  const int last = elementTable.elementCount;
   elementTable.thickness[last] = 0.05;
 
   removeThicknessSpikes(neighbours);

@@ -79,9 +79,9 @@ TEST_P(WallKinds, AggregationGivesTheDirectAnswerOfBothPasses) {
   EXPECT_EQ(occurrences(said, "Solver= TIER by aggregation"), 2) << said;
   EXPECT_THAT(said, testing::Not(HasSubstr("not converged")));
   EXPECT_EQ(occurrences(saidDirect, "Solver= MUMPS"), 2);
-  const auto compare = [](const std::vector<double>& found, const std::vector<double>& expected) {
+  const auto compare = [](const Column<double>& found, const Column<double>& expected) {
     double size = 0.0, apart = 0.0;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
+    for (int i = 1; i <= expected.rows(); ++i) {
       size = std::max(size, std::abs(expected[i]));
       apart = std::max(apart, std::abs(found[i] - expected[i]));
     }

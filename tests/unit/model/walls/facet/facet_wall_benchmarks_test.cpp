@@ -33,11 +33,11 @@ class FoldedPart : public testing_support::ModelTest, public testing::WithParamI
       body.held.insert(6 * (static_cast<int>(f) / 3) + static_cast<int>(f) % 3);
   }
 
-  std::vector<std::array<Vector3, 3>> turns() const {
-    std::vector<std::array<int, 3>> triangle(1);
-    std::vector<Vector3> node(1);
+  Column<std::array<Vector3, 3>> turns() const {
+    Column<std::array<int, 3>> triangle;
+    Column<Vector3> node;
     for (const auto& t : body.triangle) triangle.push_back({t[0] + 1, t[1] + 1, t[2] + 1});
-    node.insert(node.end(), body.node.begin(), body.node.end());
+    for (const Vector3& p : body.node) node.push_back(p);
     return foldTurns(triangle, node);
   }
 

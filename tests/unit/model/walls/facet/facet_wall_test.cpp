@@ -88,7 +88,7 @@ TestMesh turnedOver(TestMesh mesh) {
 class FacetPart : public ModelTest, public testing::WithParamInterface<FlatPart> {};
 
 void setUnevenWalls() {
-  for (std::size_t e = 1; e < elementTable.thickness.size(); ++e)
+  for (int e = 1; e <= elementTable.elementCount; ++e)
     elementTable.thickness[e] = 0.1 + 0.05 * static_cast<double>(e % 4);
 }
 
@@ -112,7 +112,7 @@ void setUnevenFields(const std::array<Vector3, 3>& rotation, bool overturned) {
   polymerRecord[1].modulus.value[1] = 6e10;
   polymerRecord[1].thermalExpansion.value[1] = 2e-5;
   const auto fibre = testing_support::skewRotation();
-  for (std::size_t e = 1; e < elementTable.thickness.size(); ++e) {
+  for (int e = 1; e <= elementTable.elementCount; ++e) {
     ResidualStressField& field = residualStressField;
     field.direction1[e] = turned(fibre[0]);
     field.direction2[e] = turned(fibre[1]);
@@ -233,7 +233,7 @@ TEST_F(FacetWallTest, ARightAngleSpringsInByTheDifferenceOfItsShrinkages) {
   const Deformation d = deformed(mesh, facet_walls, [] {
     polymerRecord[1].thermalExpansion.value[1] = -2e-5;
     polymerRecord[1].thermalExpansion.value[2] = 8e-5;
-    for (std::size_t e = 1; e < elementTable.thickness.size(); ++e) {
+    for (int e = 1; e <= elementTable.elementCount; ++e) {
       residualStressField.orientationValue[e] = 0.5;
       const bool upright = nodeTable.z[elementTable.node1[e]] + nodeTable.z[elementTable.node3[e]] > 0.0;
       if (!upright) continue;
@@ -345,10 +345,10 @@ TEST_F(FacetWallTest, RefusesWhatItCannotForm) {
         polymerRecord[1].poisson.value[2] = 1.5;
       }),
       testing::HasSubstr("Part element 1 can't be formed as a facet: with no stress across the wall"));
-  EXPECT_THAT(failure([] { elementTable.thickness.assign(elementTable.thickness.size(), 0.0); }),
+  EXPECT_THAT(failure([] { elementTable.thickness.assign(elementTable.elementCount, 0.0); }),
               testing::HasSubstr("has a positive volume"));
   EXPECT_THAT(failure([] {
-                for (std::size_t e = 1; e < elementTable.thickness.size(); ++e)
+                for (int e = 1; e <= elementTable.elementCount; ++e)
                   if (elementTable.node1[e] == 1 || elementTable.node2[e] == 1 || elementTable.node3[e] == 1)
                     elementTable.thickness[e] = 0.0;
               }),

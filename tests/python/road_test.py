@@ -45,7 +45,7 @@ def tool(name, *words):
 
 def total_of(base, nodes):
     """(N, 3) mm of a finished run."""
-    return read_results(Path(f"{base}.WR1"), nodes).total
+    return read_results(Path(f"{base}.WR1"), nodes).total_mm
 
 
 @pytest.mark.parametrize(

@@ -25,7 +25,7 @@ def check_mesh(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findi
     if not len(mesh.triangles):
         findings.fault(place, "has no triangle and no quadrilateral")
         return
-    if mesh.extent <= 0:
+    if mesh.extent_mm <= 0:
         findings.fault(place, "all nodes lie at one place")
         return
     edges = surface.edges_of(mesh.triangles)
@@ -40,7 +40,7 @@ def check_mesh(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findi
             "the triangles form a closed skin; KELD wants the mid-surface of the wall, with the "
             "thickness as a number (right only for a hollow body meshed on its mid-surface)",
         )
-    unknown = np.isnan(mesh.diameter)
+    unknown = np.isnan(mesh.diameter_mm)
     if unknown.any():
         findings.fault(
             place,
@@ -50,7 +50,7 @@ def check_mesh(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findi
 
 
 def check_sizes(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findings) -> None:
-    extent = mesh.extent
+    extent = mesh.extent_mm
     if extent < SHORTEST or extent > LONGEST:
         findings.warn(
             place,
@@ -85,7 +85,7 @@ def check_bodies(mesh: JobMesh, edges: surface.Edges, place: str, findings: Find
     """Parts that hang together at no node, and parts that hang together at single nodes only."""
     t = mesh.triangles
     by_node = surface.components(
-        len(mesh.points), np.concatenate([t[:, 0], t[:, 0]]), np.concatenate([t[:, 1], t[:, 2]])
+        len(mesh.points_mm), np.concatenate([t[:, 0], t[:, 0]]), np.concatenate([t[:, 1], t[:, 2]])
     )
     bodies = np.unique(by_node[t[:, 0]])
     if len(bodies) > 1:
@@ -123,9 +123,9 @@ def check_turning(mesh: JobMesh, edges: surface.Edges, place: str, findings: Fin
 
 def check_slender(mesh: JobMesh, thickness: np.ndarray, place: str, findings: Findings) -> None:
     """Triangles whose element determinant fails, and those that come near it."""
-    p = mesh.points[mesh.triangles] * CM_PER_MM
+    p = mesh.points_mm[mesh.triangles] * CM_PER_MM
     sides = np.linalg.norm(p - p[:, [1, 2, 0]], axis=2).max(axis=1)
-    twice_area = np.linalg.norm(surface.crosses(mesh.points, mesh.triangles), axis=1) * CM_PER_MM**2
+    twice_area = np.linalg.norm(surface.crosses(mesh.points_mm, mesh.triangles), axis=1) * CM_PER_MM**2
     slender = twice_area < SLENDER * sides**2
     if not slender.any():
         return
@@ -168,9 +168,16 @@ def wedge_determinants(corners: np.ndarray, thickness: np.ndarray) -> np.ndarray
 def check_polymer(polymer: Polymer, filled: bool, place: str, findings: Findings) -> None:
     """Elastic data from which no stiffness can be formed are faults, unlikely numbers are warnings."""
     for name, values, low, high, unit, factor in (
-        ("modulus", polymer.modulus, 50.0, 1e5, "MPa", DYN_CM2_PER_MPA),
-        ("shear_modulus", [polymer.shear_modulus] if polymer.shear_modulus else [], 10.0, 5e4, "MPa", DYN_CM2_PER_MPA),
-        ("expansion", polymer.expansion, 1e-6, 5e-4, "1/K", 1.0),
+        ("modulus", polymer.modulus_dyn_cm2, 50.0, 1e5, "MPa", DYN_CM2_PER_MPA),
+        (
+            "shear_modulus",
+            [polymer.shear_modulus_dyn_cm2] if polymer.shear_modulus_dyn_cm2 else [],
+            10.0,
+            5e4,
+            "MPa",
+            DYN_CM2_PER_MPA,
+        ),
+        ("expansion", polymer.expansion_per_k, 1e-6, 5e-4, "1/K", 1.0),
     ):
         odd = [v / factor for v in values if not low <= v / factor <= high]
         if odd:
@@ -179,12 +186,12 @@ def check_polymer(polymer: Polymer, filled: bool, place: str, findings: Findings
                 f"{name} of {odd[0]:g} {unit} is no usual polymer's ({low:g} to {high:g} {unit}); "
                 "is the unit right?",
             )
-    if not polymer.modulus or not polymer.poisson:
+    if not polymer.modulus_dyn_cm2 or not polymer.poisson:
         return  # its fault is told already
     for name, values, falling in (
-        ("modulus", polymer.modulus, True),
+        ("modulus", polymer.modulus_dyn_cm2, True),
         ("poisson", polymer.poisson, False),
-        ("expansion", polymer.expansion, False),
+        ("expansion", polymer.expansion_per_k, False),
     ):
         if values and list(polymer.pair(values, falling)) != (values * 2)[:2]:
             findings.warn(
@@ -193,14 +200,14 @@ def check_polymer(polymer: Polymer, filled: bool, place: str, findings: Findings
                 f"is that along the fibres, {values[1]:g} after the change",
             )
     check_stiffness(polymer, filled, place, findings)
-    if len(polymer.specific_volume) == 1 and not 0.5 <= polymer.specific_volume[0] <= 3.0:
+    if len(polymer.specific_volume_cgs) == 1 and not 0.5 <= polymer.specific_volume_cgs[0] <= 3.0:
         findings.warn(
-            place, f"a density of {polymer.specific_volume[0]:g} g/cm3 is no usual polymer's; is the unit right?"
+            place, f"a density of {polymer.specific_volume_cgs[0]:g} g/cm3 is no usual polymer's; is the unit right?"
         )
 
 
 def check_stiffness(polymer: Polymer, filled: bool, place: str, findings: Findings) -> None:
-    e1, e2 = polymer.pair(polymer.modulus, falling=True)
+    e1, e2 = polymer.pair(polymer.modulus_dyn_cm2, falling=True)
     nu12, nu23 = polymer.pair(polymer.poisson)
     if filled and abs(e1 - e2) < 1.0:
         return  # KELD mixes polymer and filler
@@ -210,7 +217,7 @@ def check_stiffness(polymer: Polymer, filled: bool, place: str, findings: Findin
             "two moduli that differ together with a filler: KELD takes the moduli as those of the filled "
             "polymer, and the filler for the density alone",
         )
-    if polymer.shear_modulus is None and abs(e1 - e2) >= 1.0:
+    if polymer.shear_modulus_dyn_cm2 is None and abs(e1 - e2) >= 1.0:
         findings.fault(place, "has two moduli that differ, but no shear_modulus_MPa")
     compliance = (
         np.array([[1 / e1, -nu12 / e1, -nu12 / e1], [-nu12 / e1, 1 / e2, -nu23 / e2], [-nu12 / e1, -nu23 / e2, 1 / e2]])
@@ -227,22 +234,25 @@ def check_stiffness(polymer: Polymer, filled: bool, place: str, findings: Findin
 def check_conditions(part: Part, ejection: np.ndarray, findings: Findings) -> None:
     """Temperatures in degrees Celsius; `ejection` those of both sides of all elements."""
     place, c = part.places["conditions"], part.conditions
-    if ejection.max() <= c.ambient:
-        findings.warn(place, f"no ejection temperature is above the ambient {c.ambient:g} C: nothing shrinks")
-    elif ejection.min() < c.ambient:
+    if ejection.max() <= c.ambient_temperature_c:
         findings.warn(
-            place, f"some ejection temperatures are below the ambient {c.ambient:g} C; KELD counts them as ambient"
+            place, f"no ejection temperature is above the ambient {c.ambient_temperature_c:g} C: nothing shrinks"
         )
-    if ejection.max() >= c.melt:
+    elif ejection.min() < c.ambient_temperature_c:
+        findings.warn(
+            place,
+            f"some ejection temperatures are below the ambient {c.ambient_temperature_c:g} C; KELD counts them as ambient",
+        )
+    if ejection.max() >= c.melt_temperature_c:
         findings.warn(
             place,
             f"an ejection temperature of {ejection.max():g} C isn't below the melt temperature of "
-            f"{c.melt:g} C; is the unit right?",
+            f"{c.melt_temperature_c:g} C; is the unit right?",
         )
     for name, value, low, high in (
-        ("melt", c.melt, 100, 450),
-        ("mould", c.mould, -20, 250),
-        ("ambient", c.ambient, -60, 100),
+        ("melt", c.melt_temperature_c, 100, 450),
+        ("mould", c.mould_temperature_c, -20, 250),
+        ("ambient", c.ambient_temperature_c, -60, 100),
     ):
         if not low <= value <= high and not math.isnan(value):  # nan: its fault is told already
             findings.warn(
@@ -276,7 +286,7 @@ def check_boundary(mesh: JobMesh, nodes: list[int], place: str, findings: Findin
     if len(nodes) != 3 or len(set(nodes)) != 3:
         findings.fault(place, f"expected three different nodes, found {[int(mesh.node_numbers[n]) for n in nodes]}")
         return
-    a, b, c = mesh.points[nodes]
+    a, b, c = mesh.points_mm[nodes]
     area = 0.5 * float(np.linalg.norm(np.cross(b - a, c - a)))
     longest = max(np.linalg.norm(b - a), np.linalg.norm(c - a), np.linalg.norm(c - b))
     if area * CM_PER_MM**2 <= 1e-8:

@@ -74,7 +74,7 @@ def read_values(
         spread = {name: np.where(_wide(row < 0, v), np.nan, v[row]) for name, v in quantities.items()}
     else:
         spread = by_place(table, quantities, mapping, mesh, findings, notes)
-    return laid_into_walls(spread, surface.unit_normals(mesh.points, mesh.triangles))
+    return laid_into_walls(spread, surface.unit_normals(mesh.points_mm, mesh.triangles))
 
 
 def _wide(mask: np.ndarray, values: np.ndarray) -> np.ndarray:
@@ -250,7 +250,7 @@ def by_place(
         line = table.lines[int(np.isnan(points).any(axis=1).argmax())]
         findings.fault(f"{table.path}:{line}", "has a point without its x, y or z")
         return {}
-    centres = mesh.points[mesh.triangles].mean(axis=1)
+    centres = mesh.points_mm[mesh.triangles].mean(axis=1)
     result, farthest, near = {}, 0.0, {}
     for name, values in quantities.items():
         known = ~(np.isnan(values) if values.ndim == 1 else np.isnan(values).any(axis=1))
@@ -258,7 +258,7 @@ def by_place(
             result[name] = np.full((len(centres), *values.shape[1:]), np.nan)
             continue
         if known.tobytes() not in near:  # quantities are mostly known at the same points
-            near[known.tobytes()] = nearest(points[known], centres, mapping, mesh.extent)
+            near[known.tobytes()] = nearest(points[known], centres, mapping, mesh.extent_mm)
         distance, index, weight = near[known.tobytes()]
         result[name] = np.einsum("ij,ij...->i...", weight, values[known][index])
         farthest = max(farthest, float(distance.max()))
@@ -267,10 +267,10 @@ def by_place(
         f"{'the nearest point' if mapping == 'nearest' else 'inverse distance of four'}; the greatest distance of an "
         f"element from its nearest point is {farthest:.4g} mm"
     )
-    if farthest > FAR * mesh.extent:
+    if farthest > FAR * mesh.extent_mm:
         findings.warn(
             str(table.path),
-            f"an element lies {farthest:.4g} mm from the nearest point, of a part of {mesh.extent:.4g} mm; are place and "
+            f"an element lies {farthest:.4g} mm from the nearest point, of a part of {mesh.extent_mm:.4g} mm; are place and "
             "length unit those of the mesh?",
         )
     return result

@@ -54,7 +54,7 @@ class Fields:
             far = trace[np.abs(trace - 1.0).argmax()]
             self.findings.fault(request.place, f"a11 + a22 + a33 of an orientation tensor is 1, found {far:g}")
             return
-        normals = surface.unit_normals(self.mesh.points, self.mesh.triangles)
+        normals = surface.unit_normals(self.mesh.points_mm, self.mesh.triangles)
         direction, share = principal_in_wall(full_tensor(tensor), normals)
         self.csv |= {"fibre_direction": direction, "orientation": share}
 
@@ -111,8 +111,8 @@ class Fields:
     def thickness(self) -> np.ndarray:
         """(T,) mm: CSV, then cell data or groups, then property cards, then the one value; without any a fault."""
         mesh, request, source = self.mesh, self.part.mesh, self.mesh.source
-        by_shell = mesh.card_thickness.copy()
-        for name, value in request.thickness_by_group.items():
+        by_shell = mesh.card_thickness_mm.copy()
+        for name, value in request.thickness_by_group_mm.items():
             mask = group_of(mesh, name)
             if mask is None:
                 self.findings.fault(
@@ -122,9 +122,9 @@ class Fields:
             else:
                 by_shell[mask] = value
         result = by_shell[source]
-        if request.thickness:
-            given = self.requested(request.thickness, 1)
-            result = given if request.thickness.cell_data else np.where(np.isnan(result), given, result)
+        if request.thickness_mm:
+            given = self.requested(request.thickness_mm, 1)
+            result = given if request.thickness_mm.cell_data else np.where(np.isnan(result), given, result)
         if "thickness" in self.csv:
             rows = self.csv["thickness"]
             result = np.where(np.isnan(rows), result, rows)

@@ -22,25 +22,27 @@ DENSITY_PRESSURE = 1e7  # dyn/cm2, at which a weight fraction becomes one by vol
 
 def aligned_expansion(polymer: Polymer, filler: Filler | None, fraction: float) -> tuple[float, float]:
     """1/K along and across fully aligned fibres, as KELD takes or mixes them; fraction: the filler's, by volume."""
-    one_modulus = abs(polymer.modulus[0] - polymer.modulus[-1]) < 1.0
-    if filler is None or not one_modulus or abs(polymer.expansion[0] - polymer.expansion[-1]) > 1e-15:
-        return polymer.pair(polymer.expansion)
+    one_modulus = abs(polymer.modulus_dyn_cm2[0] - polymer.modulus_dyn_cm2[-1]) < 1.0
+    if filler is None or not one_modulus or abs(polymer.expansion_per_k[0] - polymer.expansion_per_k[-1]) > 1e-15:
+        return polymer.pair(polymer.expansion_per_k)
     return mixed_expansion(polymer, filler, fraction)
 
 
 def mixed_expansion(polymer: Polymer, filler: Filler, v: float) -> tuple[float, float]:
     """Expansion of aligned fibres of volume fraction v in a polymer of one modulus (docs/model.md, Material)."""
-    e, nu, a = (sum(values) / len(values) for values in (polymer.modulus, polymer.poisson, polymer.expansion))
-    ratio = filler.modulus / e
+    e, nu, a = (
+        sum(values) / len(values) for values in (polymer.modulus_dyn_cm2, polymer.poisson, polymer.expansion_per_k)
+    )
+    ratio = filler.modulus_dyn_cm2 / e
     eta = (ratio - 1.0) / (ratio + FIBRE_SHAPE)
     e11 = e * (1.0 + FIBRE_SHAPE * eta * v) / (1.0 - eta * v)
-    bulk, filler_bulk = e / (3.0 * (1.0 - 2.0 * nu)), filler.modulus / (3.0 * (1.0 - 2.0 * filler.poisson))
-    mean = a * (1.0 - v) + filler.expansion * v
-    series = (1.0 - v) / e + v / filler.modulus
-    psi = (series - 1.0 / e11) / (series - 1.0 / ((1.0 - v) * e + v * filler.modulus) + 1e-20)
-    stiff = (bulk * a * (1.0 - v) + filler_bulk * filler.expansion * v) / ((1.0 - v) * bulk + v * filler_bulk)
+    bulk, filler_bulk = e / (3.0 * (1.0 - 2.0 * nu)), filler.modulus_dyn_cm2 / (3.0 * (1.0 - 2.0 * filler.poisson))
+    mean = a * (1.0 - v) + filler.expansion_per_k * v
+    series = (1.0 - v) / e + v / filler.modulus_dyn_cm2
+    psi = (series - 1.0 / e11) / (series - 1.0 / ((1.0 - v) * e + v * filler.modulus_dyn_cm2) + 1e-20)
+    stiff = (bulk * a * (1.0 - v) + filler_bulk * filler.expansion_per_k * v) / ((1.0 - v) * bulk + v * filler_bulk)
     nu12 = (1.0 - v) * nu + v * filler.poisson
-    across = (1.0 + nu) * a * (1.0 - v) + (1.0 + filler.poisson) * filler.expansion * v - mean * nu12
+    across = (1.0 + nu) * a * (1.0 - v) + (1.0 + filler.poisson) * filler.expansion_per_k * v - mean * nu12
     return mean + psi * (stiff - mean), across
 
 
@@ -51,9 +53,9 @@ def volume_fraction(last: Polymer, filler: Filler | None, melt: float) -> float:
     part = filler.percent / 100.0
     if not filler.by_weight:
         return part
-    rho = polymer_density(last.specific_volume, DENSITY_PRESSURE, melt + KELVIN)
-    rho = 1.0 / ((1.0 - part) / rho + part / filler.density)
-    return (part / filler.density) / ((1.0 / filler.density - 1.0 / rho) * part + 1.0 / rho)
+    rho = polymer_density(last.specific_volume_cgs, DENSITY_PRESSURE, melt + KELVIN)
+    rho = 1.0 / ((1.0 - part) / rho + part / filler.density_g_cm3)
+    return (part / filler.density_g_cm3) / ((1.0 / filler.density_g_cm3 - 1.0 / rho) * part + 1.0 / rho)
 
 
 def polymer_density(c: list[float], pressure: float, temperature: float) -> float:
@@ -86,12 +88,12 @@ def set_expansion(
     polymer: Polymer, filler: Filler | None, a1: float, change: float, place: str, findings: Findings
 ) -> None:
     """The expansion by which the job's free shrinkage is the polymer's told one, at its mean orientation a1."""
-    if not polymer.shrinkage:
+    if not polymer.shrinkage_percent:
         return
     if not change > 0.0:
         findings.fault(place, "shrinkage_percent needs an ejection temperature above the ambient one")
         return
-    along, across = (value / 100.0 / change for value in polymer.pair_as_given(polymer.shrinkage))
+    along, across = (value / 100.0 / change for value in polymer.pair_as_given(polymer.shrinkage_percent))
     spread = 2.0 * a1 - 1.0
     if along != across and spread < LEAST_SPREAD:
         findings.fault(
@@ -106,14 +108,14 @@ def set_expansion(
         )
         return
     difference = (across - along) / spread if across > along else 0.0
-    polymer.expansion = [0.5 * (along + across - difference), 0.5 * (along + across + difference)]
+    polymer.expansion_per_k = [0.5 * (along + across - difference), 0.5 * (along + across + difference)]
     if difference == 0.0 and filler is not None:
-        polymer.expansion[1] *= 1.0 + 1e-8  # KELD mixes equal values with the filler's; these are the compound's
-    if polymer.expansion[0] < 0.0:
+        polymer.expansion_per_k[1] *= 1.0 + 1e-8  # KELD mixes equal values with the filler's; these are the compound's
+    if polymer.expansion_per_k[0] < 0.0:
         findings.warn(
             place,
             f"shrinkage_percent: at an orientation of {a1:.3g} these figures need fibres that lengthen as they cool "
-            f"({polymer.expansion[0]:.3g} 1/K along, {polymer.expansion[1]:.3g} 1/K across aligned fibres); where the "
+            f"({polymer.expansion_per_k[0]:.3g} 1/K along, {polymer.expansion_per_k[1]:.3g} 1/K across aligned fibres); where the "
             "orientation differs from that the shrinkage is extrapolated",
         )
 
@@ -128,13 +130,13 @@ def words_on(polymer: Polymer, filler: Filler | None, fraction: float, a1: float
         else f"free shrinkage: {along:.3g} % along and {across:.3g} % across the fibres"
     )
     text += f" (over {change:.3g} K" + (")" if isotropic else f", orientation {a1:.3g})")
-    if polymer.shrinkage:
+    if polymer.shrinkage_percent:
         return text + ", as shrinkage_percent says"
-    if not polymer.published:
+    if not polymer.published_percent:
         return text + "; shrinkage_percent in [polymer] sets it to the data sheet's figure"
     places = [
         f"{'' if isotropic else way + ' '}{low:g} to {high:g} %, {where(value, low, high)}"
-        for way, value, (low, high) in zip(("along", "across"), (along, across), polymer.published)
+        for way, value, (low, high) in zip(("along", "across"), (along, across), polymer.published_percent)
     ]
     text += "; published for this class: " + (places[0] if isotropic else ", ".join(places))
     return text + ("; shrinkage_percent in [polymer] sets it to the data sheet's figure" if "this is " in text else "")

@@ -24,7 +24,7 @@ class Shrinking(NamedTuple):
     """Means over the part, weighted by area."""
 
     orientation: float
-    change: float  # K from ejection to ambient
+    change_k: float  # from ejection to ambient
 
 
 @dataclass
@@ -32,17 +32,17 @@ class JobFiles:
     """A job that can be written, and what its summary tells of it."""
 
     contents: dict[str, str]  # suffix -> text
-    thickness: np.ndarray  # (T,) mm
+    thickness_mm: np.ndarray  # (T,)
     shrinking: Shrinking
 
 
 def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> JobFiles | None:
     """Every file of the job; None after a fault."""
-    if part.mesh.runner_diameter is not None:
-        mesh.diameter = np.where(np.isnan(mesh.diameter), part.mesh.runner_diameter, mesh.diameter)
-    elif not part.mesh.place and np.isnan(mesh.diameter).any():  # a first try has nothing to say on runners
+    if part.mesh.runner_diameter_mm is not None:
+        mesh.diameter_mm = np.where(np.isnan(mesh.diameter_mm), part.mesh.runner_diameter_mm, mesh.diameter_mm)
+    elif not part.mesh.place and np.isnan(mesh.diameter_mm).any():  # a first try has nothing to say on runners
         findings.warn(str(part.mesh.path), f"{len(mesh.runners)} two-node elements without a diameter left out")
-        mesh.runners, mesh.diameter = mesh.runners[:0], mesh.diameter[:0]
+        mesh.runners, mesh.diameter_mm = mesh.runners[:0], mesh.diameter_mm[:0]
     fields = Fields(part, mesh, findings)
     thickness = fields.thickness() if len(mesh.triangles) else np.zeros(0)
     checks.check_mesh(mesh, np.nan_to_num(thickness), str(part.mesh.path), findings)
@@ -56,10 +56,10 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
     if part.boundary_nodes and len(fixed) == len(part.boundary_nodes):
         checks.check_boundary(mesh, fixed, part.places["boundary"], findings)
     orientation = fields.values("orientation", part.polymer.orientation)
-    area = np.linalg.norm(surface.crosses(mesh.points, mesh.triangles), axis=1)
+    area = np.linalg.norm(surface.crosses(mesh.points_mm, mesh.triangles), axis=1)
     shrinking = Shrinking(
         float(np.average(orientation, weights=area if area.any() else None)),
-        free_shrinkage.mean_change(lower, upper, part.conditions.ambient, area),
+        free_shrinkage.mean_change(lower, upper, part.conditions.ambient_temperature_c, area),
     )
     for name, polymer in (("polymer", part.polymer), ("second_polymer", part.second)):
         if polymer:
@@ -70,7 +70,7 @@ def texts(part: Part, mesh: JobMesh, findings: Findings, progress: Progress) -> 
         return None
     progress("forming the files")
     contents[".PG1"] = working_files.geometry(
-        heading, mesh.points, mesh.triangles, thickness, mesh.runners, mesh.diameter, gates
+        heading, mesh.points_mm, mesh.triangles, thickness, mesh.runners, mesh.diameter_mm, gates
     )
     suffix, contents_of = working_files.temperatures(heading, lower, upper, len(mesh.runners))
     contents[suffix] = contents_of
@@ -134,7 +134,7 @@ def stress_text(
     stress = [fields.values(name, 0.0) for name in ("stress1", "stress2")]
     fraction = fields.values("kind_fraction", 1.0)
     checks.check_fields(part, np.array(stress), orientation, fraction, findings)
-    axes = fields.axes(surface.unit_normals(mesh.points, mesh.triangles))
+    axes = fields.axes(surface.unit_normals(mesh.points_mm, mesh.triangles))
     given = any(fields.given(n) for n in ("stress1", "stress2", "orientation", "kind_fraction", "fibre_direction"))
     directed = part.filler or part.polymer.anisotropic or part.second
     if not (given or directed) or findings.faults:

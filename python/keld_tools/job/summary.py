@@ -17,18 +17,22 @@ LONGEST = 7.0  # edges over thickness up to which facets were measured against b
 
 
 def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
-    size = np.ptp(mesh.points[np.unique(mesh.triangles)], axis=0)
-    ratio = edge_over_wall(mesh, files.thickness)
-    thickness = f"{files.thickness.min():.4g}"
-    if files.thickness.max() > files.thickness.min():
-        thickness += f" to {files.thickness.max():.4g}"
+    size = np.ptp(mesh.points_mm[np.unique(mesh.triangles)], axis=0)
+    ratio = edge_over_wall(mesh, files.thickness_mm)
+    thickness = f"{files.thickness_mm.min():.4g}"
+    if files.thickness_mm.max() > files.thickness_mm.min():
+        thickness += f" to {files.thickness_mm.max():.4g}"
     lines = [
-        f"{part.base}: {len(mesh.triangles)} triangles, {len(mesh.runners)} runners, {len(mesh.points)} nodes",
+        f"{part.base}: {len(mesh.triangles)} triangles, {len(mesh.runners)} runners, {len(mesh.points_mm)} nodes",
         f"size: {size[0]:.4g} x {size[1]:.4g} x {size[2]:.4g} mm, wall {thickness} mm",
         f"mean edge over wall thickness: {ratio:.3g}; {words_on(part.wall_model, ratio)}",
         f"walls: {part.wall_model}",
     ]
-    melt = part.conditions.melt if part.conditions.second_melt is None else part.conditions.second_melt
+    melt = (
+        part.conditions.melt_temperature_c
+        if part.conditions.second_melt_temperature_c is None
+        else part.conditions.second_melt_temperature_c
+    )
     fraction = free_shrinkage.volume_fraction(part.second or part.polymer, part.filler, melt)
     for polymer in [part.polymer] + ([part.second] if part.second else []):
         lines.append(f"polymer: {polymer.title}")
@@ -41,9 +45,9 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
 
 def edge_over_wall(mesh: JobMesh, thickness: np.ndarray) -> float:
     """Mean over the triangles' sides of length over the wall's thickness, weighted by area."""
-    p = mesh.points[mesh.triangles]
+    p = mesh.points_mm[mesh.triangles]
     edge = np.linalg.norm(p - p[:, [1, 2, 0]], axis=2).mean(axis=1)
-    area = np.linalg.norm(surface.crosses(mesh.points, mesh.triangles), axis=1)
+    area = np.linalg.norm(surface.crosses(mesh.points_mm, mesh.triangles), axis=1)
     return float(np.average(edge / thickness, weights=area if area.any() else None))
 
 

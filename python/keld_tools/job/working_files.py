@@ -90,21 +90,24 @@ def process(part: Part, ejection: float) -> str:
     """
     c, filler = part.conditions, part.filler or Filler()
     values = [
-        ("Filling time", c.fill_time),
-        ("Melt temperature of the first polymer", c.melt),
-        ("Mould temperature", c.mould),
-        ("Injection pressure", c.pressure),
-        ("Flow rate", c.flow_rate),
-        ("Packing time", c.packing_time),
-        ("Packing pressure", c.packing_pressure),
-        ("Cooling time", c.cooling_time),
-        ("Mould opening time", c.opening_time),
+        ("Filling time", c.fill_time_s),
+        ("Melt temperature of the first polymer", c.melt_temperature_c),
+        ("Mould temperature", c.mould_temperature_c),
+        ("Injection pressure", c.injection_pressure_mpa),
+        ("Flow rate", c.flow_rate_cm3_s),
+        ("Packing time", c.packing_time_s),
+        ("Packing pressure", c.packing_pressure_mpa),
+        ("Cooling time", c.cooling_time_s),
+        ("Mould opening time", c.mould_opening_time_s),
         ("Ejection temperature", ejection),
         ("Filler present", int(part.filler is not None)),
         ("Filler percentage by", 1 if filler.by_weight else 2),
         ("Filler percentage", filler.percent),
         ("Polymers", int(part.second is not None)),
-        ("Melt temperature of the second polymer", c.melt if c.second_melt is None else c.second_melt),
+        (
+            "Melt temperature of the second polymer",
+            c.melt_temperature_c if c.second_melt_temperature_c is None else c.second_melt_temperature_c,
+        ),
     ]
     lines = [value_line(label, 20001 + i, value) for i, (label, value) in enumerate(values)]
     return "".join(
@@ -114,7 +117,7 @@ def process(part: Part, ejection: float) -> str:
             *lines,
             "[EOF]\n\n",
             "[Keld_ProcessData]\n",
-            value_line("Ambient temperature", 21001, c.ambient),
+            value_line("Ambient temperature", 21001, c.ambient_temperature_c),
             "[EOF]\n",
         ]
     )
@@ -169,7 +172,7 @@ def counted(label: str, values) -> str:
 
 def kind_block(tag: str, polymer: Polymer, filler: Filler | None, temperatures_c: list[float]) -> str:
     f = filler or Filler()
-    shear = [] if polymer.shear_modulus is None else [polymer.shear_modulus]
+    shear = [] if polymer.shear_modulus_dyn_cm2 is None else [polymer.shear_modulus_dyn_cm2]
     name = polymer.title.replace("\n", " ")
     return "".join(
         [
@@ -185,16 +188,16 @@ def kind_block(tag: str, polymer: Polymer, filler: Filler | None, temperatures_c
             counted("Thermal conductivity", []),
             counted("Heat capacity", []),
             counted("Viscosity", []),
-            counted("Specific volume", polymer.specific_volume),
+            counted("Specific volume", polymer.specific_volume_cgs),
             counted("Viscoelastic", []),
             "      0  end\n",
-            counted("Expansion", polymer.expansion),
-            counted("Modulus", polymer.modulus),
+            counted("Expansion", polymer.expansion_per_k),
+            counted("Modulus", polymer.modulus_dyn_cm2),
             counted("Poisson", polymer.poisson),
             counted("Reserved", []),
             " Ejection = 0\n",
             " No flow = 0\n",
-            counted("Filler", [0, 25, f.expansion, f.modulus, f.poisson, f.density]),
+            counted("Filler", [0, 25, f.expansion_per_k, f.modulus_dyn_cm2, f.poisson, f.density_g_cm3]),
             " Shrinkage = 0\n",
             " Weld = 0\n",
             " Series = 0\n",
@@ -211,9 +214,15 @@ def material(part: Part) -> str:
     """.MAL: one or two kinds; moduli in dyn/cm2, expansion in 1/K, density in g/cm3."""
     c = part.conditions
     text = f"Polymer of {part.title or part.base.name}, {MADE_BY}".replace("\n", " ").replace("[", "(") + "\n"
-    text += kind_block("[First_Kind]", part.polymer, part.filler, [c.melt, c.mould])
+    text += kind_block("[First_Kind]", part.polymer, part.filler, [c.melt_temperature_c, c.mould_temperature_c])
     if part.second:
         text += kind_block(
-            "[Second_Kind]", part.second, part.filler, [c.melt if c.second_melt is None else c.second_melt, c.mould]
+            "[Second_Kind]",
+            part.second,
+            part.filler,
+            [
+                c.melt_temperature_c if c.second_melt_temperature_c is None else c.second_melt_temperature_c,
+                c.mould_temperature_c,
+            ],
         )
     return text

@@ -16,17 +16,17 @@ STL_TOLERANCE = 1e-6  # of the part's extent: nodes of an STL that lie nearer ar
 
 @dataclass
 class JobMesh:
-    """The mesh of a job in mm, indices from 0; triangles first, then runners, in the file's order."""
+    """The mesh of a job, indices from 0; triangles first, then runners, in the file's order."""
 
-    points: np.ndarray  # (N, 3)
+    points_mm: np.ndarray  # (N, 3)
     node_numbers: np.ndarray  # (N,) the number of each node in the mesh file
     triangles: np.ndarray  # (T, 3)
     source: np.ndarray  # (T,) index into the file's shell elements
     shell_numbers: np.ndarray  # (S,) their numbers in the file
     runners: np.ndarray  # (R, 2)
-    diameter: np.ndarray  # (R,) mm, nan where unknown
+    diameter_mm: np.ndarray  # (R,) nan where unknown
     runner_numbers: np.ndarray  # (R,)
-    card_thickness: np.ndarray  # (S,) mm, nan where the file gives none
+    card_thickness_mm: np.ndarray  # (S,) nan where the file gives none
     groups: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) mask
     cell_data: dict[str, np.ndarray] = field(default_factory=dict)  # name -> (S,) or (S, n)
     notes: list[str] = field(default_factory=list)
@@ -38,8 +38,8 @@ class JobMesh:
         return self.shell_numbers[self.source]
 
     @property
-    def extent(self) -> float:
-        return float(np.ptp(self.points[np.unique(self.triangles)], axis=0).max()) if len(self.triangles) else 0.0
+    def extent_mm(self) -> float:
+        return float(np.ptp(self.points_mm[np.unique(self.triangles)], axis=0).max()) if len(self.triangles) else 0.0
 
 
 def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
@@ -66,9 +66,9 @@ def build(raw: RawMesh, request, findings: Findings) -> JobMesh:
             f"{count_of(raw.shell_numbers[source[~whole]], 'triangle')} with a corner " "twice left out",
         )
         triangles, source = triangles[whole], source[whole]
-    if request.repair is not None and len(triangles):
-        repaired = repair.collapse_short_edges(points, triangles, request.repair)
-        notes.append(repaired.words(request.repair))
+    if request.repair_below_mm is not None and len(triangles):
+        repaired = repair.collapse_short_edges(points, triangles, request.repair_below_mm)
+        notes.append(repaired.words(request.repair_below_mm))
         triangles, source = repaired.node[triangles][repaired.kept], source[repaired.kept]
         lines = repaired.node[lines]
         ends = lines[:, 0] != lines[:, 1]
@@ -159,7 +159,7 @@ def cut(points: np.ndarray, shells: np.ndarray) -> tuple[np.ndarray, np.ndarray]
 
 def merge(points, triangles, lines, raw: RawMesh, request, notes: list[str]):
     """Triangles and lines with nodes of one place made one, where asked or where the format shares none."""
-    tolerance = request.merge_tolerance
+    tolerance = request.merge_tolerance_mm
     if tolerance is None and not raw.shares_nodes and len(points):
         tolerance = STL_TOLERANCE * float(np.ptp(points, axis=0).max())
     if tolerance is None or not len(points):
@@ -182,14 +182,14 @@ def runner_mask(triangles: np.ndarray, lines: np.ndarray, wanted: bool) -> np.nd
 
 def drop_unused_nodes(mesh: JobMesh, raw: RawMesh, findings: Findings, place: str) -> None:
     """Renumber without the nodes that nothing uses; those that no element of the file has are worth a warning."""
-    used = np.zeros(len(mesh.points), bool)
+    used = np.zeros(len(mesh.points_mm), bool)
     used[mesh.triangles.ravel()] = True
     used[mesh.runners.ravel()] = True
     new = np.cumsum(used) - 1
     loose = raw.loose()
     if loose.any():
         findings.warn(place, f"{count_of(raw.node_numbers[loose], 'loose node')} left out: no element has them")
-    mesh.points, mesh.node_numbers = mesh.points[used], mesh.node_numbers[used]
+    mesh.points_mm, mesh.node_numbers = mesh.points_mm[used], mesh.node_numbers[used]
     mesh.triangles, mesh.runners = new[mesh.triangles], new[mesh.runners]
 
 
@@ -210,10 +210,10 @@ def find_nodes(mesh: JobMesh, wanted: list, what: str, place: str, findings: Fin
             if what == "boundary node" and index not in on_part:
                 findings.fault(place, f"boundary node {entry} belongs to no triangle")
         else:
-            candidates = on_part if what == "boundary node" else np.arange(len(mesh.points))
-            distance = np.linalg.norm(mesh.points[candidates] - entry, axis=1)
+            candidates = on_part if what == "boundary node" else np.arange(len(mesh.points_mm))
+            distance = np.linalg.norm(mesh.points_mm[candidates] - entry, axis=1)
             index = int(candidates[distance.argmin()])
-            if distance.min() > 0.25 * mesh.extent:
+            if distance.min() > 0.25 * mesh.extent_mm:
                 findings.fault(place, f"the point {list(entry)} mm lies {distance.min():.4g} mm from the nearest node")
         found.append(index)
     return found

@@ -23,32 +23,32 @@ class MeshRequest:
     path: Path = Path()
     place: str = ""
     to_mm: float | None = None  # of the file's length unit; None: as the file says, else 1
-    merge_tolerance: float | None = None  # mm; None: only for formats without shared nodes
-    thickness: FieldRequest | None = None  # mm
-    thickness_by_group: dict[str, float] = field(default_factory=dict)  # mm
+    merge_tolerance_mm: float | None = None  # None: only for formats without shared nodes
+    thickness_mm: FieldRequest | None = None
+    thickness_by_group_mm: dict[str, float] = field(default_factory=dict)
     runners: bool = True
-    runner_diameter: float | None = None  # mm
+    runner_diameter_mm: float | None = None
     gate_nodes: list = field(default_factory=list)  # numbers, or points in mm
     orient: bool = False
-    repair: float | None = None  # mm; edges below it collapse
+    repair_below_mm: float | None = None  # edges below it collapse
     leave_out: bool = False  # elements that can be no wall are left out, not a fault
 
 
 @dataclass
 class Conditions:
-    """Degrees Celsius; the fields that KELD only echoes keep their usual values where none is given."""
+    """The fields that KELD only echoes keep their usual values where none is given."""
 
-    melt: float = math.nan
-    second_melt: float | None = None
-    mould: float = math.nan
-    ambient: float = 23.0
-    fill_time: float = 1.0  # s
-    packing_time: float = 5.0  # s
-    packing_pressure: float = 40.0  # MPa
-    cooling_time: float = 15.0  # s
-    opening_time: float = 5.0  # s
-    pressure: float = 80.0  # MPa
-    flow_rate: float = 30.0  # cm3/s
+    melt_temperature_c: float = math.nan
+    second_melt_temperature_c: float | None = None
+    mould_temperature_c: float = math.nan
+    ambient_temperature_c: float = 23.0
+    fill_time_s: float = 1.0
+    packing_time_s: float = 5.0
+    packing_pressure_mpa: float = 40.0
+    cooling_time_s: float = 15.0
+    mould_opening_time_s: float = 5.0
+    injection_pressure_mpa: float = 80.0
+    flow_rate_cm3_s: float = 30.0
 
 
 @dataclass
@@ -140,20 +140,20 @@ def read_mesh(section: Section, part: Part, folder: Path) -> None:
     if unit is not None and unit not in units.LENGTH_TO_MM:
         section.fault("length_unit", f"{unit!r} is not known; one of {', '.join(units.LENGTH_TO_MM)}")
     mesh.to_mm = None if unit is None else units.LENGTH_TO_MM.get(unit, 1.0)
-    mesh.merge_tolerance = section.quantity("merge_tolerance", "length", least=0.0)
-    mesh.thickness = section.field("thickness", "length", 1)
-    if mesh.thickness and isinstance(mesh.thickness.value, float) and mesh.thickness.value <= 0.0:
-        section.findings.fault(mesh.thickness.place, "a thickness must be above 0")
+    mesh.merge_tolerance_mm = section.quantity("merge_tolerance", "length", least=0.0)
+    mesh.thickness_mm = section.field("thickness", "length", 1)
+    if mesh.thickness_mm and isinstance(mesh.thickness_mm.value, float) and mesh.thickness_mm.value <= 0.0:
+        section.findings.fault(mesh.thickness_mm.place, "a thickness must be above 0")
     key, group_unit = section.find("thickness_by_group", "length") or ("", "mm")
     groups = section.table[key] if key else {}
     if not isinstance(groups, dict) or not all(is_number(v) and v > 0 for v in groups.values()):
         section.fault(key, "expected a table of group = thickness above 0")
         groups = {}
-    mesh.thickness_by_group = {str(k): units.to_inside(float(v), "length", group_unit) for k, v in groups.items()}
+    mesh.thickness_by_group_mm = {str(k): units.to_inside(float(v), "length", group_unit) for k, v in groups.items()}
     mesh.runners = section.take("runners", bool, "true or false", True)
-    mesh.runner_diameter = section.quantity("runner_diameter", "length", above=0.0)
+    mesh.runner_diameter_mm = section.quantity("runner_diameter", "length", above=0.0)
     mesh.orient = section.take("orient_triangles", bool, "true or false", False)
-    mesh.repair = section.quantity("repair_edges_below", "length", above=0.0)
+    mesh.repair_below_mm = section.quantity("repair_edges_below", "length", above=0.0)
     mesh.leave_out = section.take("leave_out", bool, "true or false", False)
     mesh.gate_nodes = section.nodes("gate")
     section.finish()
@@ -207,20 +207,20 @@ def read_polymer(section: Section, base: dict) -> Polymer:
     keep = ("modulus_MPa", "poisson", "shear_modulus_MPa", "expansion_per_K", "density_g_cm3")
     section.table = {k: v for k, v in merged.items() if k in keep} | own
     polymer = Polymer(title=section.take("title", str, "a text", base.get("title", "user's own polymer")))
-    polymer.modulus = section.quantity("modulus", "stress", [], True, (1, 2), above=0.0)
+    polymer.modulus_dyn_cm2 = section.quantity("modulus", "stress", [], True, (1, 2), above=0.0)
     polymer.poisson = section.quantity("poisson", "number", [], True, (1, 2), above=-1.0, most=0.4999)
-    polymer.shear_modulus = section.quantity("shear_modulus", "stress", above=0.0)
-    polymer.shrinkage = section.quantity("shrinkage", "percent", [], False, (1, 2), above=0.0, most=10.0)
-    if polymer.shrinkage and has("expansion", "expansion"):
+    polymer.shear_modulus_dyn_cm2 = section.quantity("shear_modulus", "stress", above=0.0)
+    polymer.shrinkage_percent = section.quantity("shrinkage", "percent", [], False, (1, 2), above=0.0, most=10.0)
+    if polymer.shrinkage_percent and has("expansion", "expansion"):
         section.fault("shrinkage_percent", "both an expansion and the shrinkage that sets it are given")
-    polymer.expansion = section.quantity("expansion", "expansion", [], not polymer.shrinkage, (1, 2))
+    polymer.expansion_per_k = section.quantity("expansion", "expansion", [], not polymer.shrinkage_percent, (1, 2))
     polymer.orientation = base.get("orientation", 1.0)
-    polymer.published = base.get("published", [])
+    polymer.published_percent = base.get("published", [])
     tait = section.quantity("specific_volume", "number", [], False, (3, 10, 13))
     density = section.quantity("density", "density", None, not tait, above=0.0)
     if tait and density:
         section.fault("specific_volume", "both a density and specific volume coefficients are given")
-    polymer.specific_volume = tait or ([density] if density else [])
+    polymer.specific_volume_cgs = tait or ([density] if density else [])
     section.finish()
     return polymer
 
@@ -250,10 +250,10 @@ def read_filler(section: Section, part: Part, base: dict, given: bool) -> None:
         section.fault("volume_percent", "both weight_percent and volume_percent are given")
     filler.by_weight = weight is not None
     filler.percent = weight if weight is not None else volume or 0.0
-    filler.modulus = section.quantity("modulus", "stress", filler.modulus, above=0.0)
+    filler.modulus_dyn_cm2 = section.quantity("modulus", "stress", filler.modulus_dyn_cm2, above=0.0)
     filler.poisson = section.quantity("poisson", "number", filler.poisson, least=0.0, most=0.4999)
-    filler.expansion = section.quantity("expansion", "expansion", filler.expansion, least=0.0)
-    filler.density = section.quantity("density", "density", filler.density, above=0.0)
+    filler.expansion_per_k = section.quantity("expansion", "expansion", filler.expansion_per_k, least=0.0)
+    filler.density_g_cm3 = section.quantity("density", "density", filler.density_g_cm3, above=0.0)
     section.finish()
     part.filler = filler
 
@@ -268,20 +268,22 @@ def read_conditions(section: Section, part: Part, base: dict) -> None:
         value = section.quantity(name, "temperature", default, required, least=-273.0)
         return math.nan if value is None else value
 
-    c.melt = temperature("melt_temperature", base.get("melt_temperature_C"))
-    c.mould = temperature("mould_temperature", base.get("mould_temperature_C"))
-    c.ambient = temperature("ambient_temperature", c.ambient)
-    c.second_melt = section.quantity("second_melt_temperature", "temperature", None, part.second is not None)
-    if c.second_melt is not None and part.second is None:
+    c.melt_temperature_c = temperature("melt_temperature", base.get("melt_temperature_C"))
+    c.mould_temperature_c = temperature("mould_temperature", base.get("mould_temperature_C"))
+    c.ambient_temperature_c = temperature("ambient_temperature", c.ambient_temperature_c)
+    c.second_melt_temperature_c = section.quantity(
+        "second_melt_temperature", "temperature", None, part.second is not None
+    )
+    if c.second_melt_temperature_c is not None and part.second is None:
         section.fault("second_melt_temperature", "needs a [second_polymer]")
     for field_name, name, kind in (
-        ("fill_time", "fill_time", "time"),
-        ("packing_time", "packing_time", "time"),
-        ("cooling_time", "cooling_time", "time"),
-        ("opening_time", "mould_opening_time", "time"),
-        ("pressure", "injection_pressure", "pressure"),
-        ("packing_pressure", "packing_pressure", "pressure"),
-        ("flow_rate", "flow_rate", "flow"),
+        ("fill_time_s", "fill_time", "time"),
+        ("packing_time_s", "packing_time", "time"),
+        ("cooling_time_s", "cooling_time", "time"),
+        ("mould_opening_time_s", "mould_opening_time", "time"),
+        ("injection_pressure_mpa", "injection_pressure", "pressure"),
+        ("packing_pressure_mpa", "packing_pressure", "pressure"),
+        ("flow_rate_cm3_s", "flow_rate", "flow"),
     ):
         setattr(c, field_name, section.quantity(name, kind, getattr(c, field_name), least=0.0))
     for name in ("ejection_temperature", "ejection_temperature_lower", "ejection_temperature_upper"):

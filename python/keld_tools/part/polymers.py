@@ -18,18 +18,18 @@ class Polymer:
     """Elastic data of one kind; lists of two hold the value along the orientation and the one across it."""
 
     title: str = ""
-    modulus: list[float] = field(default_factory=list)  # dyn/cm2, one or two
+    modulus_dyn_cm2: list[float] = field(default_factory=list)  # one or two
     poisson: list[float] = field(default_factory=list)  # one or two
-    shear_modulus: float | None = None  # dyn/cm2; None: from modulus and poisson
-    expansion: list[float] = field(default_factory=list)  # 1/K, one or two
-    shrinkage: list[float] = field(default_factory=list)  # percent, one or two; sets the expansion where given
-    published: list[tuple[float, float]] = field(default_factory=list)  # percent, least and most along and across
+    shear_modulus_dyn_cm2: float | None = None  # None: from modulus and poisson
+    expansion_per_k: list[float] = field(default_factory=list)  # one or two
+    shrinkage_percent: list[float] = field(default_factory=list)  # one or two; sets the expansion where given
+    published_percent: list[tuple[float, float]] = field(default_factory=list)  # least and most along and across
     orientation: float = 1.0  # share of the fibres along their direction where a part file gives none
-    specific_volume: list[float] = field(default_factory=list)  # density alone, 3 or 10 or 13 coefficients, cm g s
+    specific_volume_cgs: list[float] = field(default_factory=list)  # density alone, or 3, 10 or 13 coefficients
 
     @property
     def anisotropic(self) -> bool:
-        return any(len(v) == 2 and v[0] != v[1] for v in (self.modulus, self.poisson, self.expansion))
+        return any(len(v) == 2 and v[0] != v[1] for v in (self.modulus_dyn_cm2, self.poisson, self.expansion_per_k))
 
     @staticmethod
     def pair_as_given(values: list[float]) -> tuple[float, float]:
@@ -48,10 +48,10 @@ class Filler:
 
     percent: float = 0.0
     by_weight: bool = True
-    modulus: float = 7e11  # dyn/cm2
+    modulus_dyn_cm2: float = 7e11
     poisson: float = 0.23
-    expansion: float = 3.5e-6  # 1/K
-    density: float = 2.5  # g/cm3
+    expansion_per_k: float = 3.5e-6
+    density_g_cm3: float = 2.5
 
 
 @cache

@@ -29,7 +29,9 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument("-o", "--output", metavar="BASE", help="base name of the job's files")
     parser.add_argument("--thickness", type=float, metavar="MM", help="wall thickness for elements without their own")
     parser.add_argument("--polymer", metavar="NAME", help="polymer of the library for a first try (default PP)")
-    parser.add_argument("--unit", metavar="UNIT", help="length unit of the mesh for a first try (default: the file's, or mm)")
+    parser.add_argument(
+        "--unit", metavar="UNIT", help="length unit of the mesh for a first try (default: the file's, or mm)"
+    )
     parser.add_argument(
         "--repair", type=float, metavar="MM", help="collapse edges shorter than this, drop what is empty"
     )
@@ -120,11 +122,13 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
     if options.thickness is not None:
         if not 0 < options.thickness < float("inf"):
             findings.fault("command line", f"--thickness {options.thickness:g} isn't above 0")
-        part.mesh.thickness = part_file.FieldRequest(options.thickness, kind="length", unit="mm", place="--thickness")
+        part.mesh.thickness_mm = part_file.FieldRequest(
+            options.thickness, kind="length", unit="mm", place="--thickness"
+        )
     if options.repair is not None:
         if not 0 < options.repair < float("inf"):
             findings.fault("command line", f"--repair {options.repair:g} isn't above 0")
-        part.mesh.repair = options.repair
+        part.mesh.repair_below_mm = options.repair
     part.mesh.leave_out |= options.leave_out
     if options.output:
         part.base = Path(options.output)

@@ -78,7 +78,7 @@ def data_of(job: FinishedJob, fit: Fit, main: Shown, answers: list[Answer]) -> d
         "triangles": packed(job.part.triangles, "<u4"),
         "edges": packed(job.edges, "<u4"),
         "vectors": {name: packed(vector) for name, (vector, _) in vectors.items()},
-        "scalars": {"sink": packed(job.results.sink), "length": packed(job.results.length)},
+        "scalars": {"sink": packed(job.results.sink_mm), "length": packed(job.results.length_mm)},
         "fields": fields_of(vectors),
         "told": [["raw", "displacement in the results"], ["length", "its length"], ["sink", "sink mark"]],
         "colours": packed(turbo, "u1"),
@@ -92,9 +92,9 @@ def data_of(job: FinishedJob, fit: Fit, main: Shown, answers: list[Answer]) -> d
 
 def vectors_of(job: FinishedJob, fit: Fit, main: Shown) -> dict[str, tuple[np.ndarray, str]]:
     """Name -> (N, 3) mm and words. Thermal and in-mold shapes are laid over the nominal one for themselves."""
-    vectors = {"main": (main.displacement_mm, main.words), "raw": (job.results.total, "displacement in the results")}
+    vectors = {"main": (main.displacement_mm, main.words), "raw": (job.results.total_mm, "displacement in the results")}
     for name in ("thermal", "in-mold"):
-        if name == "thermal" or job.results.in_mold is not None:
+        if name == "thermal" or job.results.in_mold_mm is not None:
             part = shown(job, name, fit)
             vectors[name] = (part.displacement_mm, part.words)
     return vectors

@@ -41,12 +41,12 @@ MARK = {"Software": MADE_BY_VIEW}
 
 @dataclass
 class Scene:
-    """What to draw; mm."""
+    """What to draw."""
 
-    points: np.ndarray  # (N, 3) undistorted
+    points_mm: np.ndarray  # (N, 3) undistorted
     triangles: np.ndarray  # (T, 3)
-    displacement: np.ndarray  # (N, 3) that distorts the part
-    values: np.ndarray  # (N,) that colour it
+    displacement_mm: np.ndarray  # (N, 3) that distorts the part
+    values_mm: np.ndarray  # (N,) that colour it
     label: str  # of the colours, with unit
     title: str
     notes: list[str]
@@ -55,7 +55,9 @@ class Scene:
     boundary: list[int] = field(default_factory=list)  # node indices
     gates: list[int] = field(default_factory=list)
     edges: np.ndarray | None = None  # (F, 2) feature edges, where the caller has them already
-    value_range: tuple[float, float] | None = None  # of the colours, for pictures to compare; None: that of the values
+    value_range_mm: tuple[
+        float, float
+    ] | None = None  # of the colours, for pictures to compare; None: that of the values
     reach: float | None = None  # exaggeration that the picture's frame leaves room for; None: its own
 
 
@@ -149,13 +151,13 @@ def tile(path: Path, figures: list, columns: int, mark: dict[str, str]) -> None:
 def compose(scene: Scene, dots_per_inch: int = DOTS_PER_INCH):
     """The whole figure, for a caller to save and close."""
     axes3 = frame(scene.view)
-    before, after = (p @ axes3.T for p in (scene.points, scene.points + scene.scale * scene.displacement))
+    before, after = (p @ axes3.T for p in (scene.points_mm, scene.points_mm + scene.scale * scene.displacement_mm))
     used = np.unique(scene.triangles)
-    reach = after if scene.reach is None else (scene.points + scene.reach * scene.displacement) @ axes3.T
+    reach = after if scene.reach is None else (scene.points_mm + scene.reach * scene.displacement_mm) @ axes3.T
     size = [round(a * inches * dots_per_inch) for a, inches in zip(AXES[2:], FIGURE_INCHES)]
     canvas = canvas_for(np.concatenate([before[used], reach[used]])[:, :2], *size)
     front = rasterise(canvas.pixels(after, FINER)[scene.triangles], size[0] * FINER, size[1] * FINER)
-    mapping = furnishing.colouring(np.array(scene.value_range) if scene.value_range else scene.values[used])
+    mapping = furnishing.colouring(np.array(scene.value_range_mm) if scene.value_range_mm else scene.values_mm[used])
 
     figure = pyplot.figure(figsize=FIGURE_INCHES, dpi=dots_per_inch)
     axes = figure.add_axes(AXES)
@@ -163,7 +165,7 @@ def compose(scene: Scene, dots_per_inch: int = DOTS_PER_INCH):
     axes.axis("off")
     draw_lines(axes, scene, canvas, front, before, after)
     draw_marks(axes, scene, canvas, front, after, used)
-    constant = float(scene.values[used[0]]) if mapping.cmap.N == 1 else None
+    constant = float(scene.values_mm[used[0]]) if mapping.cmap.N == 1 else None
     furnishing.furnish(
         figure,
         axes,
@@ -180,7 +182,7 @@ def compose(scene: Scene, dots_per_inch: int = DOTS_PER_INCH):
 
 def painted(front: Raster, scene: Scene, mapping) -> np.ndarray:
     """(H, W, 4) of the picture's own pixels, each the mean of the finer ones."""
-    values = front.interpolated(scene.values[scene.triangles])
+    values = front.interpolated(scene.values_mm[scene.triangles])
     colours = mapping.to_rgba(np.nan_to_num(values), bytes=True)
     colours[front.triangle == EMPTY] = (255, 255, 255, 0)
     total = np.zeros((*(side // FINER for side in front.triangle.shape), 4), np.uint16)
@@ -192,7 +194,7 @@ def painted(front: Raster, scene: Scene, mapping) -> np.ndarray:
 
 def draw_lines(axes, scene: Scene, canvas: Canvas, front: Raster, before: np.ndarray, after: np.ndarray) -> None:
     """Edges of the part where nothing hides them; the undistorted outline only where it lies beside the part."""
-    edges = feature_lines.feature_edges(scene.points, scene.triangles) if scene.edges is None else scene.edges
+    edges = feature_lines.feature_edges(scene.points_mm, scene.triangles) if scene.edges is None else scene.edges
     finely = canvas.pixels(after, FINER)
     lines = feature_lines.cut_up(finely, edges, 3.0 * FINER)
     lines = lines[front.shows(lines.mean(axis=1), behind=0.5 * FINER)]
@@ -220,6 +222,6 @@ def draw_marks(axes, scene: Scene, canvas: Canvas, front: Raster, after: np.ndar
         seen = front.shows(canvas.pixels(after[[node for node, _, _ in marks]], FINER), behind=FINER)
         for (node, text, marker), shown in zip(marks, seen):
             furnishing.mark(axes, after[node, :2], text, marker, bool(shown))
-    if np.ptp(scene.values[used]) > 0:
-        node = used[np.abs(scene.values[used]).argmax()]
-        furnishing.mark_greatest(axes, after[node, :2], f"{scene.values[node]:.4g} mm")
+    if np.ptp(scene.values_mm[used]) > 0:
+        node = used[np.abs(scene.values_mm[used]).argmax()]
+        furnishing.mark_greatest(axes, after[node, :2], f"{scene.values_mm[node]:.4g} mm")

@@ -61,9 +61,9 @@ def shown(job: FinishedJob, name: str, fit: Fit) -> Shown:
     which, component, words = FIELDS[name]
     results = job.results
     vector = {
-        "total": results.total,
-        "in-mold": results.in_mold,
-        "thermal": results.thermal,
+        "total": results.total_mm,
+        "in-mold": results.in_mold_mm,
+        "thermal": results.thermal_mm,
         "remaining": job.remaining_mm,
     }[which]
     if vector is None:
@@ -71,12 +71,12 @@ def shown(job: FinishedJob, name: str, fit: Fit) -> Shown:
             f"--field {name}",
             "this run has no frozen-in stress" if which == "in-mold" else "this job isn't a corrected cavity",
         )
-    points = job.nominal_mm if which == "remaining" else job.part.points
+    points = job.nominal_mm if which == "remaining" else job.part.points_mm
     moved, motion = laid_over(points, points + vector, job.nodes, fit, job.boundary)
     shift = moved - points
     shift[np.setdiff1d(np.arange(len(points)), job.nodes)] = 0.0  # nodes of runners alone
     if name == "sink":
-        values = results.sink
+        values = results.sink_mm
     else:
         values = np.linalg.norm(shift, axis=1) if component is None else shift[:, component]
         words = f"{words}, {fit.words}"

@@ -34,9 +34,9 @@ def nominal_points(base: Path, part: PartGeometry) -> np.ndarray | None:
     if not path.is_file():
         return None
     nominal = read_geometry(path)
-    if len(nominal.points) != len(part.points) or not np.array_equal(nominal.triangles, part.triangles):
+    if len(nominal.points_mm) != len(part.points_mm) or not np.array_equal(nominal.triangles, part.triangles):
         raise BadFile(path, f"isn't the nominal shape of {part.path}: its mesh is another one")
-    return nominal.points
+    return nominal.points_mm
 
 
 def next_base(base: Path) -> Path:
@@ -49,7 +49,7 @@ def chosen_boundary(part: PartGeometry) -> list[int]:
     """Node numbers that keld chooses by itself: nearest to the centre, farthest from it, largest triangle with both."""
     corners = part.triangles.ravel()
     nodes = corners[np.sort(np.unique(corners, return_index=True)[1])]
-    p = part.points[nodes]
+    p = part.points_mm[nodes]
     first = np.linalg.norm(p - p.mean(axis=0), axis=1).argmin()
     second = np.linalg.norm(p - p[first], axis=1).argmax()
     area = np.linalg.norm(np.cross(p - p[first], p[second] - p[first]), axis=1)
@@ -70,7 +70,7 @@ def held_nodes(base: Path, part: PartGeometry) -> list[int]:
         text = Path(f"{base}.CPU").read_text(encoding="utf-8", errors="replace").partition("[Keld_ComputeData]")[2]
         values = re.findall(r"=[^=\n]*=[^=\n]*=\s*([-+.\deE]+)", text)
         nodes = [int(float(v)) for v in values[4:7]]
-    return nodes if len(nodes) == 3 and all(1 <= n <= len(part.points) for n in nodes) else chosen_boundary(part)
+    return nodes if len(nodes) == 3 and all(1 <= n <= len(part.points_mm) for n in nodes) else chosen_boundary(part)
 
 
 def paths_at_risk(base: Path, target: Path) -> list[Path]:
@@ -91,14 +91,14 @@ def write_cavity(
 
     deviation: (N, 3) mm, what the moulded part of the job `base` differs by from the nominal shape.
     """
-    cavity = part.points - factor * deviation
+    cavity = part.points_mm - factor * deviation
     heading = [working_files.MADE_BY, f"cavity corrected by {factor:g} of the deviation of {base.name}"]
 
     contents = {
         ".PG1": moved(part.path, cavity, heading),
         ".nominal.PG1": moved(
             part.path,
-            part.points if nominal is None else nominal,
+            part.points_mm if nominal is None else nominal,
             [working_files.MADE_BY, f"nominal shape of {target.name}"],
         ),
         ".BC1": working_files.boundary(held_nodes(base, part)).encode(),

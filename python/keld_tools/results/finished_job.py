@@ -39,7 +39,7 @@ class FinishedJob:
 
     @property
     def moulded_mm(self) -> np.ndarray:
-        return self.part.points + self.results.total
+        return self.part.points_mm + self.results.total_mm
 
     @property
     def remaining_mm(self) -> np.ndarray | None:
@@ -48,7 +48,7 @@ class FinishedJob:
 
     def shapes(self, aligned_mm: np.ndarray) -> Shapes:
         return Shapes(
-            self.nominal_mm, self.part.points, self.moulded_mm, aligned_mm, self.part.triangles, self.origin.groups
+            self.nominal_mm, self.part.points_mm, self.moulded_mm, aligned_mm, self.part.triangles, self.origin.groups
         )
 
     def nodes_at(self, places: list[Place] | None) -> list[int] | None:
@@ -77,7 +77,7 @@ def read_job(base: Path, findings: Findings, progress) -> FinishedJob:
     progress("reading the results")
     if not results_path.is_file():
         raise BadFile(results_path, f"isn't there; run keld {quote(str(base))} 1@ INSTALL/ 2@ first")
-    results = read_results(results_path, len(part.points))
+    results = read_results(results_path, len(part.points_mm))
     if results_path.stat().st_mtime < geometry.stat().st_mtime:
         findings.warn(str(results_path), "is older than the mesh: is it the result of this job?")
     read_prior(base, part, findings)
@@ -86,7 +86,7 @@ def read_job(base: Path, findings: Findings, progress) -> FinishedJob:
         base,
         part,
         results,
-        part.points if nominal is None else nominal,
+        part.points_mm if nominal is None else nominal,
         nominal is not None,
         read_origin(base, len(part.triangles)),
         np.unique(part.triangles),

@@ -14,16 +14,16 @@ from ..base.units import CM_PER_MM, DYN_CM2_PER_MPA
 
 @dataclass
 class PartGeometry:
-    """mm; indices from 0; triangles and runners in the file's order."""
+    """Indices from 0; triangles and runners in the file's order."""
 
     path: Path
-    points: np.ndarray  # (N, 3) by node number
+    points_mm: np.ndarray  # (N, 3) by node number
     triangles: np.ndarray  # (T, 3)
     triangle_numbers: np.ndarray  # (T,) element numbers of the file
-    thickness: np.ndarray  # (T,)
+    thickness_mm: np.ndarray  # (T,)
     runners: np.ndarray  # (R, 2)
     runner_numbers: np.ndarray  # (R,)
-    diameter: np.ndarray  # (R,)
+    diameter_mm: np.ndarray  # (R,)
     gates: np.ndarray  # node indices
     element_nodes: np.ndarray  # (E, 3) by element number, 0-based; third -1 for a runner
     cell_data: dict[str, np.ndarray] = field(default_factory=dict)  # name with unit -> (T,) or (T, 3)

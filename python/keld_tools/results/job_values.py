@@ -25,10 +25,10 @@ def tables(job: FinishedJob) -> list[tuple[str, Pairs]]:
 
 
 def part_of(job: FinishedJob) -> Pairs:
-    size = np.ptp(job.part.points[job.nodes], axis=0)
+    size = np.ptp(job.part.points_mm[job.nodes], axis=0)
     rows = [
         ("size", " x ".join(f"{s:.4g}" for s in size) + " mm"),
-        ("wall", f"{spread(job.part.thickness)} mm"),
+        ("wall", f"{spread(job.part.thickness_mm)} mm"),
         ("triangles, nodes", f"{len(job.part.triangles)}, {len(job.nodes)}"),
         ("held at nodes", ", ".join(str(node + 1) for node in job.boundary)),
     ]

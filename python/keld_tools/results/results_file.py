@@ -14,13 +14,13 @@ from .geometry_file import numbers_of, text_of
 
 @dataclass
 class Results:
-    """mm, row i belongs to geometry node i + 1."""
+    """Row i belongs to geometry node i + 1."""
 
-    total: np.ndarray  # (N, 3)
-    length: np.ndarray  # (N,) of the total displacement
-    sink: np.ndarray  # (N,)
-    thermal: np.ndarray  # (N, 3)
-    in_mold: np.ndarray | None  # (N, 3); None in a run without usable stress
+    total_mm: np.ndarray  # (N, 3)
+    length_mm: np.ndarray  # (N,) of the total displacement
+    sink_mm: np.ndarray  # (N,)
+    thermal_mm: np.ndarray  # (N, 3)
+    in_mold_mm: np.ndarray | None  # (N, 3); None in a run without usable stress
 
 
 def section(path: Path, text: str, tag: str, width: int) -> np.ndarray | None:

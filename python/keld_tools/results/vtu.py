@@ -18,13 +18,13 @@ from .results_file import Results
 def point_data(results: Results, remaining: np.ndarray | None) -> dict[str, np.ndarray]:
     """mm per node, names with their unit; in-mold only when the run had stress, remaining for a corrected cavity."""
     data = {
-        "displacement_total_mm": results.total,
-        "displacement_thermal_mm": results.thermal,
-        "displacement_length_mm": results.length,
-        "sink_mark_mm": results.sink,
+        "displacement_total_mm": results.total_mm,
+        "displacement_thermal_mm": results.thermal_mm,
+        "displacement_length_mm": results.length_mm,
+        "sink_mark_mm": results.sink_mm,
     }
-    if results.in_mold is not None:
-        data["displacement_in_mold_mm"] = results.in_mold
+    if results.in_mold_mm is not None:
+        data["displacement_in_mold_mm"] = results.in_mold_mm
     if remaining is not None:
         data["remaining_deviation_mm"] = remaining
     return {name: np.ascontiguousarray(values) for name, values in data.items()}
@@ -34,10 +34,13 @@ def write_vtu(path: Path, part: PartGeometry, points: dict[str, np.ndarray], asc
     """Triangles, then runners; a runner has its diameter, and nan where a quantity belongs to walls alone."""
     runners = len(part.runners)
     cells = [("triangle", part.triangles)] + ([("line", part.runners)] if runners else [])
-    own = {"thickness_mm": (part.thickness, part.diameter), "element": (part.triangle_numbers, part.runner_numbers)}
+    own = {
+        "thickness_mm": (part.thickness_mm, part.diameter_mm),
+        "element": (part.triangle_numbers, part.runner_numbers),
+    }
     own |= {name: (values, np.full((runners, *values.shape[1:]), np.nan)) for name, values in part.cell_data.items()}
     cell_data = {name: [np.ascontiguousarray(block) for block in blocks[: len(cells)]] for name, blocks in own.items()}
-    mesh = meshio.Mesh(part.points, cells, point_data=points, cell_data=cell_data)
+    mesh = meshio.Mesh(part.points_mm, cells, point_data=points, cell_data=cell_data)
 
     def write(target: Path) -> None:
         with contextlib.redirect_stdout(io.StringIO()), contextlib.redirect_stderr(io.StringIO()):

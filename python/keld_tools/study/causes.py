@@ -56,12 +56,12 @@ def find_causes(job: FinishedJob, drawing: Drawing, fit: Fit, keld: Program, pro
     progress(f"running the job without each of {len(pending)} causes")
     with workers.pool_of(None, max(1, min(len(pending), len(os.sched_getaffinity(0))))) as pool:
         solved = list(pool.map(solve.caller(keld.path, keld.install, 1), pending.values()))
-    rows, *whole = table_of(job, job.results.total, drawing, fit)
+    rows, *whole = table_of(job, job.results.total_mm, drawing, fit)
     without = {}
     for name, result in zip(pending, solved):
         if result["results"] is None:
             raise BadFile(f"{job.base} without {name}", result["message"])
-        _, *without[name] = table_of(job, displacement(result["results"], len(job.part.points)), drawing, fit)
+        _, *without[name] = table_of(job, displacement(result["results"], len(job.part.points_mm)), drawing, fit)
     for cause in (c for c in causes if not c.absent):
         values, shape = whole
         if cause.name == UNEVEN and SPRING_IN in without:
@@ -95,16 +95,18 @@ def displacement(content: bytes, nodes: int) -> np.ndarray:
     with tempfile.TemporaryDirectory(prefix="keld-cause-") as folder:
         path = Path(folder, "job.WR1")
         path.write_bytes(content)
-        return read_results(path, nodes).total
+        return read_results(path, nodes).total_mm
 
 
 def table_of(job: FinishedJob, total: np.ndarray, drawing: Drawing, fit: Fit):
     """Names and values of the rows for a displacement, and the aligned shape."""
-    moulded = job.part.points + total
+    moulded = job.part.points_mm + total
     aligned, _ = shown_fields.laid_over(job.nominal_mm, moulded, job.nodes, fit, job.boundary)
     shape, _ = shown_fields.laid_over(job.nominal_mm, moulded, job.nodes, Fit(remove_shrinkage=True), job.boundary)
     largest = [float(np.linalg.norm((s - job.nominal_mm)[job.nodes], axis=1).max()) for s in (aligned, shape)]
-    shapes = measures.Shapes(job.nominal_mm, job.part.points, moulded, aligned, job.part.triangles, job.origin.groups)
+    shapes = measures.Shapes(
+        job.nominal_mm, job.part.points_mm, moulded, aligned, job.part.triangles, job.origin.groups
+    )
     findings = Findings()
     answers = measures.answers_of(drawing.measures, shapes, findings)
     if findings.faults:
@@ -169,6 +171,6 @@ def draw(path: Path, job: FinishedJob, found: Causes, view: tuple[float, float],
         scene = picture.Scene(
             job.nominal_mm, job.part.triangles, part, length, "mm", f"due to {cause.name}", notes, scale, view
         )
-        scene.edges, scene.value_range = job.edges, (0.0, top)
+        scene.edges, scene.value_range_mm = job.edges, (0.0, top)
         figures.append(picture.compose(scene, 75))
     atomic.write_file(path, lambda place: picture.tile(place, figures, 2, mark))

@@ -142,7 +142,7 @@ def wall_model(job: Job) -> int:
 def orientation_file(job: Job, stress, fraction: np.ndarray, orientation: np.ndarray) -> bytes:
     """.RS1 with the job's own directions, else the global x axis laid into each wall."""
     part = job.part
-    normals = surface.unit_normals(part.points, part.triangles)
+    normals = surface.unit_normals(part.points_mm, part.triangles)
     wanted = part.cell_data.get("fibre_direction", np.tile([1.0, 0.0, 0.0], (len(normals), 1)))
     flat = wanted - np.einsum("ij,ij->i", wanted, normals)[:, None] * normals
     steep = np.linalg.norm(flat, axis=1) < 1e-3

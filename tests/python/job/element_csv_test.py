@@ -28,7 +28,7 @@ def values(tmp_path):
 
 def at_centres(job):
     """Each triangle's number at its centre, in cm and from back to front."""
-    centres = job.points[job.triangles].mean(axis=1) / 10.0
+    centres = job.points_mm[job.triangles].mean(axis=1) / 10.0
     return "stress1_MPa,x_cm,y_cm,z_cm\n" + "".join(
         f"{i},{x:.17g},{y:.17g},{z:.17g}\n" for i, (x, y, z) in reversed(list(enumerate(centres)))
     )

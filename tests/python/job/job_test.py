@@ -64,8 +64,8 @@ wall_model = "wedge"
     read_prior(tmp_path / "j", part, findings)
     data = part.cell_data
     assert status == 0 and findings.warnings == []
-    np.testing.assert_allclose(part.points, 10.0 * np.array(TILTED))
-    np.testing.assert_allclose(part.thickness, 2.54)
+    np.testing.assert_allclose(part.points_mm, 10.0 * np.array(TILTED))
+    np.testing.assert_allclose(part.thickness_mm, 2.54)
     assert part.gates.tolist() == [2]
     assert (data["stress1_MPa"].tolist(), data["stress2_MPa"].tolist()) == ([4.0, 5.0], [8.0, -7.0])
     assert data["orientation"].tolist() == [0.9, 0.6] and data["kind_fraction"].tolist() == [1.0, 1.0]
@@ -76,7 +76,7 @@ wall_model = "wedge"
     np.testing.assert_allclose(data["temperature_upper_C"], 110.0)
     axes = np.loadtxt(tmp_path / "j.RS1", skiprows=2)[:, 6:].reshape(-1, 3, 3)
     np.testing.assert_allclose(axes @ axes.transpose(0, 2, 1), np.broadcast_to(np.eye(3), (2, 3, 3)), atol=1e-8)
-    np.testing.assert_allclose(axes[:, 2], surface.unit_normals(part.points, part.triangles), atol=1e-8)
+    np.testing.assert_allclose(axes[:, 2], surface.unit_normals(part.points_mm, part.triangles), atol=1e-8)
     prc, cpu = values_of(tmp_path / "j.PRC"), values_of(tmp_path / "j.CPU")
     assert [prc[n] for n in (20002, 20011, 20012, 20013, 20014, 21001)] == [300, 1, 2, 20, 0, 23]
     assert (cpu[22002], cpu[30500], cpu[31001], cpu[31002], len(prc), len(cpu)) == (1, 77, 1, 2, 16, 12)

@@ -140,15 +140,15 @@ def test_every_format_gives_the_same_plate(tmp_path, name, write):
 
     mesh, findings = read(tmp_path / name)
 
-    cross = surface.crosses(mesh.points, mesh.triangles)
-    assert len(mesh.triangles) == 24 and len(mesh.points) == 20
+    cross = surface.crosses(mesh.points_mm, mesh.triangles)
+    assert len(mesh.triangles) == 24 and len(mesh.points_mm) == 20
     assert cross[:, 2].sum() / 2 == pytest.approx(1200.0) and (cross[:, 2] > 0).all()
     assert findings.warnings == findings.faults == []
     if name.endswith((".bdf", ".dat", ".nas", ".inp")):
         assert sorted(set(mesh.node_numbers)) == list(range(10, 201, 10))
         assert sorted(set(mesh.numbers)) == list(range(101, 113))
         expected = [1.5] * 11 + [1.5 if name.endswith(".nas") else 3.0]
-        assert mesh.card_thickness.tolist() == expected
+        assert mesh.card_thickness_mm.tolist() == expected
 
 
 @pytest.mark.parametrize(
@@ -199,7 +199,7 @@ def test_card_decks_give_runner_diameters_and_leave_solids_out(tmp_path):
     nas, findings = read(tmp_path / "a.bdf", leave_out=True)
     abq, _ = read(tmp_path / "a.inp")
 
-    assert nas.diameter.tolist() == abq.diameter.tolist() == [5.0]
+    assert nas.diameter_mm.tolist() == abq.diameter_mm.tolist() == [5.0]
     assert nas.notes == ["elements left out: 1 of kind CTETRA"] and findings.faults == []
 
 
@@ -209,10 +209,10 @@ def test_merging_and_turning(tmp_path):
         tmp_path / "a.msh", triangles=[[0, 1, 2], [3, 4, 5]], points=points
     )  # the second is turned the other way
 
-    mesh, _ = read(tmp_path / "a.msh", merge_tolerance=1e-3, orient=True)
+    mesh, _ = read(tmp_path / "a.msh", merge_tolerance_mm=1e-3, orient=True)
 
-    assert len(mesh.points) == 4
-    assert (surface.unit_normals(mesh.points, mesh.triangles)[:, 2] == [1.0, 1.0]).all()
+    assert len(mesh.points_mm) == 4
+    assert (surface.unit_normals(mesh.points_mm, mesh.triangles)[:, 2] == [1.0, 1.0]).all()
 
 
 @pytest.mark.parametrize(
@@ -292,7 +292,7 @@ def test_higher_elements_are_taken_by_their_corners_and_counted(tmp_path, suffix
 
     mesh, findings = read(path)
 
-    area = surface.crosses(mesh.points, mesh.triangles)[:, 2] / 2
+    area = surface.crosses(mesh.points_mm, mesh.triangles)[:, 2] / 2
     assert np.abs(area).tolist() == [54.0] * 3 and findings.faults == findings.warnings == []
     assert len(mesh.notes) == 2 and all(note.startswith("1 of kind ") for note in mesh.notes)
 
@@ -334,7 +334,7 @@ def test_decks_are_read_with_the_files_that_they_include(tmp_path):
         mesh, findings = read(tmp_path / name)
 
         assert len(mesh.triangles) == 24 and findings.faults == findings.warnings == []
-        assert mesh.card_thickness.tolist() == [1.5] * 11 + [3.0]
+        assert mesh.card_thickness_mm.tolist() == [1.5] * 11 + [3.0]
 
 
 def test_an_assembly_may_have_reference_points(tmp_path):
@@ -344,7 +344,7 @@ def test_an_assembly_may_have_reference_points(tmp_path):
 
     mesh, findings = read(tmp_path / "a.inp")
 
-    assert len(mesh.points) == 20 and mesh.points.max() == 40.0 and findings.faults == findings.warnings == []
+    assert len(mesh.points_mm) == 20 and mesh.points_mm.max() == 40.0 and findings.faults == findings.warnings == []
 
 
 def test_the_instance_stands_where_the_assembly_puts_it(tmp_path):
@@ -356,7 +356,7 @@ def test_the_instance_stands_where_the_assembly_puts_it(tmp_path):
     mesh, _ = read(tmp_path / "a.inp")
 
     expected = np.column_stack([1 - POINTS[:, 1], 2 + POINTS[:, 0], 3 + POINTS[:, 2]])
-    np.testing.assert_allclose(mesh.points, expected, atol=1e-12)
+    np.testing.assert_allclose(mesh.points_mm, expected, atol=1e-12)
 
 
 ASSEMBLY = """*PART, NAME=wall
@@ -410,8 +410,8 @@ def test_instances_of_an_assembly_are_one_mesh(tmp_path):
 
     mesh, findings = read(tmp_path / "a.inp")
 
-    corners = mesh.points[mesh.triangles]
-    assert findings.faults == findings.warnings == [] and len(mesh.points) == 11
+    corners = mesh.points_mm[mesh.triangles]
+    assert findings.faults == findings.warnings == [] and len(mesh.points_mm) == 11
     np.testing.assert_allclose(corners[2:4], corners[:2] + [0, 0, 20])
     np.testing.assert_allclose(corners[4], [[1, 2, 3], [6, 2, 3], [1, 2, 8]], atol=1e-12)
     assert mesh.node_numbers.tolist() == [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11] and mesh.numbers.tolist() == [
@@ -421,7 +421,7 @@ def test_instances_of_an_assembly_are_one_mesh(tmp_path):
         12,
         17,
     ]
-    np.testing.assert_array_equal(mesh.card_thickness, [2.5, np.nan, 2.5, np.nan, 1.5])
+    np.testing.assert_array_equal(mesh.card_thickness_mm, [2.5, np.nan, 2.5, np.nan, 1.5])
     groups = {name: np.flatnonzero(mask).tolist() for name, mask in mesh.groups.items()}
     assert groups["FIRST"] == [0, 2] and groups["WALL-2.FIRST"] == groups["UPPER"] == [2]
     assert groups["WALL-2"] == [2, 3] and groups["SOME"] == [2, 4]
@@ -438,7 +438,7 @@ def test_a_universal_file_tells_its_unit_unless_the_user_does(tmp_path, said, gi
 
     mesh, findings = read(tmp_path / "a.unv", **given)
 
-    assert mesh.extent == pytest.approx(extent) and mesh.to_mm == pytest.approx(extent / 40)
+    assert mesh.extent_mm == pytest.approx(extent) and mesh.to_mm == pytest.approx(extent / 40)
     assert bool(mesh.notes) == (words == "note") and bool(findings.warnings) == (words == "length_unit")
 
 
@@ -531,6 +531,6 @@ def test_no_damage_ends_in_anything_but_a_mesh_or_a_named_fault(tmp_path, name):
         (tmp_path / name).write_bytes(damaged)
         try:
             mesh, _ = read(tmp_path / name)
-            assert mesh.triangles.max(initial=-1) < len(mesh.points)
+            assert mesh.triangles.max(initial=-1) < len(mesh.points_mm)
         except BadFile as fault:
             assert name in str(fault)

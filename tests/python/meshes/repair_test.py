@@ -67,10 +67,10 @@ def test_a_row_of_short_edges_is_thinned_and_keeps_its_shape():
 
 def test_the_job_counts_what_was_repaired(tmp_path):
     write_plate(tmp_path / "a.msh", triangles=FAN, points=SQUARE)
-    request, findings = MeshRequest(path=tmp_path / "a.msh", repair=0.05), Findings()
+    request, findings = MeshRequest(path=tmp_path / "a.msh", repair_below_mm=0.05), Findings()
 
     mesh = mesh_input.build(formats.read_raw(request.path), request, findings)
 
     assert "repair: 1 edges below 0.05 mm collapsed, 2 empty triangles left out" in mesh.notes
-    assert len(mesh.triangles) == 4 and len(mesh.points) == 5 and mesh.numbers.tolist() == [1, 3, 5, 6]
+    assert len(mesh.triangles) == 4 and len(mesh.points_mm) == 5 and mesh.numbers.tolist() == [1, 3, 5, 6]
     assert findings.faults == findings.warnings == []

@@ -77,9 +77,9 @@ def test_the_cavity_turns_the_displacement_round_and_repeats(base, capsys):
     points, nodes = plate()[0], base.parent
     assert view_cli.main([str(base), "--compensate"]) == 0
     part = read_geometry(nodes / "j-cavity1.PG1")
-    np.testing.assert_allclose(part.points, points - TOTAL, atol=5e-4)
+    np.testing.assert_allclose(part.points_mm, points - TOTAL, atol=5e-4)
     stl = meshio.read(nodes / "j-cavity1.stl")
-    np.testing.assert_allclose(np.sort(stl.points[:, 0]), np.sort(part.points[:, 0]), atol=1e-5)
+    np.testing.assert_allclose(np.sort(stl.points[:, 0]), np.sort(part.points_mm[:, 0]), atol=1e-5)
     for suffix in (".PRC", ".CPU", ".MAL", ".RS1", ".PT1"):
         assert (nodes / f"j-cavity1{suffix}").read_bytes() == (nodes / f"j{suffix}").read_bytes()
 
@@ -90,9 +90,9 @@ def test_the_cavity_turns_the_displacement_round_and_repeats(base, capsys):
     deviation = meshio.read(nodes / "j-cavity1.vtu").point_data["remaining_deviation_mm"]
     np.testing.assert_allclose(deviation, moved - TOTAL, atol=1e-3)
     np.testing.assert_allclose(
-        read_geometry(nodes / "j-cavity2.PG1").points, points - TOTAL - 0.5 * (moved - TOTAL), atol=1e-3
+        read_geometry(nodes / "j-cavity2.PG1").points_mm, points - TOTAL - 0.5 * (moved - TOTAL), atol=1e-3
     )
-    np.testing.assert_allclose(read_geometry(nodes / "j-cavity2.nominal.PG1").points, points)
+    np.testing.assert_allclose(read_geometry(nodes / "j-cavity2.nominal.PG1").points_mm, points)
     assert (nodes / "j-cavity2.BC1").read_bytes() == (nodes / "j-cavity1.BC1").read_bytes()
 
 
@@ -104,9 +104,9 @@ def test_the_cavity_keeps_all_but_the_coordinates(tmp_path):
     (tmp_path / "j.PG1").write_text(source)
     part = read_geometry(tmp_path / "j.PG1")
 
-    text = compensate.moved(part.path, part.points + [2.0, 0, 0], ["made"]).decode().splitlines()
+    text = compensate.moved(part.path, part.points_mm + [2.0, 0, 0], ["made"]).decode().splitlines()
 
-    np.testing.assert_allclose(part.points[0:2], [[0, 0, 0], [10, 0, 0]])
+    np.testing.assert_allclose(part.points_mm[0:2], [[0, 0, 0], [10, 0, 0]])
     assert part.gates.tolist() == [3] and part.runners.tolist() == [[3, 0]] and part.triangle_numbers.tolist() == [2, 3]
     assert text[2:5] == ["2 1 2 3 2 -1 1 0 0.9", "1 4 1 0 5 0 1 0", "3 2 4 3 2 0 1 0"]
     assert text[5:] == ["4 6 0 5 1 1 2 3 4 5", "1 1 0 0 0", "3 1 5 0 0", "2 6 0 0 0"]

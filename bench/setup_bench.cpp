@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "stage_systems.h"
+#include "tier/codes/setup_data.h"
 #include "tier/setup/create_levels.h"
 #include "tier/store/controls.h"
 #include "tier/store/threads.h"
@@ -45,7 +46,7 @@ void run(benchmark::State& state, const linear_system& original, int variant) {
     set_first_level(h, s);
     tier::memory().memi = tier::memory().memd = 0;
     state.ResumeTiming();
-    tier::create_levels(h, c);
+    tier::create_levels(h, c, tier::options_of_setup(c));
   }
   const auto milliseconds = [&state](tier::phase p) {
     return 1e3 * tier::accumulated(p) / static_cast<double>(state.iterations());

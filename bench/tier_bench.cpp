@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "stage_systems.h"
+#include "tier/codes/setup_data.h"
 #include "tier/codes/solve_data.h"
 #include "tier/setup/create_levels.h"
 #include "tier/solve/ilu.h"
@@ -144,7 +145,7 @@ void product_against_bandwidth(benchmark::State& state, linear_system given) {
 /// A sweep over all rows, and the analysis's pass of C rows and then F rows of the set-up's own split.
 void sweeps_against_product(benchmark::State& state, linear_system given) {
   system_of_run run(std::move(given), state.range(1));
-  tier::create_levels(run.h, run.c);
+  tier::create_levels(run.h, run.c, tier::options_of_setup(run.c));
   std::vector<double> copies(run.f.size() * static_cast<std::size_t>(state.range(1)));
   tier::level& l = run.h(1);
   const tier::vector scratch(copies.data());
@@ -191,7 +192,7 @@ void diagonal_step_against_traffic(benchmark::State& state, linear_system given)
 void multigrid_step_against_product(benchmark::State& state, linear_system given) {
   constexpr int steps = 30;
   system_of_run run(std::move(given), state.range(1));
-  tier::create_levels(run.h, run.c);
+  tier::create_levels(run.h, run.c, tier::options_of_setup(run.c));
   run.gmres_steps(1);  // factors and first touch
   const medians t = interleaved(
       state, [&] { run.gmres_steps(steps); }, [&] { run.product(); });

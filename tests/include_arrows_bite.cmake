@@ -17,4 +17,5 @@ expect(src/input/a.h "#include \"model/model_tables.h\"" "src/input may not incl
 expect(src/model/system/a.cpp "  # include \"results/summary.h\"" "src/model/system may not include")
 expect(src/model/solvers/a.cpp "#include \"tier/solve/cyc.h\"" "src/model/solvers may not include")
 expect(src/tier/store/a.h "#include \"tier/solve/cyc.h\"" "src/tier/store may not include")
+expect(src/tier/setup/a.cpp "#include \"tier/store/parameters.h\"" "src/tier/setup may not include")
 expect(src/tier/elsewhere/a.h "" "src/tier/elsewhere has no row")

@@ -16,7 +16,6 @@
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
-#include "tier/store/parameters.h"
 #include "tier/store/row_loop.h"
 #include "tier/store/timers.h"
 
@@ -258,29 +257,7 @@ class builder {
 
 }  // namespace
 
-options read_options(const controls& c) {
-  options o{parm().agg_theta,
-            parm().agg_safety,
-            parm().nagg_degree,
-            parm().nagg_cycle,
-            parm().nagg_points,
-            parm().nagg_repair,
-            std::min({c.levelx, parm().max_level, max_levels})};
-  require_legal(o.theta >= 0.0 && o.theta < 1.0, "agg_theta");
-  require_legal(o.safety >= 1.0 && o.safety <= 10.0, "agg_safety");
-  require_legal(o.degree >= 1 && o.degree <= 20, "nagg_degree");
-  require_legal(o.cycle >= v_cycle && o.cycle <= k_cycle, "nagg_cycle");
-  require_legal(o.coarse_points >= 1 && o.coarse_points <= 1000, "nagg_points");
-  require_legal(o.repair_sweeps >= 0 && o.repair_sweeps <= 100, "nagg_repair");
-  require_consistent(c.isym == symmetry::symmetric,
-                     "matrix: aggregation is for symmetric positive definite ones");
-  require_consistent(!is_one_level(c.igam), "ncyc: aggregation is no one-level method");
-  require_consistent(c.nsys == 1 || c.has_ip, "ip: aggregation of several functions is by points");
-  return o;
-}
-
-void set_up(aggregation_hierarchy& h, const level& fine, const controls& c) {
-  const options chosen = read_options(c);
+void set_up(aggregation_hierarchy& h, const level& fine, const controls& c, const options& chosen) {
   h = aggregation_hierarchy();
   h.chosen = chosen;
   builder(h, fine).build(c);

@@ -7,13 +7,8 @@
 
 namespace tier::aggregation {
 
-/// Reads the named parameters of aggregation; a value out of range ends the call (20), a combination with
-/// what aggregation doesn't do (50): a matrix that isn't said to be symmetric, one-level methods, scaling of
-/// rows or columns, several functions without points.
-options read_options(const controls& c);
-
 /// Makes the hierarchy over level 1, the caller's matrix.
-void set_up(aggregation_hierarchy& h, const level& fine, const controls& c);
+void set_up(aggregation_hierarchy& h, const level& fine, const controls& c, const options& chosen);
 
 /// New matrices on all levels, with the points, aggregates and interpolation that are there.
 void renew(aggregation_hierarchy& h, const level& fine);

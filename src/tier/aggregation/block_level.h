@@ -40,12 +40,18 @@ class dense_cholesky {
   from_zero<double> factor_;
 };
 
-/// What the named parameters ask for, checked.
+enum cycle_kind : int { v_cycle = 1, w_cycle = 2, k_cycle = 3 };
+
+/// What steers aggregation and its cycle.
 struct options {
-  double theta = 0.08, safety = 1.1;
-  int degree = 2, cycle = 3, coarse_points = 60, repair_sweeps = 1, most_levels = 25;
+  double theta = 0.08;         // limit of strength of a coupling on level 1, below 1 (agg_theta)
+  double safety = 1.1;         // factor on estimated eigenvalues, 1 to 10 (agg_safety)
+  int degree = 2;              // of the Chebyshev smoother, 1 to 20 (nagg_degree)
+  cycle_kind cycle = k_cycle;  // nagg_cycle
+  int coarse_points = 60;      // a level of at most so many points is the last, 1 to 1000 (nagg_points)
+  int repair_sweeps = 1;       // of the near-null vectors, 0 to 100 (nagg_repair)
+  int most_levels = 25;        // 1..25, least of levelx and max_level
 };
-enum cycle_kind { v_cycle = 1, w_cycle = 2, k_cycle = 3 };
 
 struct aggregation_hierarchy {
   bool present = false;

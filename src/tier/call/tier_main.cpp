@@ -13,8 +13,10 @@
 #include "tier/call/first_guess.h"
 #include "tier/call/solver_state.h"
 #include "tier/call/tier_control.h"
+#include "tier/codes/aggregation_data.h"
 #include "tier/codes/matrix_check.h"
 #include "tier/codes/parameter_file.h"
+#include "tier/codes/setup_data.h"
 #include "tier/codes/solve_data.h"
 #include "tier/codes/tier_input.h"
 #include "tier/report/aggregation_report.h"
@@ -89,7 +91,7 @@ bool by_aggregation() { return parm().naggregation != 0; }
 /// What aggregation can't do is told before the system is touched.
 void check_aggregation(const controls& c) {
   require_legal(parm().naggregation == 1, "naggregation");
-  aggregation::read_options(c);
+  options_of_aggregation(c);
   require_consistent(modification(c) == 0, "modify_mat: aggregation takes the matrix as it is");
 }
 
@@ -125,12 +127,13 @@ void note_coarsest_solver(coarsest_solver asked, coarsest_solver used) {
 void make_levels(hierarchy& h, controls& c) {
   if (is_one_level(c.igam) || by_aggregation()) {
     h.levels_created = h.levels_used = 1;
-    if (by_aggregation()) aggregation::set_up(solver().aggregates, h(1), c);
+    if (by_aggregation()) aggregation::set_up(solver().aggregates, h(1), c, options_of_aggregation(c));
     return;
   }
-  crsng_data(c);
+  const setup_options o = options_of_setup(c);
+  report_choices(c, o);
   if (c.levelx == 1 && c.dump_level >= 0) message("One level method requested by user (levelx=1).");
-  create_levels(h, c);
+  create_levels(h, c, o);
 }
 
 void finish_call(call_state& s) {
@@ -272,7 +275,7 @@ void re_start(call_state& s) {
     if (by_aggregation())
       aggregation::renew(solver().aggregates, solver().levels(1));
     else
-      recompute_operators(solver().levels, s.c);
+      recompute_operators(solver().levels, options_of_operators(s.c));
   } else {
     info(message_class::note, "TIER re-start: Coarse-levels not changed.");
   }

@@ -204,7 +204,7 @@ void read_stopping(controls& c) {
 void read_operator_options(controls& c) {
   require_legal(parm().ntyp_galerkin >= 0 && parm().ntyp_galerkin <= 6, "ntyp_galerkin");
   c.ntyp_galerkin = parm().ntyp_galerkin != 0 ? parm().ntyp_galerkin : max_threads() > 1 ? 6 : 1;
-  require_legal(parm().prim_norm >= 0 && parm().prim_norm <= 2, "prim_norm");
+  require_legal(parm().prim_norm >= 0 && parm().prim_norm <= code_of(block_norm_kind::largest), "prim_norm");
   require_legal(parm().gmax_multipass >= 0.0 && parm().gmax_multipass <= 1.0, "gmax_multipass");
 }
 
@@ -250,9 +250,9 @@ void read_functions(controls& c, const call_arguments& call) {
 
 void read_truncation(controls& c) {
   const auto d = digits_of<4>(c.ntr);
-  require_legal(d[1] <= 2, "ntr");
+  require_legal(d[1] <= code_of(truncation::limit_per_sign), "ntr");
   const int exponent = 10 * d[2] + d[3];
-  c.ntr1 = d[1];
+  c.ntr1 = truncation{d[1]};
   c.galerkin_eps = exponent == 0 ? 0.0 : std::pow(0.1, exponent);
 }
 

@@ -1,15 +1,12 @@
-// Report of the decoded set-up: approach, primary matrix, weights, Galerkin variant.
+// Report of the options of a set-up: approach, primary matrix, weights, Galerkin variant.
 #include <array>
 #include <string>
 
 #include "tier/report/solver_report.h"
 #include "tier/setup/create_levels.h"
 #include "tier/setup/galerkin_step.h"
-#include "tier/setup/setup_controls.h"
 #include "tier/store/formatted.h"
-#include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
@@ -77,7 +74,7 @@ void report_weights(weight_source source) {
   message(std::string(deep_indent) + "weights based on " + sources[static_cast<std::size_t>(source)]);
 }
 
-void report_galerkin(const controls& c) {
+void report_galerkin(const galerkin_options& o) {
   constexpr std::array<const char*, 7> variants = {"",
                                                    "standard",
                                                    "determination of row lengths",
@@ -85,17 +82,14 @@ void report_galerkin(const controls& c) {
                                                    "dynamic parallel memory management",
                                                    "dynamic parallel memory management + splitting",
                                                    "dynamic memory management using lists"};
-  message(c.galerkin_eps > 0.0 ? formatted("Galerkin: truncation:        yes,  eps = %g", c.galerkin_eps)
-                               : "Galerkin: truncation:        no");
-  message(std::string("          variant:           ") +
-          variants[static_cast<std::size_t>(galerkin_variant(c))]);
+  message(o.truncation > 0.0 ? formatted("Galerkin: truncation:        yes,  eps = %g", o.truncation)
+                             : "Galerkin: truncation:        no");
+  message(std::string("          variant:           ") + variants[static_cast<std::size_t>(o.variant)]);
 }
 
 }  // namespace
 
-void crsng_data(const controls& c) {
-  const setup_controls s = decode_setup(c);
-  if (s.iall != 0) warn(warn_setting_adjusted, "Parameter <iall> has no effect (crsng_data)!");
+void report_choices(const controls& c, const setup_options& o) {
   if (c.dump_level < 0) return;
   message("======================", 1);
   message("AMG setup information");
@@ -103,10 +97,10 @@ void crsng_data(const controls& c) {
   print_coarsest_choice(c);
   report_approach(c);
   report_weights(c.nint_weights);
-  report_galerkin(c);
-  if (parm().nint_rowsum1 != 0)
-    message("Interpolation: nint_rowsum1 = " + std::to_string(parm().nint_rowsum1));
-  if (s.reduce_steps > 1) message("Number of reduce steps: " + std::to_string(s.reduce_steps));
+  report_galerkin(o.galerkin);
+  if (o.row_sum_code != 0) message("Interpolation: nint_rowsum1 = " + std::to_string(o.row_sum_code));
+  const int steps = o.splitting.reduce_steps;
+  if (steps > 1) message("Number of reduce steps: " + std::to_string(steps));
 }
 
 }  // namespace tier

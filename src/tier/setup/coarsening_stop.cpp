@@ -1,9 +1,9 @@
 // Rules that end coarsening.
 #include "tier/setup/coarsening_stop.h"
 
+#include "tier/setup/setup_state.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
@@ -16,7 +16,7 @@ std::string less_than(const setup_state& t, const char* variables, const char* p
 }
 
 coarsening stop_after_split(setup_state& t, const level& lv, const std::string& reason) {
-  apply_emergency_rule(t.c, lv.n);
+  apply_emergency_rule(t, lv.n);
   return stop_coarsening(t, reason);
 }
 
@@ -28,15 +28,16 @@ coarsening stop_coarsening(setup_state& t, const std::string& reason) {
   return coarsening::stops;
 }
 
-void apply_emergency_rule(controls& c, int variables) {
+void apply_emergency_rule(setup_state& t, int variables) {
+  controls& c = t.c;
   const bool direct = c.nrc >= coarsest_solver::full_gauss && c.nrc <= coarsest_solver::not_served;
-  if (variables > parm().nptmax && direct) c.nrc = coarsest_solver{parm().nrc_emergency};
+  if (variables > t.o.limits.largest_direct && direct) c.nrc = t.o.limits.otherwise;
 }
 
 coarsening test_size(setup_state& t, const level& lv) {
-  if (lv.n <= t.c.nptmn) return stop_coarsening(t, "low # variables");
+  if (lv.n <= t.o.limits.small) return stop_coarsening(t, "low # variables");
   const double n = lv.n;
-  if (lv.entries() / (n * n) >= parm().densx && lv.n <= parm().nptmax)
+  if (lv.entries() / (n * n) >= t.o.limits.density && lv.n <= t.o.limits.largest_direct)
     return stop_coarsening(t, "high density");
   return coarsening::goes_on;
 }
@@ -54,7 +55,7 @@ coarsening test_split(setup_state& t, const level& lv, const split_counts& n) {
 }
 
 coarsening test_coarse_size(setup_state& t, const level& lv, double c_variables) {
-  if (c_variables > t.c.nptmn || lv.n > parm().nptmax) return coarsening::goes_on;
+  if (c_variables > t.o.limits.small || lv.n > t.o.limits.largest_direct) return coarsening::goes_on;
   return stop_after_split(t, lv, "low # C-variables");
 }
 
@@ -62,17 +63,17 @@ coarsening test_ratio(setup_state& t, int k, double ratio, const char* label) {
   const auto report = [&t](const std::string& text) {
     if (t.reports()) message(text);
   };
-  if (parm().lev_coarsening_too_slow > 0 && parm().lev_coarsening_too_slow == k) {
+  if (t.o.limits.enforced > 0 && t.o.limits.enforced == k) {
     report(std::string("coarsening too slow enforced! ") + label);
     t.record.stop = "too slow, enforced";
-    apply_emergency_rule(t.c, t.h(k - 1).n);
+    apply_emergency_rule(t, t.h(k - 1).n);
     return coarsening::stops;
   }
-  if (ratio < parm().slow_coarsening) return coarsening::goes_on;
-  if (ratio >= parm().term_coarsening) {
+  if (ratio < t.o.limits.slow) return coarsening::goes_on;
+  if (ratio >= t.o.limits.too_slow) {
     warn(warn_slow_coarsening, std::string("Coarsening terminated: inefficient grid reduction! ") + label);
     t.record.stop = "inefficient grid reduction";
-    apply_emergency_rule(t.c, t.h(k - 1).n);
+    apply_emergency_rule(t, t.h(k - 1).n);
     return coarsening::stops;
   }
   if (t.warn_slow) info(message_class::warning, std::string("Inefficient coarsening! ") + label);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <string>
 
 #include "tier/setup/coarsening_stop.h"
@@ -15,7 +14,6 @@
 #include "tier/store/dimensions.h"
 #include "tier/store/formatted.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -58,8 +56,9 @@ void release_points(level& lv) {
 
 void announce(const setup_state& t, int k, bool aggressive) {
   if (!t.reports()) return;
-  const std::string variety = aggressive ? " using AGGRESSIVE A" + std::to_string(t.s.nred) + "-COARSENING"
-                                         : " using STANDARD COARSENING";
+  const std::string variety =
+      aggressive ? " using AGGRESSIVE A" + std::to_string(t.o.splitting.paths) + "-COARSENING"
+                 : " using STANDARD COARSENING";
   message("creating level #" + std::to_string(k) + variety);
 }
 
@@ -76,7 +75,7 @@ coarsening coarsen(setup_state& t, int k, bool aggressive) {
 
 /// Statistics of a new level, where the first digit of mode_debug asks for them.
 void print_matrix(const setup_state& t, int k) {
-  if (!t.reports() || parm().mode_debug == 0) return;
+  if (!t.reports() || !t.o.prints_matrices) return;
   const level& lv = t.h(k);
   int shortest = lv.entries(), longest = 0;
   for (int i = 1; i <= lv.n; ++i) {
@@ -91,7 +90,7 @@ void make_next_level(setup_state& t, int k) {
   {
     const timed time(phase::opdfn);
     prepare_opdfn(t.h(k), t.h(k + 1));
-    form_operator(t.h, k, t.c);
+    form_operator(t.h, k, t.o.galerkin);
   }
   release_points(t.h(k));
   print_matrix(t, k + 1);
@@ -99,11 +98,11 @@ void make_next_level(setup_state& t, int k) {
 
 /// Returns the number of levels.
 int level_loop(setup_state& t) {
-  const int wanted = std::min({std::abs(t.c.levelx), parm().max_level, max_levels});
+  const int wanted = t.o.limits.most_levels;
   int k = 1;
   for (; k < wanted; ++k) {
     t.warn_slow = t.reports();
-    const bool aggressive = t.s.nred > 0 && k <= t.s.nred_levels;
+    const bool aggressive = t.o.splitting.is_aggressive(k);
     announce(t, k + 1, aggressive);
     if (coarsen(t, k, aggressive) == coarsening::stops) {
       release_interpolation(t.h(k));
@@ -113,7 +112,7 @@ int level_loop(setup_state& t) {
     make_next_level(t, k);
     check_dimensions(t.h, k + 1, t.c);
   }
-  if (wanted > 1) apply_emergency_rule(t.c, t.h(k).n);
+  if (wanted > 1) apply_emergency_rule(t, t.h(k).n);
   return k;
 }
 
@@ -132,9 +131,9 @@ void allocate_vectors(hierarchy& h, int levels) {
 
 const setup_record& latest_setup() { return latest(); }
 
-void create_levels(hierarchy& h, controls& c) {
+void create_levels(hierarchy& h, controls& c, const setup_options& o) {
   latest() = setup_record();
-  setup_state t{h, c, decode_setup(c), latest()};
+  setup_state t{h, c, o, latest()};
   h.levels_created = h.levels_used = -1;
   try {
     if (t.by_points()) set_points(h(1));
@@ -150,9 +149,9 @@ void create_levels(hierarchy& h, controls& c) {
   }
 }
 
-void recompute_operators(hierarchy& h, const controls& c) {
+void recompute_operators(hierarchy& h, const galerkin_options& o) {
   const timed time(phase::opdfn);
-  for (int k = 1; k < h.levels_created; ++k) form_operator(h, k, c);
+  for (int k = 1; k < h.levels_created; ++k) form_operator(h, k, o);
 }
 
 }  // namespace tier

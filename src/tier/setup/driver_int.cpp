@@ -5,9 +5,9 @@
 
 #include "tier/setup/pbint.h"
 #include "tier/setup/pwint_aa.h"
+#include "tier/setup/setup_state.h"
 #include "tier/store/formatted.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -15,16 +15,11 @@ namespace tier {
 namespace {
 
 interpolation_options options_of(const setup_state& t) {
-  interpolation_options o;
-  o.nwtint = t.s.nwtint;
-  o.etr = t.s.etr1;
-  o.ntr1 = t.c.ntr1;
-  o.ewt2 = t.s.ewt2;
+  interpolation_options o = t.o.interpolation;
   o.nprim = t.effective_nprim();
-  o.unit_row_sum = parm().nint_rowsum1 == 1;
-  if (o.nwtint == 3 && o.ewt2 == 0.0) {
+  if (o.kind == interpolation_kind::extended && o.ewt2 == 0.0) {
     if (t.reports()) message("Extended interpolation de-activated (etw2 not set)!");
-    o.nwtint = 2;
+    o.kind = interpolation_kind::standard;
   }
   return o;
 }
@@ -41,12 +36,13 @@ void record_rows(const level& lv, level_record& r) {
   r.mean_weights = fine == 0 ? 0.0 : static_cast<double>(weights) / fine;
 }
 
-void print_rows(const level_record& r, int nwtint) {
+void print_rows(const level_record& r, interpolation_kind kind) {
   const multipass_counts& n = r.multipass;
   const std::string changes = n.attempts > 0 ? formatted("  #att=%d #passes=%d", n.attempts, n.passes)
                                              : formatted("   #vars->C= %d", r.turned_c);
-  message(formatted("pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f", nwtint, r.ratio, r.mean_weights) +
-          changes);
+  message(
+      formatted("pwint_aa(%d):   gratio= %8.6f avrg wghts= %8.6f", code_of(kind), r.ratio, r.mean_weights) +
+      changes);
 }
 
 void report_improvement(const improvement_counts& n) {
@@ -61,17 +57,18 @@ void interpolate_variables(setup_state& t, int k) {
   interpolation_options o = options_of(t);
   {
     const timed time(phase::pwint);
-    if (o.nwtint == 4) {
+    if (o.kind == interpolation_kind::multipass) {
       r.multipass = pwint2_aa(lv, o, t.own_unknown(), t.by_points());
       r.turned_c = r.multipass.turned_c;
     } else {
       r.turned_c = pwint1_aa(lv, o, t.own_unknown(), t.by_points());
     }
   }
-  if (k <= t.s.intlev && t.s.itint > 0) {
+  const improvement_options& improvement = t.o.improvement;
+  if (k <= improvement.levels && improvement.steps > 0) {
     const timed time(phase::pwiter);
-    o.etr = t.s.etr2;
-    for (int step = 0; step < t.s.itint; ++step)
+    o.etr = improvement.truncation;
+    for (int step = 0; step < improvement.steps; ++step)
       report_improvement(pwiter(lv, o, t.own_unknown(), t.by_points()));
   }
   if (t.by_points() && t.c.nint_force == point_interpolation::same) pwforce(lv, t.c.nprim);
@@ -81,13 +78,14 @@ void interpolate_blocks(setup_state& t, int k) {
   const timed time(phase::pwint);
   level& lv = t.h(k);
   block_options o;
-  o.nwtint = t.s.nwtint;
+  o.kind = t.o.interpolation.kind;
   o.nprim = t.c.nprim;
-  o.norm = parm().prim_norm;
-  o.etr = t.c.ntr1 >= 1 ? t.s.etr1 : 0.0;
+  o.norm = t.o.primary.norm;
+  o.etr = t.o.interpolation.limits != truncation::none ? t.o.interpolation.etr : 0.0;
+  o.may_eliminate = t.o.blocks_may_eliminate;
   o.use_primary_matrix = t.uses_primary_matrix();
   int& turned = t.record.at[static_cast<std::size_t>(k)].turned_c;
-  turned = o.nwtint == 4 ? pbint2(lv, o) : pbint1(lv, o);
+  turned = o.kind == interpolation_kind::multipass ? pbint2(lv, o) : pbint1(lv, o);
 }
 
 }  // namespace
@@ -100,7 +98,7 @@ void driver_int(setup_state& t, int k) {
     interpolate_variables(t, k);
   }
   record_rows(t.h(k), r);
-  if (t.reports()) print_rows(r, t.s.nwtint);
+  if (t.reports()) print_rows(r, t.o.interpolation.kind);
 }
 
 }  // namespace tier

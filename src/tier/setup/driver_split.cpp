@@ -5,10 +5,10 @@
 #include "tier/setup/collect.h"
 #include "tier/setup/reduce.h"
 #include "tier/setup/second_pass.h"
+#include "tier/setup/setup_state.h"
 #include "tier/setup/strength.h"
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -16,46 +16,44 @@ namespace tier {
 namespace {
 
 constexpr int last_threaded_level = 3;  // beyond it the first pass runs serially
-
-constexpr int direct_interpolation = 1;
+constexpr int in_any_team = 5;          // code of the option
 
 /// Direct interpolation suffers where blocks of rows meet, by up to two thirds more steps, which costs more
 /// than a split in threads saves.
-bool pcol_in_threads(int k, int nwtint) {
-  if (parm().icolor_omp < 1 || k > last_threaded_level) return false;
-  return parm().icolor_omp >= 5 || (max_threads() > 1 && nwtint != direct_interpolation);
+bool pcol_in_threads(int k, const setup_options& o) {
+  if (o.splitting.threads < 1 || k > last_threaded_level) return false;
+  const bool direct = o.interpolation.kind == interpolation_kind::direct;
+  return o.splitting.threads >= in_any_team || (max_threads() > 1 && !direct);
 }
 
-bool reduce_in_threads(int k) {
+bool reduce_in_threads(int k, int threads) {
+  constexpr int too = 2;
   if (k > last_threaded_level) return false;
-  return parm().icolor_omp >= 5 || (parm().icolor_omp == 2 && max_threads() > 1);
+  return threads >= in_any_team || (threads == too && max_threads() > 1);
 }
 
 void run_pcol(const setup_state& t, int k, const couplings& m, int nprim, view<int> state, split_counts& n) {
   const timed time(phase::split);
-  pcol_options o;
-  o.nxf_clean = t.s.nxf_clean;
-  o.iset_vio_dd = parm().iset_vio_dd;
+  pcol_options o = t.o.splitting.first_pass;
   o.nprim = nprim;
-  o.threads = pcol_in_threads(k, t.s.nwtint);
+  o.threads = pcol_in_threads(k, t.o);
   n = pcol(m, o, state);
-  if (t.reports()) print_split_counts(n, code_of(t.c.nstyp));
+  if (t.reports()) print_split_counts(n, t.c.nstyp);
 }
 
 void run_reduce(const setup_state& t, int k, const couplings& m, view<int> state, split_counts& n) {
   const timed time(phase::reduce);
   reduce_options o;
-  o.paths = t.s.nred;
-  o.nstyp = code_of(t.c.nstyp);
+  o.paths = t.o.splitting.paths;
+  o.kind = t.c.nstyp;
   o.report = t.reports();
-  o.threads = reduce_in_threads(k);
-  for (int step = 0; step < t.s.reduce_steps; ++step) reduce(m, o, state, n);
+  o.threads = reduce_in_threads(k, t.o.splitting.threads);
+  for (int step = 0; step < t.o.splitting.reduce_steps; ++step) reduce(m, o, state, n);
 }
 
 void run_second_pass(const setup_state& t, const couplings& m, int nprim, view<int> state, split_counts& n) {
   const timed time(phase::split);
-  const double limit = t.s.npcol == 1 ? 1.0 : 0.75;
-  const int changed = second_pass(m, limit, nprim, state, n);
+  const int changed = second_pass(m, t.o.splitting.second_pass_limit, nprim, state, n);
   if (t.reports())
     message("cforce(" + std::to_string(code_of(t.c.nstyp)) +
             "):     # vars -> C: " + std::to_string(changed));
@@ -68,7 +66,7 @@ coarsening split(setup_state& t, int k, const couplings& m, int nprim, bool aggr
   run_pcol(t, k, m, nprim, state, n);
   if (aggressive) run_reduce(t, k, m, state, n);
   if (test_split(t, lv, n) == coarsening::stops) return coarsening::stops;
-  if (t.s.npcol == 0) return coarsening::goes_on;
+  if (t.o.splitting.second_pass_limit == 0.0) return coarsening::goes_on;
   run_second_pass(t, m, nprim, state, n);
   return test_fine_count(t, lv, n);
 }
@@ -101,7 +99,7 @@ coarsening split_points(setup_state& t, int k, bool aggressive) {
     return coarsening::stops;
   const double expected = static_cast<double>(n.c) * variables_per_point(lv);
   if (test_size_and_ratio(t, k, expected, "(split_1)") == coarsening::stops) return coarsening::stops;
-  collect_i(lv, parm().vio_dd != 0);
+  collect_i(lv, t.o.splitting.unusable_points_become_c);
   recount(lv, n);
   if (t.reports()) message("collect_i:     A-gratio= " + std::to_string(n.ratio));
   if (!t.split_matrix) return coarsening::goes_on;
@@ -116,7 +114,7 @@ coarsening split_variables(setup_state& t, int k, bool aggressive) {
   double c_variables = n.c;
   if (t.by_points()) {
     if (t.c.nint_force == point_interpolation::same) c_variables *= variables_per_point(lv);
-    collect(lv, t.c.nprim, parm().vio_dd != 0);
+    collect(lv, t.c.nprim, t.o.splitting.unusable_points_become_c);
     recount(lv, n);
     if (t.c.nint_force != point_interpolation::same) c_variables = n.c;
   }

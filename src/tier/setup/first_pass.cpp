@@ -7,7 +7,6 @@
 
 #include "tier/setup/pcol.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/team.h"
 
 namespace tier {

@@ -135,13 +135,13 @@ void interpolation_row::scale(const scales& s) {
   for (int k = 2; k <= size_; ++k) value_[k] *= value_[k] > 0.0 ? s.positive : s.negative;
 }
 
-void interpolation_row::truncate(double etr, int ntr1) {
+void interpolation_row::truncate(double etr, truncation limits) {
   double largest = 0.0, smallest = 0.0;
   for (int s = 2; s <= size_; ++s) {
     largest = std::max(largest, value_[s]);
     smallest = std::min(smallest, value_[s]);
   }
-  if (ntr1 == 1) {
+  if (limits == truncation::one_limit) {
     largest = std::max(largest, -smallest);
     smallest = -largest;
   }
@@ -170,16 +170,16 @@ void interpolation_row::scale_to_unit_row_sum() {
   for (int s = 2; s <= size_; ++s) value_[s] /= sum;
 }
 
-interpolation_row::result interpolation_row::finish(double etr, int ntr1) {
+interpolation_row::result interpolation_row::finish(double etr, truncation limits) {
   const double diagonal = value_[1];
   sums all;
   const sums kept = pack_interpolatory(all);
   scales s = correct(diagonal, kept, all);
   if (size_ == 1 || s.diagonal <= 0.0) return result::no_weights;
   scale(s);
-  if (etr > 0.0 && ntr1 >= 1) {
+  if (etr > 0.0 && limits != truncation::none) {
     // The second correction takes the place of the first: the truncated row keeps the untruncated row's sum.
-    truncate(etr, ntr1);
+    truncate(etr, limits);
     s = correct(diagonal, sum_slots(), all);
     if (size_ == 1 || s.diagonal <= 0.0) return result::no_weights;
     scale(s);

@@ -3,16 +3,20 @@
 #pragma once
 
 #include "tier/setup/couplings.h"
+#include "tier/store/choices.h"
 
 namespace tier {
 
 struct interpolation_options {
-  int nwtint = 2;             // 1 direct, 2 standard, 3 extended, 4 multipass
-  double etr = 0.2;           // truncation limit relative to the largest weight, 0: none
-  int ntr1 = 1;               // 0 no truncation, 1 one limit for both signs, 2 a limit per sign
-  double ewt2 = 0.2;          // extended: weak positive couplings above it are eliminated too
-  int nprim = 0;              // above 0: only rows of this kind are built
-  bool unit_row_sum = false;  // scale every row to row sum 1
+  interpolation_kind kind = interpolation_kind::standard;  // first digit of nwt
+  double etr = 0.2;                           // truncation limit relative to the largest weight, 0: none
+  truncation limits = truncation::one_limit;  // first digit of ntr
+  double ewt2 = 0.2;                          // extended: weak positive couplings above it are eliminated too
+  int nprim = 0;                              // above 0: only rows of this kind are built
+  bool unit_row_sum = false;                  // scale every row to row sum 1 (nint_rowsum1)
+  // multipass
+  int most_attempts = 3;               // numtry_max_set
+  double largest_coarse_share = 0.75;  // up to it variables out of reach become C, else FF (gmax_multipass)
 };
 
 /// The slots of one row. Slot 1 is the diagonal; columns that are eliminated keep their slot with value 0.
@@ -57,9 +61,9 @@ class interpolation_row {
   }
 
   /// Turns the slots into weights, kept in slots 2..size(); clears slot_of. no_weights: nothing left or the
-  /// diagonal is not positive. ntr1 1: one truncation limit for both signs, 2: one for each, 0: none.
-  result finish(double etr, int ntr1);
-  result finish() { return finish(o_.etr, o_.ntr1); }
+  /// diagonal is not positive.
+  result finish(double etr, truncation limits);
+  result finish() { return finish(o_.etr, o_.limits); }
 
   /// Clears slot_of of a row that is given up.
   void abandon();
@@ -94,7 +98,7 @@ class interpolation_row {
   sums pack_interpolatory(sums& all);
   static scales correct(double diagonal, const sums& kept, const sums& all);
   void scale(const scales& s);
-  void truncate(double etr, int ntr1);
+  void truncate(double etr, truncation limits);
   sums sum_slots() const;
   void scale_to_unit_row_sum();
 

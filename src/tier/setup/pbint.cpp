@@ -16,7 +16,6 @@
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
@@ -72,7 +71,7 @@ class block_row {
 
   /// Replaces strong F points by their block rows of A.
   void eliminate_strong() {
-    if (parm().allow_elim != 1)
+    if (!o_.may_eliminate)
       fail(ierr_interpolation, std::string("eelim=.true. but allow_elim.ne.1 in (") + routine_ + ")");
     strong_.clear();
     for_strong_points(point_, [&](int j) {
@@ -288,7 +287,7 @@ int pbint1(level& lv, const block_options& o) {
   int turned = 0;
   for (int point = 1; point <= lv.npnts; ++point) {
     if (write_plain_point(lv, point, out)) continue;
-    bool eliminate = o.nwtint >= 2;
+    bool eliminate = o.kind != interpolation_kind::direct;
     bool done = false;
     for (;;) {
       eliminate = row.start(point) == 0 || eliminate;

@@ -2,16 +2,18 @@
 // Called by driver_int for point-based runs with block-wise interpolation.
 #pragma once
 
+#include "tier/store/choices.h"
 #include "tier/store/hierarchy.h"
 
 namespace tier {
 
 struct block_options {
-  int nwtint = 1;    // 1 direct, 2 and 3 with elimination of strong F points, 4 multipass
-  int nprim = 0;     // the unknown whose row tells the strong points; 0: the primary matrix does
-  int norm = 0;      // of a block: 0 Frobenius, 1 largest row sum, 2 largest entry
+  interpolation_kind kind = interpolation_kind::direct;  // standard and extended eliminate strong F points
+  int nprim = 0;  // the unknown whose row tells the strong points; 0: the primary matrix does
+  block_norm_kind norm = block_norm_kind::frobenius;  // prim_norm
   double etr = 0.2;  // truncation limit relative to the largest block, 0: none
   bool use_primary_matrix = false;
+  bool may_eliminate = true;  // where a row fails without, else that is a fault (allow_elim)
 };
 
 /// Builds iw, jw, w of the level: point i has the weights w_j = -s D^-1 A_ij over its strong C points j, with

@@ -5,7 +5,6 @@
 
 #include "tier/setup/first_pass.h"
 #include "tier/store/formatted.h"
-#include "tier/store/ierr.h"
 #include "tier/store/info.h"
 
 namespace tier {
@@ -17,17 +16,15 @@ int first_state(const couplings& m, const pcol_options& o, int i) {
   if (o.nprim > 0 && m.kind[i] != o.nprim) return state_not_taking_part;
   const int last = m.last_strong(i);
   if (last > m.ia[i]) return state_undecided;
-  if (last == 0 && o.iset_vio_dd >= 1) return state_c;
+  if (last == 0 && o.unusable_become_c) return state_c;
   return state_ff;
 }
 
-int clean_up(const couplings& m, int nxf_clean, view<int> state) {
-  if (nxf_clean != 1 && nxf_clean != 2)
-    fail(ierr_no_strong_connections, "Illegal option in cleaning up phase (pcol)");
+int clean_up(const couplings& m, clean_up_kind kind, view<int> state) {
   int switched = 0;
   for (int i = 1; i <= m.n; ++i) {
     if (state[i] != state_undecided) continue;
-    if (nxf_clean == 1 && has_strong(m, state, i, state_f)) continue;
+    if (kind == clean_up_kind::without_f_neighbour && has_strong(m, state, i, state_f)) continue;
     state[i] = state_c;
     ++switched;
   }
@@ -47,7 +44,7 @@ split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
   if (!any_strong) return {};  // coarsening ends for want of C-variables
   run_first_pass(m, state, o.threads);
   if (o.threads) settle_interfaces(m, state);
-  n.switched = clean_up(m, o.nxf_clean, state);
+  n.switched = clean_up(m, o.clean_up, state);
   for (int i = 1; i <= m.n; ++i) {
     n.c += state[i] > 0;
     n.ff += state[i] == state_ff;
@@ -58,8 +55,8 @@ split_counts pcol(const couplings& m, const pcol_options& o, view<int> state) {
   return n;
 }
 
-void print_split_counts(const split_counts& n, int nstyp) {
-  const std::string head = "pcol(" + std::to_string(nstyp) + "):       ";
+void print_split_counts(const split_counts& n, approach kind) {
+  const std::string head = "pcol(" + std::to_string(code_of(kind)) + "):       ";
   if (n.switched > 0) message(head + "# status switches XF->C=" + std::to_string(n.switched));
   message(head + formatted("gratio= %8.6f FF/XF/FC=%d/%d/%d", n.ratio, n.ff, n.xf, n.fc));
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tier/setup/couplings.h"
+#include "tier/store/choices.h"
 
 namespace tier {
 
@@ -15,9 +16,9 @@ constexpr int state_reduced = -3;    // a C-variable that `reduce` has turned fi
 constexpr int state_not_taking_part = -1000000001;
 
 struct pcol_options {
-  int nxf_clean = 1;    // 1: an undecided variable without F neighbour becomes C; 2: every one does
-  int iset_vio_dd = 1;  // 1: unusable rows become C; 0: FF
-  int nprim = 0;        // above 0: only variables of this kind take part
+  clean_up_kind clean_up = clean_up_kind::without_f_neighbour;  // of undecided variables (nxf_clean)
+  bool unusable_become_c = true;  // rows that can't be interpolated; else FF (iset_vio_dd)
+  int nprim = 0;                  // above 0: only variables of this kind take part
   bool threads = false;
 };
 
@@ -39,6 +40,6 @@ struct split_counts {
 /// are closely tied, one thread does the first pass, with the result of a serial run.
 split_counts pcol(const couplings& m, const pcol_options& o, view<int> state);
 
-void print_split_counts(const split_counts& n, int nstyp);
+void print_split_counts(const split_counts& n, approach kind);
 
 }  // namespace tier

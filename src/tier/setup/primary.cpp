@@ -26,7 +26,7 @@ class block_row {
     for (int i = lv_.iv[point]; i < lv_.iv[point + 1]; ++i) add_row(i);
     for (int s = 1; s <= size_; ++s) {
       position_[columns_[s]] = 0;
-      if (o_.norm == 0) norms_[s] = std::sqrt(norms_[s]);
+      if (o_.norm == block_norm_kind::frobenius) norms_[s] = std::sqrt(norms_[s]);
     }
     if (o_.sum_diagonal) {
       norms_[1] = 0.0;
@@ -58,11 +58,11 @@ class block_row {
       const int s = position_[lv_.ip[lv_.ja[p]]];
       if (s == 0) continue;
       const double v = std::abs(lv_.a[p]);
-      if (o_.norm == 0) norms_[s] += v * v;
-      if (o_.norm == 1) row_sums_[s] += v;
-      if (o_.norm == 2) norms_[s] = std::max(norms_[s], v);
+      if (o_.norm == block_norm_kind::frobenius) norms_[s] += v * v;
+      if (o_.norm == block_norm_kind::row_sum) row_sums_[s] += v;
+      if (o_.norm == block_norm_kind::largest) norms_[s] = std::max(norms_[s], v);
     }
-    for (int s = 1; o_.norm == 1 && s <= size_; ++s) {
+    for (int s = 1; o_.norm == block_norm_kind::row_sum && s <= size_; ++s) {
       norms_[s] = std::max(norms_[s], row_sums_[s]);
       row_sums_[s] = 0.0;
     }
@@ -77,7 +77,7 @@ class block_row {
 
 }  // namespace
 
-double block_norm(const double* block, int rows, int columns, int norm) {
+double block_norm(const double* block, int rows, int columns, block_norm_kind norm) {
   double squares = 0.0, largest_sum = 0.0, largest = 0.0;
   for (int r = 0; r < rows; ++r) {
     double sum = 0.0;
@@ -89,8 +89,8 @@ double block_norm(const double* block, int rows, int columns, int norm) {
     }
     largest_sum = std::max(largest_sum, sum);
   }
-  if (norm == 0) return std::sqrt(squares);
-  return norm == 1 ? largest_sum : largest;
+  if (norm == block_norm_kind::frobenius) return std::sqrt(squares);
+  return norm == block_norm_kind::row_sum ? largest_sum : largest;
 }
 
 void build_primary_matrix(level& lv, const primary_options& o) {

@@ -10,12 +10,12 @@ namespace {
 /// A row whose neighbours give no weights is tried once more with its strong F neighbours eliminated.
 weight_assembly::outcome compute_row(interpolation_row& row, int i, const interpolation_options& o) {
   using outcome = weight_assembly::outcome;
-  bool eliminate = o.nwtint >= 2;
+  bool eliminate = o.kind != interpolation_kind::direct;
   for (;;) {
     const int interpolatory = row.start(i);
     if (interpolatory < 0) return outcome::no_room;
     eliminate = eliminate || interpolatory == 0;
-    if (eliminate && !row.eliminate_rows(o.nwtint == 3)) {
+    if (eliminate && !row.eliminate_rows(o.kind == interpolation_kind::extended)) {
       row.abandon();
       return outcome::no_room;
     }

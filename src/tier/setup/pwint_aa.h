@@ -7,8 +7,8 @@
 
 namespace tier {
 
-/// nwtint 1 to 3. Builds iw, jw, w of the level from its sorted matrix and its states; a fine variable that
-/// cannot be interpolated becomes C in icg. Returns how many did.
+/// All kinds but multipass. Builds iw, jw, w of the level from its sorted matrix and its states; a fine
+/// variable that cannot be interpolated becomes C in icg. Returns how many did.
 ///   d e_i + sum_N+ a_ij e_j + sum_N- a_ij e_j = 0 over the row's remaining entries; those that are not
 ///   interpolatory are made up by scaling the interpolatory ones of their sign, or go to the diagonal d.
 /// own_unknown: couplings within an unknown alone. by_points: variables of a point become C together.
@@ -19,9 +19,9 @@ struct multipass_counts {
   int turned_c = 0, turned_ff = 0, attempts = 0, passes = 0;
 };
 
-/// nwtint 4, multipass: rows without a strong C neighbour wait for a later pass, in which strong F neighbours
+/// Multipass: rows without a strong C neighbour wait for a later pass, in which strong F neighbours
 /// that are interpolated by then are replaced by their rows. Variables that no pass reaches become C while
-/// the coarse level stays below gmax_multipass, else FF, and another attempt is made.
+/// the coarse level stays below largest_coarse_share, else FF, and another attempt is made.
 multipass_counts pwint2_aa(level& lv, const interpolation_options& o, bool own_unknown, bool by_points);
 
 struct improvement_counts {

@@ -6,15 +6,12 @@
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 
 namespace tier {
 
 namespace {
 
 using outcome = weight_assembly::outcome;
-
-constexpr int default_attempts = 3;
 
 /// A row of this pass: direct where it has strong C neighbours, else through neighbours of earlier passes.
 outcome compute_row(interpolation_row& row, int i, const weight_rows& earlier) {
@@ -103,19 +100,18 @@ double coarse_share(const level& lv) {
 }  // namespace
 
 multipass_counts pwint2_aa(level& lv, const interpolation_options& o, bool own_unknown, bool by_points) {
-  const int most_attempts = parm().numtry_max_set > 0 ? parm().numtry_max_set : default_attempts;
   multipass_counts n;
   for (;;) {
     ++n.attempts;
     const int waiting = run_passes(lv, o, own_unknown, by_points, n.passes);
     if (waiting == 0) return n;
-    const bool become_c = coarse_share(lv) + static_cast<double>(waiting) / lv.n <= parm().gmax_multipass;
+    const bool become_c = coarse_share(lv) + static_cast<double>(waiting) / lv.n <= o.largest_coarse_share;
     const int turned = turn_waiting(lv, o, by_points, become_c ? state_c : state_ff);
     (become_c ? n.turned_c : n.turned_ff) += turned;
     info(message_class::note, "pwint_aa(4):   attempt #" + std::to_string(n.attempts) +
                                   " failed!  #passes=" + std::to_string(n.passes) +
                                   (become_c ? "  #vars->C=" : "  #vars->FF=") + std::to_string(turned));
-    if (n.attempts < most_attempts) continue;
+    if (n.attempts < o.most_attempts) continue;
     if (become_c) {
       warn(warn_multipass, "Max. number of multipass attempts reached! Just continuing!");
       add_identities(lv, o, own_unknown, by_points);

@@ -15,7 +15,8 @@ using outcome = weight_assembly::outcome;
 enum class attempt { weights, no_weights, no_room };
 
 /// The row of A with every F neighbour that has an interpolation replaced by it.
-attempt improve(interpolation_row& row, int i, const weight_rows& old, double etr, int ntr1, bool all_c) {
+attempt improve(interpolation_row& row, int i, const weight_rows& old, double etr, truncation limits,
+                bool all_c) {
   if (row.start(i, all_c) < 0) return attempt::no_room;
   const bool fits =
       row.for_fine_neighbours(true, [&](int j) { return !old.has(j) || row.eliminate_weights(j, old); });
@@ -23,7 +24,7 @@ attempt improve(interpolation_row& row, int i, const weight_rows& old, double et
     row.abandon();
     return attempt::no_room;
   }
-  const bool usable = row.finish(etr, ntr1) == interpolation_row::result::weights;
+  const bool usable = row.finish(etr, limits) == interpolation_row::result::weights;
   return usable ? attempt::weights : attempt::no_weights;
 }
 
@@ -36,14 +37,14 @@ improvement_counts pwiter(level& lv, const interpolation_options& o, bool own_un
   weight_assembly rows(lv, couplings_of(lv, own_unknown), o, by_points);
   rows.run([&](interpolation_row& row, int i) {
     if (!old.has(i)) return outcome::empty;
-    attempt result = improve(row, i, old, o.etr, o.ntr1, false);
-    if (result == attempt::no_weights && o.ntr1 == 1) {
+    attempt result = improve(row, i, old, o.etr, o.limits, false);
+    if (result == attempt::no_weights && o.limits == truncation::one_limit) {
       ++by_sign;
-      result = improve(row, i, old, o.etr, 2, false);
+      result = improve(row, i, old, o.etr, truncation::limit_per_sign, false);
     }
     if (result == attempt::no_weights) {
       ++all_connections;
-      result = improve(row, i, old, o.etr, o.ntr1, true);
+      result = improve(row, i, old, o.etr, o.limits, true);
     }
     if (result == attempt::no_weights) result = row.take(i, old) ? attempt::weights : attempt::no_room;
     return result == attempt::weights ? outcome::weights : outcome::no_room;

@@ -131,7 +131,7 @@ void rcol(const couplings& graph, view<int> state, bool threads) {
 }  // namespace
 
 void reduce(const couplings& m, const reduce_options& o, view<int> state, split_counts& n) {
-  const std::string head = "reduc(" + std::to_string(o.nstyp) + "):      ";
+  const std::string head = "reduc(" + std::to_string(code_of(o.kind)) + "):      ";
   const auto report = [&](const std::string& text) {
     if (o.report) message(head + text);
   };

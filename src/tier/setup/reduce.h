@@ -8,8 +8,8 @@
 namespace tier {
 
 struct reduce_options {
-  int paths = 1;  // two-step paths that make a neighbour, 1..4
-  int nstyp = 1;  // for the report
+  int paths = 1;                           // two-step paths that make a neighbour, 1..4
+  approach kind = approach::by_variables;  // for the report
   bool report = false;
   bool threads = false;
 };

@@ -37,7 +37,7 @@ template <bool kinds>
 class marker {
  public:
   /// own: scratch for the positions of a row; r: dense scratch of n reals, needed for elimination alone.
-  marker(const couplings& m, const strength_options& o, int type, int* own, view<double> r)
+  marker(const couplings& m, const strength_options& o, strong_kind type, int* own, view<double> r)
       : m_(m), o_(o), type_(type), own_(own), r_(r) {
     counts.all_dominated = o.eps < 1.0;
   }
@@ -144,11 +144,11 @@ class marker {
   }
 
   void mark_couplings(int i, const extremes& e) {
-    const bool eliminating = type_ >= 3;
+    const bool eliminating = eliminates(type_);
     const double ignored = -o_.ewt2 * e.dmin;
     if (e.at_min == 0) {
       ++counts.only_positive;
-      if (type_ == 2 || type_ == 5) {
+      if (type_ == strong_kind::negative_else_largest || type_ == strong_kind::eliminated_else_largest) {
         mark_positive(i, e);
       } else {
         m_.ja[m_.ia[i]] = 0;
@@ -176,7 +176,7 @@ class marker {
 
   void elimination_failed(int i, const extremes& e) {
     ++counts.failed;
-    if (type_ == 3) {
+    if (type_ == strong_kind::eliminated_strictly) {
       m_.ja[m_.ia[i]] = 0;
     } else {
       mark_negative(i, e);
@@ -241,7 +241,7 @@ class marker {
 
   const couplings& m_;
   const strength_options& o_;
-  int type_;
+  strong_kind type_;
   int* own_;
   view<double> r_;
   int first_ = 0, count_ = 0;
@@ -262,21 +262,20 @@ void add(strength_counts& total, const strength_counts& part) {
 }
 
 /// The type that is run: without ewt2 there is nothing to eliminate.
-int effective_type(const strength_options& o) {
-  if (o.ncgtyp < 1 || o.ncgtyp > 5)
-    fail(ierr_illegal_value, "Illegal value of parameter <ncgtyp> in (rwsrt)");
-  if (o.ncgtyp <= 2 || o.ewt2 != 0.0) return o.ncgtyp;
+strong_kind effective_type(const strength_options& o) {
+  if (!eliminates(o.kind) || o.ewt2 != 0.0) return o.kind;
   if (o.report)
-    message("rwsrt(" + std::to_string(o.ncgtyp) +
+    message("rwsrt(" + std::to_string(code_of(o.kind)) +
             "):      +++ enhanced sorting de-activated (etw2 not set)!");
-  return o.ncgtyp == 5 ? 2 : 1;
+  return o.kind == strong_kind::eliminated_else_largest ? strong_kind::negative_else_largest
+                                                        : strong_kind::negative;
 }
 
 template <bool kinds>
-strength_counts sort_all(const couplings& m, const strength_options& o, int type) {
+strength_counts sort_all(const couplings& m, const strength_options& o, strong_kind type) {
   const int team = setup_team(m.n);
   const int longest = kinds ? longest_row(m.ia, m.n) : 1;
-  const bool eliminating = type >= 3;
+  const bool eliminating = eliminates(type);
   const std::int64_t dense = eliminating ? m.n : 0;
   work_array<int> own;
   work_array<double> r;
@@ -313,12 +312,12 @@ strength_counts sort_all(const couplings& m, const strength_options& o, int type
 }  // namespace
 
 strength_counts rwsrt(const couplings& m, const strength_options& o) {
-  const int type = effective_type(o);
+  const strong_kind type = effective_type(o);
   return m.kind ? sort_all<true>(m, o, type) : sort_all<false>(m, o, type);
 }
 
-void print_strength_counts(const strength_counts& n, int ncgtyp) {
-  const std::string head = "rwsrt(" + std::to_string(ncgtyp) + "):      # ";
+void print_strength_counts(const strength_counts& n, strong_kind kind) {
+  const std::string head = "rwsrt(" + std::to_string(code_of(kind)) + "):      # ";
   const auto line = [](const std::string& text, int count) {
     if (count > 0) message(text + std::to_string(count));
   };

@@ -5,15 +5,18 @@
 #include <cstdint>
 
 #include "tier/setup/couplings.h"
+#include "tier/store/choices.h"
 
 namespace tier {
 
 struct strength_options {
-  int ncgtyp = 4;                   // 1..5, see rwsrt
-  double ecg1 = 0.01, ecg2 = 0.25;  // dominance limit, strength threshold
-  double ewt1 = 1e70, ewt2 = 0.2;   // limit of the off-diagonal sum, positive couplings to ignore
-  double eps = 0.9;     // all rows within it: the level is diagonally dominant; 1 or more: not tested
-  int nprim = 0;        // above 0: only rows of this kind are sorted
+  strong_kind kind = strong_kind::eliminated;  // first digit of ncg
+  double ecg1 = 0.01;  // rows with a smaller sum of couplings than this share of the diagonal have none
+  double ecg2 = 0.25;  // strength threshold
+  double ewt1 = 1e70;  // limit of the off-diagonal sum
+  double ewt2 = 0.2;   // positive couplings up to this share of the largest negative one are ignored
+  double eps = 0.9;    // all rows within it: the level is diagonally dominant; 1 or more: not tested (eps_dd)
+  int nprim = 0;       // above 0: only rows of this kind are sorted
   bool report = false;  // also counts rows with large weak couplings
 };
 
@@ -40,7 +43,7 @@ struct strength_counts {
 strength_counts rwsrt(const couplings& m, const strength_options& o);
 
 /// Writes the counters that are above 0.
-void print_strength_counts(const strength_counts& n, int ncgtyp);
+void print_strength_counts(const strength_counts& n, strong_kind kind);
 
 /// Gives every row its own number back in the slot of its diagonal.
 void restore_diagonals(int n, view<const int> ia, view<int> ja);

@@ -8,7 +8,7 @@
 #include "tier/setup/pcol.h"
 #include "tier/setup/pwint_aa.h"
 #include "tier/setup/rwsrt.h"
-#include "tier/setup/setup_controls.h"
+#include "tier/setup/setup_options.h"
 #include "tier/store/controls.h"
 #include "tier/store/hierarchy.h"
 
@@ -33,7 +33,7 @@ struct setup_record {
 struct setup_state {
   hierarchy& h;
   controls& c;
-  const setup_controls s;
+  const setup_options& o;
   setup_record& record;
   bool warn_slow = true;     // the warning of slow coarsening may still come on this level
   bool split_matrix = true;  // with a primary matrix: the matrix itself is sorted too
@@ -47,8 +47,5 @@ struct setup_state {
     return by_points() && c.nint_force != point_interpolation::separate ? c.nprim : 0;
   }
 };
-
-/// What the steps of a level answer: go on, or the hierarchy ends with this level.
-enum class coarsening { goes_on, stops };
 
 }  // namespace tier

@@ -1,17 +1,12 @@
 // Strength step of a level.
 #include "tier/setup/strength.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-
 #include "tier/setup/coarsening_stop.h"
 #include "tier/setup/primary.h"
 #include "tier/setup/weight_assembly.h"
 #include "tier/store/formatted.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/parameters.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -19,13 +14,7 @@ namespace tier {
 namespace {
 
 strength_options options_of(const setup_state& t, int nprim) {
-  strength_options o;
-  o.ncgtyp = t.s.ncgtyp;
-  o.ecg1 = t.s.ecg1;
-  o.ecg2 = t.s.ecg2;
-  o.ewt1 = t.s.ewt1;
-  o.ewt2 = t.s.ewt2;
-  o.eps = std::max(parm().eps_dd, t.s.ecg1);
+  strength_options o = t.o.strength;
   o.nprim = nprim;
   o.report = t.reports();
   return o;
@@ -35,24 +24,15 @@ strength_counts sort_rows(const setup_state& t, const couplings& m, int nprim) {
   const timed time(phase::rwsrt);
   const strength_options o = options_of(t, nprim);
   const strength_counts n = rwsrt(m, o);
-  if (t.reports()) print_strength_counts(n, o.ncgtyp);
+  if (t.reports()) print_strength_counts(n, o.kind);
   return n;
 }
 
 coarsening test_couplings(setup_state& t, const level& lv, const strength_counts& n) {
   if (!n.all_dominated && n.strong > 0) return coarsening::goes_on;
-  apply_emergency_rule(t.c, lv.n);
+  apply_emergency_rule(t, lv.n);
   if (!n.all_dominated) return stop_coarsening(t, "no strong connections");
-  return stop_coarsening(t, formatted("diagonal dominance, eps=%.3g", std::max(parm().eps_dd, t.s.ecg1)));
-}
-
-primary_options primary_options_of(const controls& c) {
-  primary_options o;
-  o.nprim = c.nprim;
-  o.norm = parm().prim_norm;
-  o.sum_diagonal = c.internal == primary_matrix::norms_and_sum;
-  if (parm().ntr_prim != 0) o.truncation = std::pow(10.0, -std::abs(parm().ntr_prim));
-  return o;
+  return stop_coarsening(t, formatted("diagonal dominance, eps=%.3g", t.o.strength.eps));
 }
 
 [[noreturn]] void inconsistent(const char* text) { fail(ierr_inconsistent_input, text); }
@@ -79,8 +59,9 @@ void check_approach(const controls& c) {
 
 couplings primary_couplings(level& lv) { return {lv.npnts, lv.ib, lv.jb, lv.b, {}}; }
 
-void check_released(const controls& c, const setup_controls& s) {
-  if (s.nred >= 5) not_released("nred");
+void check_released(const controls& c, const setup_options& o) {
+  constexpr int most_paths = 4;
+  if (o.splitting.paths > most_paths) not_released("nred");
   if (c.internal == primary_matrix::distances)
     fail(ierr_missing_variable, "No coordinates available (setup_i)!");
   if (c.internal == primary_matrix::positions)
@@ -92,7 +73,8 @@ void check_released(const controls& c, const setup_controls& s) {
     fail(ierr_not_released, "Selected type of interpolation weights not yet implemented!");
   if (c.nint_weights != weight_source::entries || c.nint_pat != weight_pattern::of_matrix)
     fail(ierr_not_released, "Requested type of interpolation not (yet) released (driver_int)");
-  if (s.itint > 0 && c.nstyp == approach::by_points && c.nint_force == point_interpolation::block_wise)
+  if (o.improvement.steps > 0 && c.nstyp == approach::by_points &&
+      c.nint_force == point_interpolation::block_wise)
     fail(ierr_not_released, "Requested Jacobi interpolation not (yet) released (driver_int)");
 }
 
@@ -100,7 +82,7 @@ coarsening find_strong_couplings(setup_state& t, int k) {
   level& lv = t.h(k);
   if (test_size(t, lv) == coarsening::stops) return coarsening::stops;
   check_approach(t.c);
-  check_released(t.c, t.s);
+  check_released(t.c, t.o);
   strength_counts& n = t.record.at[static_cast<std::size_t>(k)].strength;
   if (!t.uses_primary_matrix()) {
     n = sort_rows(t, couplings_of(lv, t.own_unknown()), t.effective_nprim());
@@ -108,11 +90,12 @@ coarsening find_strong_couplings(setup_state& t, int k) {
   }
   {
     const timed time(phase::primmat);
-    build_primary_matrix(lv, primary_options_of(t.c));
+    build_primary_matrix(lv, t.o.primary);
   }
   n = sort_rows(t, primary_couplings(lv), 0);
   if (test_couplings(t, lv, n) == coarsening::stops) return coarsening::stops;
-  t.split_matrix = t.c.nint_force != point_interpolation::block_wise || parm().vio_dd != 0;
+  t.split_matrix =
+      t.c.nint_force != point_interpolation::block_wise || t.o.splitting.unusable_points_become_c;
   if (t.split_matrix) sort_rows(t, couplings_of(lv, true), t.effective_nprim());
   return coarsening::goes_on;
 }

@@ -14,7 +14,7 @@ coarsening find_strong_couplings(setup_state& t, int k);
 couplings primary_couplings(level& lv);
 
 /// Digits that choose what this library does not hold end the call with ierr 30 or 80.
-void check_released(const controls& c, const setup_controls& s);
+void check_released(const controls& c, const setup_options& o);
 
 /// Combinations of approach, internal and nprim that make no sense end the call with ierr 50.
 void check_approach(const controls& c);

@@ -33,6 +33,29 @@ enum class weight_source {
 /// nint_pat: pattern of interpolation, that of the matrix or (not released) of the primary matrix.
 enum class weight_pattern { of_matrix = 1, of_primary_matrix = 2 };
 
+/// ncgtyp: which couplings of a row are strong; setup/rwsrt.h tells how each finds them.
+enum class strong_kind {
+  negative = 1,
+  negative_else_largest = 2,
+  eliminated_strictly = 3,  // positive couplings are eliminated first
+  eliminated = 4,
+  eliminated_else_largest = 5
+};
+
+constexpr bool eliminates(strong_kind kind) { return kind >= strong_kind::eliminated_strictly; }
+
+/// nxf_clean: undecided variables that become C at the end of the first pass.
+enum class clean_up_kind { without_f_neighbour = 1, all = 2 };
+
+/// nwtint
+enum class interpolation_kind { direct = 1, standard = 2, extended = 3, multipass = 4 };
+
+/// First digit of ntr: limits of the truncation of an interpolation row.
+enum class truncation { none = 0, one_limit = 1, limit_per_sign = 2 };
+
+/// prim_norm: the norm of a block of a point.
+enum class block_norm_kind { frobenius = 0, row_sum = 1, largest = 2 };
+
 /// nxtyp, nxtyp_coarse
 enum class smoother_kind {
   gauss_seidel = 0,

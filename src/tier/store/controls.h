@@ -53,8 +53,8 @@ struct controls {
   double ecg = 21.25, ewt = 0.2, etr = 12.2;
   double a_cmplx = 2.5, g_cmplx = 1.8, p_cmplx = 1.8, w_avrge = 2.5, b_cmplx = 2.0, ib_cmplx = 2.0;
   double galerkin_eps = 0.0;  // truncation limit of coarse operators from ntr, 0: none
-  int ntr1 = 1;               // first digit of ntr
-  int ntyp_galerkin = 0;      // 1..6 after resolution
+  truncation ntr1 = truncation::one_limit;
+  int ntyp_galerkin = 0;  // 1..6 after resolution
 
   // accelerators and stopping
   cg_ratio ntyp_cg = cg_ratio::fletcher_reeves;

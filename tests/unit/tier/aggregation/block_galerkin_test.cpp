@@ -12,6 +12,7 @@
 #include "tier/aggregation/chebyshev.h"
 #include "tier/aggregation/diagonal_blocks.h"
 #include "tier/aggregation/tentative.h"
+#include "tier/codes/aggregation_data.h"
 #include "tier/store/parameters.h"
 
 namespace {
@@ -65,7 +66,7 @@ struct made {
     c.has_ip = !s.ip.empty();
     tier::parm().nagg_points = 4;
     tier::parm().nagg_cycle = cycle;
-    set_up(h, levels(1), c);
+    set_up(h, levels(1), c, tier::options_of_aggregation(c));
   }
 };
 

@@ -46,14 +46,14 @@ TEST_P(Repair, MakesDiagonalsPositive) {
   lv.w[3] = c.w1;
   lv.w[4] = 1.5;
   tier::prepare_opdfn(lv, h(2));
-  tier::controls controls;
-  controls.ntyp_galerkin = 2;
-  tier::parm().maxop_restart = c.maxop_restart;
+  tier::galerkin_options options;
+  options.variant = tier::opdfn_variant::detrlen;
+  options.most_repairs = c.maxop_restart;
   tier::parm().mode_mess = -3;
 
   int ierr = 0;
   try {
-    tier::form_operator(h, 1, controls);
+    tier::form_operator(h, 1, options);
   } catch (const tier::failure& e) {
     ierr = e.ierr;
   }

@@ -12,6 +12,7 @@
 
 #include "places.h"
 #include "support/tier/sparse_system.h"
+#include "tier/codes/setup_data.h"
 #include "tier/setup/create_levels.h"
 #include "tier/store/threads.h"
 
@@ -130,7 +131,7 @@ TEST_P(KnownHierarchies, SameStatesPatternsWeightsAndOperators) {
   tier::hierarchy h;
   set_first_level(h, s);
 
-  tier::create_levels(h, e.settings);
+  tier::create_levels(h, e.settings, tier::options_of_setup(e.settings));
 
   const tier::setup_record& record = tier::latest_setup();
   ASSERT_EQ(h.levels_created, e.levels);

@@ -14,6 +14,7 @@
 #include "support/tier/known_hierarchy.h"
 #include "support/tier/sparse_system.h"
 #include "support/tier/systems.h"
+#include "tier/codes/setup_data.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
 #include "tier/store/results_of_run.h"
@@ -72,7 +73,7 @@ TEST_P(Stopping, EndsByTheRule) {
   set_first_level(h, s);
   tier::clear_warning();
 
-  tier::create_levels(h, c);
+  tier::create_levels(h, c, tier::options_of_setup(c));
 
   EXPECT_EQ(tier::latest_setup().stop, p.stop);
   EXPECT_EQ(h.levels_created, p.levels);
@@ -143,7 +144,7 @@ TEST_P(Refused, LeavesTheMatrixAndNoHierarchy) {
   set_first_level(h, s);
   int ierr = 0;
   try {
-    tier::create_levels(h, c);
+    tier::create_levels(h, c, tier::options_of_setup(c));
   } catch (const tier::failure& e) {
     ierr = e.ierr;
   }
@@ -207,7 +208,7 @@ TEST(CreateLevels, SurvivesEveryFailedAllocation) {
       tier::memory().allocations = 0;
       tier::memory().fail_at = failures;
       try {
-        tier::create_levels(h, c);
+        tier::create_levels(h, c, tier::options_of_setup(c));
         finished = true;
       } catch (const tier::failure& e) {
         EXPECT_TRUE(e.ierr == 70 || e.ierr == 60);
@@ -262,7 +263,7 @@ TEST_P(PointBased, PointsStayTogether) {
   tier::hierarchy h;
   set_first_level(h, s);
 
-  tier::create_levels(h, c);
+  tier::create_levels(h, c, tier::options_of_setup(c));
 
   ASSERT_GE(h.levels_created, 2) << tier::latest_setup().stop;
   expect_sound(h, true, nint_force != 3);
@@ -294,8 +295,8 @@ TEST_P(Aggressive, CoarsensFasterAndInterpolatesAll) {
   set_first_level(reference, plain);
   set_first_level(h, fast);
 
-  tier::create_levels(reference, standard);
-  tier::create_levels(h, aggressive);
+  tier::create_levels(reference, standard, tier::options_of_setup(standard));
+  tier::create_levels(h, aggressive, tier::options_of_setup(aggressive));
 
   EXPECT_LT(h(2).n, 0.75 * reference(2).n);
   expect_sound(h, true, false);
@@ -316,7 +317,7 @@ TEST(CreateLevels, ThreadsGiveASoundHierarchy) {
     tier::controls c = quiet_controls();
     tier::hierarchy h;
     set_first_level(h, s);
-    tier::create_levels(h, c);
+    tier::create_levels(h, c, tier::options_of_setup(c));
     expect_sound(h, true, false);
     sizes.push_back(h(2).n);
     const std::vector<double> now(h(1).w.data(), h(1).w.data() + h(1).w.size());
@@ -335,7 +336,7 @@ int steps_of(const sparse_system& s, int threads, const std::function<void(tier:
   run.c.nptmn = c.nptmn;
   run.c.ntyp_galerkin = 2;
   set(run.c);
-  tier::create_levels(run.h, run.c);
+  tier::create_levels(run.h, run.c, tier::options_of_setup(run.c));
   run.solve();
   EXPECT_GE(run.h.levels_created, 2);
   EXPECT_LE(run.relative_residual(), 1.0000001e-8);
@@ -390,12 +391,12 @@ TEST(RecomputeOperators, FollowsTheNewValues) {
   tier::controls c = quiet_controls();
   tier::hierarchy h;
   set_first_level(h, s);
-  tier::create_levels(h, c);
+  tier::create_levels(h, c, tier::options_of_setup(c));
   const int last = h.levels_created;
   const double before = h(last).a[1];
   for (double& v : s.a) v *= 2.0;
 
-  tier::recompute_operators(h, c);
+  tier::recompute_operators(h, tier::options_of_operators(c));
 
   EXPECT_EQ(h.levels_created, last);
   EXPECT_DOUBLE_EQ(h(last).a[1], 2.0 * before);

@@ -29,7 +29,7 @@ TEST(Pbint1, SolvesTheDiagonalBlock) {
     prepared_level p(s, std::vector<int>{-1, -1, 1, 1, 1, 1, 1, 1});
     tier::block_options o;
     o.nprim = 1;
-    o.nwtint = nwtint;
+    o.kind = tier::interpolation_kind{nwtint};
 
     EXPECT_EQ(nwtint == 4 ? tier::pbint2(p.lv, o) : tier::pbint1(p.lv, o), 0);
 
@@ -51,7 +51,7 @@ TEST(Pbint1, EliminatesAsScalarRowsDo) {
   prepared_level p(coupled(scalar, 2, 0.0), std::vector<int>{-1, -1, -1, -1, -1, -1, 1, 1, 1, 1});
   tier::block_options o;
   o.nprim = 1;
-  o.nwtint = 2;
+  o.kind = tier::interpolation_kind::standard;
 
   tier::pbint1(p.lv, o);
 
@@ -77,14 +77,14 @@ TEST_P(PbintFaults, EndTheCall) {
   sparse_system s = coupled(scalar, 2, 0.1);
   tier::block_options o;
   o.nprim = 1;
-  o.nwtint = GetParam().nwtint;
+  o.kind = tier::interpolation_kind{GetParam().nwtint};
   GetParam().change(s, o);
   prepared_level p(s, std::vector<int>{1, 1, -1, -1, -1, -1, -1, -1});
   tier::parm().mode_mess = -3;
 
   int ierr = 0;
   try {
-    o.nwtint == 4 ? tier::pbint2(p.lv, o) : tier::pbint1(p.lv, o);
+    o.kind == tier::interpolation_kind::multipass ? tier::pbint2(p.lv, o) : tier::pbint1(p.lv, o);
   } catch (const tier::failure& e) {
     ierr = e.ierr;
   }
@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
                    [](sparse_system& s, tier::block_options&) { make_singular(s, 4); },
                    "Problems with gdec8/gsol8 in (pbint1)"},
         fault_case{"EliminationNotAllowed", 2,
-                   [](sparse_system&, tier::block_options&) { tier::parm().allow_elim = 0; },
+                   [](sparse_system&, tier::block_options& o) { o.may_eliminate = false; },
                    "eelim=.true. but allow_elim.ne.1 in (pbint1)"}),
     [](const auto& i) { return i.param.name; });
 

@@ -42,7 +42,7 @@ TEST(Pcol, UnusableRowsAreForcedCOrFF) {
   s.a[0] = -4.0;  // row 1
   for (const int iset : {0, 1}) {
     tier::pcol_options o;
-    o.iset_vio_dd = iset;
+    o.unusable_become_c = iset != 0;
     const split_result r = split(s, o);
     EXPECT_EQ(r.states[1], iset == 1 ? tier::state_c : tier::state_ff);
     EXPECT_EQ(r.n.fc, iset);

@@ -32,7 +32,7 @@ TEST_P(PrimaryMatrix, HoldsNormsOfBlocks) {
   lv.npnts = 2;
   tier::set_points(lv);
   tier::primary_options o;
-  o.norm = GetParam().norm;
+  o.norm = tier::block_norm_kind{GetParam().norm};
 
   tier::build_primary_matrix(lv, o);
 

@@ -43,12 +43,12 @@ TEST_P(DirectRow, WeightsByHand) {
   std::vector<int> states(static_cast<std::size_t>(n), 1);
   states[0] = -1;
   tier::strength_options strength;
-  strength.ncgtyp = 2;
+  strength.kind = tier::strong_kind::negative_else_largest;
   strength.ecg2 = 0.01;
   prepared_level p(s, states, strength);
   tier::interpolation_options o;
-  o.nwtint = 1;
-  o.ntr1 = c.ntr1;
+  o.kind = tier::interpolation_kind::direct;
+  o.limits = tier::truncation{c.ntr1};
   o.etr = c.etr;
   o.unit_row_sum = c.unit_row_sum;
 
@@ -86,7 +86,7 @@ TEST(Pwint1, EliminatesStrongFineNeighbours) {
       s.add_row(1.0, {});
       prepared_level p(s, std::vector{-1, -1, -1, 1, 1});
       tier::interpolation_options o;
-      o.nwtint = nwtint;
+      o.kind = tier::interpolation_kind{nwtint};
 
       tier::pwint1_aa(p.lv, o, false, false);
 
@@ -105,7 +105,7 @@ TEST(Pwint1, ReportsARowSumOfZero) {
   s.add_row(1.0, {{4, 1.0}});
   s.add_row(1.0, {});
   tier::strength_options strength;
-  strength.ncgtyp = 2;
+  strength.kind = tier::strong_kind::negative_else_largest;
   prepared_level p(s, std::vector{-1, 1, -1, 1}, strength);
   tier::interpolation_options o;
   o.unit_row_sum = true;
@@ -127,7 +127,7 @@ TEST(Pwint1, ExtendsRowsWithoutStrongCouplings) {
   s.add_row(1.0, {});
   prepared_level p(s, std::vector{1, 1, -1, -1});
   tier::interpolation_options o;
-  o.nwtint = 3;
+  o.kind = tier::interpolation_kind::extended;
 
   EXPECT_EQ(tier::pwint1_aa(p.lv, o, false, false), 1);
 
@@ -147,7 +147,7 @@ TEST_P(Constants, AreInterpolatedExactly) {
   prepared_level p(five_point_neumann(40), tier::strength_options{});
   p.split();
   tier::interpolation_options o;
-  o.nwtint = nwtint;
+  o.kind = tier::interpolation_kind{nwtint};
 
   if (nwtint == 4) {
     tier::pwint2_aa(p.lv, o, false, false);

@@ -25,7 +25,7 @@ TEST(Pwint2, PassesReachTheMiddleOfAChain) {
   }
   prepared_level p(s, std::vector<int>{1, -1, -1, -1, -1, -1, -1, 1});
   tier::interpolation_options o;
-  o.nwtint = 4;
+  o.kind = tier::interpolation_kind::multipass;
 
   const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
 
@@ -34,8 +34,9 @@ TEST(Pwint2, PassesReachTheMiddleOfAChain) {
   for (int i = 2; i <= 7; ++i) expect_row(p.weights(i), {{i <= 4 ? 1 : 8, 1.0}});
 }
 
-// 3 and 4 couple with each other alone: no pass reaches them. They become C below gmax_multipass, else FF. At
-// the last attempt new C variables draw a warning; new FF ones get one attempt more, as they may spoil rows.
+// 3 and 4 couple with each other alone: no pass reaches them. They become C up to the largest share, else FF.
+// At the last attempt new C variables draw a warning; new FF ones get one attempt more, as they may spoil
+// rows.
 struct reach_case {
   const char* name;
   bool may_grow;
@@ -51,11 +52,11 @@ TEST_P(OutOfReach, BecomesCoarseOrTakesNoPart) {
   s.add_row(2.0, {{4, -1.0}});
   s.add_row(2.0, {{3, -1.0}});
   prepared_level p(s, std::vector<int>{1, -1, -1, -1});
-  tier::parm().gmax_multipass = c.may_grow ? 0.75 : 0.5;
-  tier::parm().numtry_max_set = c.most_attempts;
   tier::parm().mode_mess = -2;
   tier::interpolation_options o;
-  o.nwtint = 4;
+  o.kind = tier::interpolation_kind::multipass;
+  o.largest_coarse_share = c.may_grow ? 0.75 : 0.5;
+  o.most_attempts = c.most_attempts;
   tier::clear_warning();
 
   const tier::multipass_counts n = tier::pwint2_aa(p.lv, o, false, false);
@@ -70,9 +71,9 @@ TEST_P(OutOfReach, BecomesCoarseOrTakesNoPart) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, OutOfReach,
-                         testing::Values(reach_case{"Coarse", true, 0, 2, 0},
+                         testing::Values(reach_case{"Coarse", true, 3, 2, 0},
                                          reach_case{"CoarseAtTheLastAttempt", true, 1, 1, -140},
-                                         reach_case{"NoPart", false, 0, 2, 0},
+                                         reach_case{"NoPart", false, 3, 2, 0},
                                          reach_case{"NoPartAtTheLastAttempt", false, 1, 2, 0}),
                          [](const auto& i) { return i.param.name; });
 

@@ -21,7 +21,7 @@ TEST(Pwiter, ReplacesFineNeighboursByTheirRows) {
   s.add_row(2.0, {{3, -1.0}});
   prepared_level p(s, std::vector<int>{1, -1, -1, 1});
   tier::interpolation_options o;
-  o.nwtint = 1;
+  o.kind = tier::interpolation_kind::direct;
   tier::pwint1_aa(p.lv, o, false, false);
   expect_row(p.weights(2), {{1, 1.0}});
 

@@ -42,7 +42,7 @@ TEST_P(RwsrtRow, StrongColumnsInOrder) {
   s.add_row(1.0, others);
   for (int i = 2; i <= 6; ++i) s.add_row(1.0, {});
   tier::strength_options o;
-  o.ncgtyp = c.type;
+  o.kind = tier::strong_kind{c.type};
   o.ecg1 = c.ecg1;
 
   const tier::strength_counts n = tier::rwsrt(couplings_of(s), o);
@@ -82,7 +82,7 @@ TEST(Rwsrt, EliminationWeakensAColumn) {
     s.add_row(1.0, {});
     s.add_row(1.0, {{2, -1.9}});
     tier::strength_options o;
-    o.ncgtyp = type;
+    o.kind = tier::strong_kind{type};
 
     const tier::strength_counts n = tier::rwsrt(couplings_of(s), o);
 
@@ -101,7 +101,7 @@ TEST(Rwsrt, FailedElimination) {
     s.add_row(1.0, {});
     s.add_row(1.0, {{2, -3.0}, {3, -3.0}});
     tier::strength_options o;
-    o.ncgtyp = type;
+    o.kind = tier::strong_kind{type};
 
     const tier::strength_counts n = tier::rwsrt(couplings_of(s), o);
 
@@ -130,7 +130,7 @@ TEST(Rwsrt, SameBitsForAnyTeam) {
     const sparse_system original = random_system(4000, 12, 0.3, 7);
     sparse_system serial = original, threaded = original;
     tier::strength_options o;
-    o.ncgtyp = type;
+    o.kind = tier::strong_kind{type};
     tier::set_max_threads(1000);
     const tier::strength_counts one = tier::rwsrt(couplings_of(serial), o);
     omp_set_num_threads(3);

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "run/base/column.h"
+#include "run/base/vector3.h"
 
 namespace keld {
 
-using Vector3 = std::array<double, 3>;
 using Matrix6 = std::array<std::array<double, 6>, 6>;
 
 /// Written by the wedge renumbering.

@@ -97,15 +97,10 @@ int widestWith(int first, int second, const std::vector<int>& nodes) {
   return result;
 }
 
-/// A node number that the user gave must be that of a node of a triangle.
+/// A node that the user gave must be one of a triangle; that its number is one of a node is known since
+/// input.
 void checkGivenNodes(const std::array<int, 4>& given, const Column<int>& pieceOfNode) {
   for (std::size_t i = 1; i <= 3; ++i) {
-    if (given[i] < 1 || given[i] > nodeTable.nodeCount) {
-      vFail(
-          "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d: a node "
-          "number from 1 to %d was expected, or 0 to have all three chosen.\n",
-          i, workingFiles.cpu.c_str(), workingFiles.bc1.c_str(), given[i], nodeTable.nodeCount);
-    }
     if (pieceOfNode[given[i]] == no_piece) {
       vFail(
           "\n !! Error !!  Boundary node %zu of \"%s\" or \"%s\" is %d, which belongs to "

@@ -21,8 +21,6 @@ namespace {
 
 constexpr double smallest_normal = std::numeric_limits<double>::min();
 
-std::string figure(double x) { return formatted("%.6e", x); }
-
 void control(std::string_view text) { info(message_class::control, text); }
 
 bool sets_up(run_kind run) { return run == run_kind::set_up_and_keep || run == run_kind::set_up_once; }
@@ -45,8 +43,8 @@ bool first_guess_satisfies(call_state& s) {
   if (!(residual <= target)) return false;
 
   control("First guess satisfies eps-criterion:");
-  control("Residual of first guess  = " + figure(residual));
-  control("Residual to be undershot = " + figure(target));
+  control(formatted("Residual of first guess  = %.6e", residual));
+  control(formatted("Residual to be undershot = %.6e", target));
   if (s.c.iswit == run_kind::set_up_and_keep || s.c.iswit == run_kind::new_operators) {
     control("TIER setup will be performed anyway: user-enforced (iswit=" +
             std::to_string(code_of(s.c.iswit)) + ").");

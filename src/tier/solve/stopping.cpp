@@ -16,8 +16,6 @@ namespace {
 
 constexpr double tiny = 2.2250738585072014e-308, tiny_approximation = 2.2250738585072014e-307;
 
-std::string figure(double x) { return formatted("%.5e", x); }
-
 /// max |x - y| and max(|x|, |y|)
 struct distance {
   double difference = 0.0, size = 0.0;
@@ -121,8 +119,8 @@ bool stopping_rules::quasi_differs(double quasi, double real) const {
   const double smaller = std::min(quasi, real), larger = std::max(quasi, real);
   if (!(larger > tiny) || larger < o_.quasi_ratio * smaller) return false;
   const std::string tag(norm_tag(o_.norm));
-  info(message_class::warning, "norm of quasi " + tag + "-residual = " + figure(quasi));
-  info(message_class::warning, "norm of real  " + tag + "-residual = " + figure(real));
+  info(message_class::warning, formatted("norm of quasi %s-residual = %.5e", tag.c_str(), quasi));
+  info(message_class::warning, formatted("norm of real  %s-residual = %.5e", tag.c_str(), real));
   return true;
 }
 

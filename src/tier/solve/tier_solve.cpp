@@ -24,8 +24,6 @@ namespace {
 
 constexpr double smallest_normal = 2.2250738585072014e-308;
 
-std::string figure(double x) { return formatted("%.15e", x); }
-
 /// Compares the caller's res_in with the computed one, which holds.
 void tier_check_res_in(double user, double computed) {
   if (computed < 0.0 || user < 0.0)
@@ -34,8 +32,8 @@ void tier_check_res_in(double user, double computed) {
     fail(ierr_inconsistent_input, "User-defined first residual too tiny (tier_solve)!");
   if (100.0 * std::abs(user - computed) > std::min(user, computed)) {
     info(message_class::warning, "user-provided res_in is different from freshly computed one!");
-    info(message_class::warning, "user res_in=" + figure(user));
-    info(message_class::warning, "new  res_in=" + figure(computed));
+    info(message_class::warning, formatted("user res_in=%.15e", user));
+    info(message_class::warning, formatted("new  res_in=%.15e", computed));
   } else {
     info(message_class::note, "user-provided res_in is identical to freshly computed one!");
   }
@@ -55,8 +53,8 @@ void show_coarse_convergence(cycle_state& s) {
     for (int cycle = 1; cycle <= std::min(s.c.ncycle, 50) && before >= 1e-90; ++cycle) {
       cyc(s, k, "show_coarse_level_convergence");
       const double after = resid(l, l.f, l.u, s.c.norm_typ);
-      message("level " + std::to_string(k) + " cycle " + std::to_string(cycle) + " residual " +
-              figure(after) + " reduction " + figure(after / (before + 1e-90)));
+      message(formatted("level %d cycle %d residual %.15e reduction %.15e", k, cycle, after,
+                        after / (before + 1e-90)));
       before = after;
     }
   }

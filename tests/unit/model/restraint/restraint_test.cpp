@@ -60,12 +60,8 @@ TEST_F(Restraint, ImpossibleBoundaryNodesEndTheRun) {
   TestMesh mesh = square;
   mesh.node.push_back({9, 9, 9});  // node 6 in no triangle
   loadModel(mesh);
-  const std::pair<std::array<int, 4>, const char*> faults[] = {
-      {{0, 2, 3, 7}, "from 1 to 6"}, {{0, -1, 3, 5}, "Boundary node 1"}, {{0, 2, 6, 5}, "no triangle"}};
-  for (const auto& [given, words] : faults) {
-    processRecord.bcNode = given;
-    EXPECT_THAT(failureOf([] { selectBoundaryNodes(Joining::byTwoNodes); }), HasSubstr(words));
-  }
+  processRecord.bcNode = {0, 2, 6, 5};
+  EXPECT_THAT(failureOf([] { selectBoundaryNodes(Joining::byTwoNodes); }), HasSubstr("no triangle"));
   processRecord.bcNode = {0, 1, 3, 5};  // on one diagonal
   EXPECT_THAT(failureOf(runModelStages),
               HasSubstr("Error D5014 !!  The triangular area of three boundary nodes= 0.0"));

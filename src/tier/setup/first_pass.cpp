@@ -7,7 +7,7 @@
 
 #include "tier/setup/pcol.h"
 #include "tier/store/info.h"
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 
@@ -211,7 +211,7 @@ using blocks_of_rows = std::vector<std::unique_ptr<first_pass>>;
 template <class Step>
 void for_blocks(const blocks_of_rows& blocks, Step step) {
   const int team = static_cast<int>(blocks.size());
-  run_team(team, team, [&](const row_range& range) {
+  for_chunks(team, team, [&](const row_chunk& range) {
     for (int b = range.lo; b <= range.hi; ++b) step(*blocks[static_cast<std::size_t>(b - 1)]);
   });
 }

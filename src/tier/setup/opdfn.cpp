@@ -12,7 +12,7 @@
 #include "tier/setup/couplings.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 
@@ -113,7 +113,7 @@ struct product {
   /// Runs step(tid) for each part, one to a thread.
   template <class Step>
   void for_parts(Step step) {
-    run_team(team(), team(), [&](const row_range& parts) {
+    for_chunks(team(), team(), [&](const row_chunk& parts) {
       for (int t = parts.lo; t <= parts.hi; ++t) step(t - 1);
     });
   }

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 

@@ -10,7 +10,7 @@
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 
@@ -86,7 +86,7 @@ graph_outcome build_graph(const couplings& m, int least, int team, c_graph& g) {
   const auto counter = [&](int tid) {
     return path_counter(m, g.number, least, view<int>(paths.data() + std::int64_t{m.n} * tid));
   };
-  run_team(g.n, team, [&](const row_range& rows) {
+  for_chunks(g.n, team, [&](const row_chunk& rows) {
     path_counter paths_of = counter(rows.tid);
     std::int64_t sum = 0;
     for (int c = rows.lo; c <= rows.hi; ++c) {
@@ -103,7 +103,7 @@ graph_outcome build_graph(const couplings& m, int least, int team, c_graph& g) {
   g.start[1] = 1;
   for (int c = 1; c <= g.n; ++c) g.start[c + 1] += g.start[c];
   g.columns.allocate(entries, "columns", "reduce");
-  run_team(g.n, team, [&](const row_range& rows) {
+  for_chunks(g.n, team, [&](const row_chunk& rows) {
     path_counter paths_of = counter(rows.tid);
     for (int c = rows.lo; c <= rows.hi; ++c) {
       const int first = g.start[c];

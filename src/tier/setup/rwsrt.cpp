@@ -9,7 +9,7 @@
 
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 
@@ -283,7 +283,7 @@ strength_counts sort_all(const couplings& m, const strength_options& o, strong_k
   r.allocate(dense * team, "r", "rwsrt");
   strength_counts total;
   total.all_dominated = true;
-  run_team(m.n, team, [&](const row_range& rows) {
+  for_chunks(m.n, team, [&](const row_chunk& rows) {
     double* const column_of_thread = r.data() + dense * rows.tid;
     std::fill_n(column_of_thread, dense, 0.0);
     marker<kinds> pass(m, o, type, own.data() + std::int64_t{longest} * rows.tid,
@@ -334,7 +334,7 @@ void print_strength_counts(const strength_counts& n, strong_kind kind) {
 }
 
 void restore_diagonals(int n, view<const int> ia, view<int> ja) {
-  run_team(n, setup_team(n), [&](const row_range& rows) {
+  for_chunks(n, setup_team(n), [&](const row_chunk& rows) {
     for (int i = rows.lo; i <= rows.hi; ++i) ja[ia[i]] = i;
   });
 }

@@ -8,7 +8,7 @@
 #include "tier/setup/interpolation_row.h"
 #include "tier/setup/pcol.h"
 #include "tier/store/hierarchy.h"
-#include "tier/store/team.h"
+#include "tier/store/row_loop.h"
 
 namespace tier {
 
@@ -41,7 +41,7 @@ class weight_assembly {
   template <class Compute>
   int run(Compute compute) {
     for (bool finished = false; !finished;) {
-      run_team(team(), team(), [&](const row_range& range) {
+      for_chunks(team(), team(), [&](const row_chunk& range) {
         for (int p = range.lo; p <= range.hi; ++p)
           run_part(*parts_[static_cast<std::size_t>(p - 1)], compute);
       });

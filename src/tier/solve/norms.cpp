@@ -29,16 +29,7 @@ double accumulate(int n, int team, norm_kind norm, Terms terms) {
     terms(c, [&s, norm](double r) { s = take(s, r, norm); });
     return s;
   };
-  if (norm != norm_kind::largest || team <= 1) return sum_chunks(n, team, part);
-  thread_parts parts;
-  int ran = 1;
-#pragma omp parallel num_threads(team)
-  {
-    const row_chunk c = chunk_here(n);
-    parts.put(c.tid, part(c));
-    if (c.tid == 0) ran = c.team;
-  }
-  return parts.largest(ran);
+  return norm == norm_kind::largest ? largest_of_chunks(n, team, part) : sum_chunks(n, team, part);
 }
 
 }  // namespace

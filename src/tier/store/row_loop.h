@@ -1,5 +1,5 @@
-// Row loops of the kernels: one parallel region over contiguous chunks, and sums whose parts are added in
-// thread order. Used by every kernel of the solution phase.
+// Row loops: one parallel region over contiguous chunks, and sums whose parts are added in thread order.
+// Used by every threaded step of set-up and by every kernel of the solution.
 #pragma once
 
 #include <array>
@@ -77,19 +77,31 @@ class thread_parts {
   std::array<part, most_threads> parts_;
 };
 
-/// sum over the team of body(chunk), parts added in thread order.
+/// Takes body(chunk) of each thread of the team into `parts`; returns how many threads ran.
+template <class Body>
+int gather_parts(int n, int team, thread_parts& parts, Body body) {
+  int ran = 1;
+  for_chunks(n, team, [&](const row_chunk& c) {
+    parts.put(c.tid, body(c));
+    if (c.tid == 0) ran = c.team;
+  });
+  return ran;
+}
+
+/// Sum over the team of body(chunk), parts added in thread order.
 template <class Body>
 double sum_chunks(int n, int team, Body body) {
   if (team <= 1) return body(row_chunk{1, n, 0, 1});
   thread_parts parts;
-  int ran = 1;
-#pragma omp parallel num_threads(team)
-  {
-    const row_chunk c = chunk_here(n);
-    parts.put(c.tid, body(c));
-    if (c.tid == 0) ran = c.team;
-  }
-  return parts.sum(ran);
+  return parts.sum(gather_parts(n, team, parts, body));
+}
+
+/// Largest body(chunk) over the team.
+template <class Body>
+double largest_of_chunks(int n, int team, Body body) {
+  if (team <= 1) return body(row_chunk{1, n, 0, 1});
+  thread_parts parts;
+  return parts.largest(gather_parts(n, team, parts, body));
 }
 
 }  // namespace tier

@@ -41,6 +41,11 @@ int team_size(std::int64_t rows, int nmin) {
   return rows < std::int64_t{nmin} * most ? 1 : most;
 }
 
+int setup_team(int n) {
+  constexpr int least_rows = 500;
+  return team_size(n, least_rows);
+}
+
 int matrix_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix)); }
 int restriction_team(int n) { return std::min(most_threads, team_size(n, parm().nmin_matrix_resc)); }
 int vector_team(std::int64_t n) { return std::min(most_threads, team_size(n, parm().nmin_vector)); }

@@ -17,6 +17,9 @@ int team_size(std::int64_t rows, int nmin);
 
 constexpr int most_threads = 256;
 
+/// Threads for a step of set-up over n rows; small levels are not worth a team.
+int setup_team(int n);
+
 /// Teams of the row loops over a matrix, of restriction and over vectors, by nmin_matrix, nmin_matrix_resc
 /// and nmin_vector; most_threads at most.
 int matrix_team(int n);

@@ -126,6 +126,10 @@ std::vector<run> runs(const std::string& install) {
   flat.shape = part_maker::Shape::plate;
   linear_system thin = bench::part_system(flat, install);
   thin.name = "flat plate";
+  part_maker::PartOptions open = plate;
+  open.shape = part_maker::Shape::box;
+  linear_system box = bench::part_system(open, install);
+  box.name = "open box";
   const linear_system cube = bench::elastic_cube(16);
   const tier_settings cube_cg{12, 20, 1103000, 5120, 131, 2, -131};
   return {{normal_equations(3000, 17), "CG", cg},
@@ -136,8 +140,10 @@ std::vector<run> runs(const std::string& install) {
           {thin, "CG, all rows", cg_all},
           {ribbed, "analysis", analysis},
           {thin, "analysis", analysis},
+          {box, "analysis", analysis},
           {shuffled(ribbed), "analysis", analysis},
           {shuffled(thin), "analysis", analysis},
+          {shuffled(box), "analysis", analysis},
           {bench::poisson_5_point(150), "scalar", {}},
           {bench::poisson_7_point(30), "scalar", {}}};
 }

@@ -169,6 +169,32 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
   state.counters["C then F"] = median(passes) / median(products);
 }
 
+/// C rows and then F rows in threads, by so many rounds against a single one: the least time of each, as
+/// threads that meet wait for a neighbour's work too.
+void rounds_against_one(benchmark::State& state, linear_system given) {
+  system_of_run run(std::move(given), state.range(1));
+  tier::create_levels(run.h, run.c);
+  std::vector<double> copies(run.f.size() * static_cast<std::size_t>(state.range(1)));
+  tier::level& l = run.h(1);
+  const tier::vector scratch(copies.data());
+  std::vector<double> store(static_cast<std::size_t>(tier::entries_of_coarse_rows(l)));
+  const tier::rows_by_state sorted(l, tier::vector(store.data()));
+  constexpr int counts[] = {1, 2, 4, 8, 32};
+  std::vector<tier::sweep_rows> shared;
+  for (const int rounds : counts) shared.emplace_back(l, &sorted, nullptr, scratch, rounds);
+  std::vector<double> seconds[std::size(counts)];
+  const auto least = [](const std::vector<double>& x) { return *std::min_element(x.begin(), x.end()); };
+  for (auto step : state) {
+    for (std::size_t k = 0; k < shared.size(); ++k)
+      seconds[k].push_back(seconds_of([&] {
+        tier::relx_gs(l, shared[k], l.f, l.u, std::array{3, 1}, {}, scratch);
+      }));
+    state.SetIterationTime(seconds[0].back());
+  }
+  for (std::size_t k = 1; k < shared.size(); ++k)
+    state.counters[std::to_string(counts[k]) + " rounds"] = least(seconds[k]) / least(seconds[0]);
+}
+
 // Necessary traffic of step j of GMRES: the product, the diagonal, z written and read once, w and v(j)
 // scaled, and for each earlier column w read and written and two columns read; averaged over 30 steps, with
 // the update of u.
@@ -230,10 +256,17 @@ void sizes(benchmark::internal::Benchmark* bench, std::vector<long> list, const 
 void rows(benchmark::internal::Benchmark* bench) { sizes(bench, {100000, 1000000}, "rows"); }
 void triangles(benchmark::internal::Benchmark* bench) { sizes(bench, {10000, 40000}, "triangles"); }
 
+void threaded_rows(benchmark::internal::Benchmark* bench) { sizes(bench, {100000, 1000000}, "rows", {2}); }
+void threaded_triangles(benchmark::internal::Benchmark* bench) {
+  sizes(bench, {10000, 40000}, "triangles", {2});
+}
+
 void product_poisson(benchmark::State& s) { product_against_bandwidth(s, grid(s.range(0), 2)); }
 void product_plate(benchmark::State& s) { product_against_bandwidth(s, ribbed_plate(s.range(0))); }
 void sweep_poisson(benchmark::State& s) { sweeps_against_product(s, grid(s.range(0), 3)); }
 void sweep_plate(benchmark::State& s) { sweeps_against_product(s, ribbed_plate(s.range(0))); }
+void rounds_poisson(benchmark::State& s) { rounds_against_one(s, grid(s.range(0), 3)); }
+void rounds_plate(benchmark::State& s) { rounds_against_one(s, ribbed_plate(s.range(0))); }
 void diagonal_gmres_poisson(benchmark::State& s) { diagonal_step_against_traffic(s, grid(s.range(0), 2)); }
 void diagonal_gmres_plate(benchmark::State& s) { diagonal_step_against_traffic(s, ribbed_plate(s.range(0))); }
 void gmres_step_poisson(benchmark::State& s) { multigrid_step_against_product(s, grid(s.range(0), 2)); }
@@ -245,6 +278,8 @@ BENCHMARK(product_poisson)->Apply(rows);
 BENCHMARK(product_plate)->Apply(triangles);
 BENCHMARK(sweep_poisson)->Apply(rows);
 BENCHMARK(sweep_plate)->Apply(triangles);
+BENCHMARK(rounds_poisson)->Apply(threaded_rows);
+BENCHMARK(rounds_plate)->Apply(threaded_triangles);
 BENCHMARK(diagonal_gmres_poisson)->Apply(rows);
 BENCHMARK(diagonal_gmres_plate)->Apply(triangles);
 BENCHMARK(gmres_step_poisson)->Apply(rows);

@@ -19,13 +19,17 @@ constexpr double few = 0.06, many = 0.5;
 
 }  // namespace
 
-sweep_rows::sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch)
+sweep_rows::sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch,
+                       int rounds)
     : by_state_(sorted != nullptr), team_(matrix_team(l.n)) {
   const int fine = sorted ? sorted->fine() : l.n;
   all_ = {1, l.n, {1, fine}, {fine + 1, l.n}};
   if (team_ == 1) return;
   added_.allocate(l.n, "added", "sweep_rows");
-  if (choose_rounds(l, finer) > many) {
+  if (rounds > 0) {
+    damped_share(l, finer, rounds);
+    find_foreign_columns(l, scratch);
+  } else if (choose_rounds(l, finer) > many) {
     team_ = rounds_ = 1;
     threads_.clear();
     added_.release();
@@ -34,22 +38,23 @@ sweep_rows::sweep_rows(const level& l, const rows_by_state* sorted, const sweep_
   }
 }
 
+double sweep_rows::damped_share(const level& l, const sweep_rows* finer, int rounds) {
+  rounds_ = rounds;
+  share_out(l, finer);
+  return static_cast<double>(add_to_diagonals(l)) / l.n;
+}
+
 double sweep_rows::choose_rounds(const level& l, const sweep_rows* finer) {
-  const auto damped_share = [&](int rounds) {
-    rounds_ = rounds;
-    share_out(l, finer);
-    return static_cast<double>(add_to_diagonals(l)) / l.n;
-  };
   const int most = std::min(most_rounds, l.entries() / (team_ * least_block_entries));
-  double share = damped_share(least_rounds), least = share;
+  double share = damped_share(l, finer, least_rounds), least = share;
   int best = least_rounds;
   for (int rounds = 2 * least_rounds; rounds <= most && least > few; rounds *= 2) {
-    share = damped_share(rounds);
+    share = damped_share(l, finer, rounds);
     if (share >= least) continue;
     least = share;
     best = rounds;
   }
-  return best == rounds_ ? least : damped_share(best);
+  return best == rounds_ ? least : damped_share(l, finer, best);
 }
 
 row_block sweep_rows::block_of(const level& l, int lo, int hi) const {

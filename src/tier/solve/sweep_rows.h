@@ -48,7 +48,9 @@ class sweep_rows {
   /// sorted   keeps the rows of l by their states, null: they stand in the order of their numbers
   /// finer    the next finer level, null where there is none; its blocks are kept where they are as many
   /// scratch  threads * n numbers
-  sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch);
+  /// rounds   so many, whatever diagonals get larger; 0: as many as are best
+  sweep_rows(const level& l, const rows_by_state* sorted, const sweep_rows* finer, vector scratch,
+             int rounds = 0);
 
   bool by_state() const { return by_state_; }
   int team() const { return team_; }
@@ -63,6 +65,8 @@ class sweep_rows {
   row_block block_of(const level& l, int lo, int hi) const;
   /// Shares the rows out in as many rounds as leave few diagonals larger; returns their share.
   double choose_rounds(const level& l, const sweep_rows* finer);
+  /// The share of larger diagonals with so many rounds.
+  double damped_share(const level& l, const sweep_rows* finer, int rounds);
   void share_out(const level& l, const sweep_rows* finer);
   void find_foreign_columns(const level& l, vector scratch);
   void mark_columns(const level& l, thread_rows& own, char* marks);

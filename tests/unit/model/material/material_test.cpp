@@ -114,6 +114,23 @@ TEST_F(MaterialSetup, WeightFractionTakesTheDensityThatIsBlendedAlready) {
               1e-14);
 }
 
+// v = 0.2 of 70 GPa, 0.23, 3.5e-6 / K in 2 GPa, 0.3, 7e-5 / K. Halpin-Tsai across: g = 0.2 x 34 / 36.
+// Polymer: G = 2 / 2.6, K = 2 / 1.2 GPa; G23 = G (1 + v / ((K + 7/3 G) / (2 K + 8/3 G) + G / (Gf - G))), Gf =
+// 70 / 2.46.
+TEST_F(MaterialSetup, AcrossTheFibresTheFilledMaterialHasItsClosedForms) {
+  fill(2, 0.0, 0.2);
+  materialSetup();
+  const Matrix6& m = materialConstants[1].stiffness;
+  const double difference = 1.0 / (m[1][1] - m[1][2]);
+  const double sum = 1.0 / (m[1][1] + m[1][2] - 2.0 * m[0][1] * m[0][1] / m[0][0]);
+  const double g = 0.2 * 34.0 / 36.0, e22 = 2e10 * (1.0 + g) / (1.0 - g);
+  EXPECT_NEAR(2.0 / (difference + sum), e22, 1e-9 * e22);
+  const double shear = 2e10 / 2.6, bulk = 2e10 / 1.2, fillerShear = 7e11 / 2.46;
+  const double g23 = shear * (1.0 + 0.2 / ((bulk + 7.0 / 3.0 * shear) / (2.0 * bulk + 8.0 / 3.0 * shear) +
+                                           shear / (fillerShear - shear)));
+  EXPECT_NEAR(m[5][5], g23, 1e-9 * g23);
+}
+
 TEST_F(MaterialSetup, FilledMaterialIsStifferAndShrinksLessAlongTheFibres) {
   fill(2, 0.0, 0.2);
   materialSetup();

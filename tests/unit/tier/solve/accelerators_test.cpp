@@ -231,6 +231,22 @@ TEST(Stopping, RoundingIsNoBreakdown) {
   EXPECT_LE(run.results.ncyc_done, 4);  // a column of rounding alone ends the inner loop
 }
 
+// Asked for more than rounding allows, the updated residual goes on falling while the real one stands still.
+TEST(Stopping, TheRealResidualEndsWhatTheUpdatedOneWouldNot) {
+  for (const auto& [ncgrad, warning] : {std::pair{cg, tier::warn_cg_quasi_residual},
+                                        std::pair{bicgstab, tier::warn_bicgstab_quasi_residual}}) {
+    test_run run(five_point(20));
+    set_known_solution(run.system);
+    run.c.igam = tier::cycle_kind::diagonal;
+    run.c.ncgrad = ncgrad;
+    run.c.ncycle = 500;
+    run.c.eps = 1e-18;
+    EXPECT_EQ(run.solve(), warning);
+    EXPECT_LE(run.relative_residual(), 1e-13);
+    EXPECT_LT(run.results.ncyc_done, 200);
+  }
+}
+
 // The diagonal is the inverse: the first half of the first step solves, and counts as a step.
 TEST(Stopping, HalfAStepOfBicgstabCounts) {
   sparse_system diagonal;

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "support/tier/systems.h"
 #include "tier/solve/min_degree.h"
@@ -57,6 +59,31 @@ TEST_P(SparseGauss, SolvesToRounding) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Systems, SparseGauss, testing::Range(0, 7));
+
+// Leaves [1/2 .. 1] around a hub: their diagonals are half of the largest entry of their rows. Taken as
+// pivots they make no fill, so that the estimates suffice; pivots in the hub's column couple all leaves.
+TEST(SparseGaussPivots, LieOnTheDiagonalFromTheThresholdOn) {
+  constexpr int leaves = 200;
+  sparse_system s;
+  std::vector<std::pair<int, double>> spokes;
+  for (int i = 1; i <= leaves; ++i) {
+    s.add_row(0.5, {{leaves + 1, 1.0}});
+    spokes.emplace_back(i, 1.0);
+  }
+  s.add_row(1000.0, spokes);
+  std::fill(s.f.begin(), s.f.end(), 1.0);
+  const view<int> ia(s.ia.data()), ja(s.ja.data());
+  for (const double stability : {0.25, 0.75}) {
+    sparse_gauss spg;
+    spg.analyse(s.n, ia, ja);
+    const int outcome =
+        spg.factorise(ia, ja, view<double>(s.a.data()), {}, stability, spg.estimated_l(), spg.estimated_u());
+    ASSERT_EQ(outcome, stability < 0.5 ? sparse_gauss::done : sparse_gauss::out_of_u) << stability;
+    if (outcome != sparse_gauss::done) continue;
+    spg.substitute(view<double>(s.f.data()), view<double>(s.u.data()));
+    EXPECT_LT(testing_support::euclidean(testing_support::residual_of(s, s.u)), 1e-11);
+  }
+}
 
 TEST(MinimumDegree, OrdersAGridWithLittleFill) {
   sparse_system s = testing_support::five_point(64);

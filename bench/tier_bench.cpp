@@ -173,7 +173,7 @@ void sweeps_against_product(benchmark::State& state, linear_system given) {
 /// threads that meet wait for a neighbour's work too.
 void rounds_against_one(benchmark::State& state, linear_system given) {
   system_of_run run(std::move(given), state.range(1));
-  tier::create_levels(run.h, run.c);
+  tier::create_levels(run.h, run.c, tier::options_of_setup(run.c));
   std::vector<double> copies(run.f.size() * static_cast<std::size_t>(state.range(1)));
   tier::level& l = run.h(1);
   const tier::vector scratch(copies.data());

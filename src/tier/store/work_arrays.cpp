@@ -1,13 +1,10 @@
 // Counted storage of the work arrays.
 #include "tier/store/work_arrays.h"
 
-#ifdef __linux__
-#include <sys/mman.h>
-#endif
-
 #include <algorithm>
 #include <string>
 
+#include "tier/store/array_storage.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/parameters.h"
@@ -24,39 +21,26 @@ void count_words(std::int64_t count, std::size_t size) {
   memory().memd = std::max(memory().memd, memory().ndsum);
 }
 
-/// Storage that starts at a cache line, so that vector loops start aligned. Long arrays ask the system for
-/// large pages: that spares most page faults, a seventh of the time of set-up,
-/// and most misses of address translation.
-void* aligned_bytes(std::size_t bytes) {
-  constexpr std::size_t line = 64, large_page = std::size_t{1} << 21;
-  const bool large = bytes >= 2 * large_page;
-  const std::size_t alignment = large ? large_page : line;  // of which the size must be a multiple
-  void* const p = std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
-#ifdef MADV_HUGEPAGE
-  if (p && large) madvise(p, bytes, MADV_HUGEPAGE);  // a wish; where it isn't granted nothing is lost
-#endif
-  return p;
-}
-
 }  // namespace
 
 void* counted_allocate(std::size_t count, std::size_t size) {
   if (memory().allocations++ == memory().fail_at) return nullptr;
   if (count > std::numeric_limits<std::size_t>::max() / 2 / size) return nullptr;
-  void* const p = aligned_bytes(count * size);
+  void* const p = take_storage(count * size);
   if (p) count_words(static_cast<std::int64_t>(count), size);
   return p;
 }
 
 void counted_free(void* p, std::size_t count, std::size_t size) {
-  std::free(p);
+  return_storage(p, count * size);
   count_words(-static_cast<std::int64_t>(count), size);
 }
 
 void* counted_shrink(void* p, std::size_t count, std::size_t fewer, std::size_t size) {
+  void* const shrunk = shrink_storage(p, count * size, fewer * size);
+  if (!shrunk) extension_failed("a shorter array", "counted_shrink");  // the array stays as it is
   count_words(static_cast<std::int64_t>(fewer) - static_cast<std::int64_t>(count), size);
-  void* const shrunk = std::realloc(p, fewer * size);  // in place, unlike a copy to new storage
-  return shrunk ? shrunk : p;
+  return shrunk;
 }
 
 // The routines word it each in its own way.

@@ -5,32 +5,17 @@
 
 #include "input/mesh_tables.h"
 #include "model/element_geometry.h"
+#include "model/skin/shell_processing.h"
 #include "model/skin/shell_tables.h"
 #include "run/base/working_files.h"
 
 namespace keld {
 
-namespace {
-
-void prepareShellTables() {
-  const int elements = elementTable.node1.rows(), nodes = nodeTable.x.rows();
-  shell = {};
-  shell.runningCount = elementTable.elementCount;
-  shell.elementPartner.assign(elements, 0);
-  shell.elementSplitFlag.assign(elements, 0);
-  shell.elementKind.assign(elements, 1);
-  shell.thicknessClass.assign(nodes, 0);
-  shell.featureNode.assign(nodes, 0);
-  shell.connectorUse.assign(nodes, 0);
-}
-
-}  // namespace
-
 BoxSkin plateSkin(int cells) {
   BoxSkin skin{{4.0, 3.0, 0.2}, {cells, cells, 1}};
   skin.fillTables();
   elementGeometry();
-  prepareShellTables();
+  clearShellTables();
   return skin;
 }
 
@@ -55,7 +40,7 @@ void makePair() {
   geometry.largestExtent = 2.0;
   geometry.smallestExtent = 0.2;
   elementGeometry();
-  prepareShellTables();
+  clearShellTables();
   shell.characteristicThickness = 0.4;
   shell.elementPartner[1] = 2;
 }
@@ -72,7 +57,7 @@ void addElement(int a, int b, int c) {
   const int partner = shell.elementPartner[1];
   const auto feature = shell.featureNode;
   elementGeometry();
-  prepareShellTables();
+  clearShellTables();
   shell.characteristicThickness = 0.4;
   shell.elementPartner[1] = partner;
   shell.featureNode = feature;

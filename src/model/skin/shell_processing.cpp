@@ -17,9 +17,7 @@
 
 namespace keld {
 
-namespace {
-
-void clearTables() {
+void clearShellTables() {
   const int elements = elementTable.elementCount, nodes = nodeTable.nodeCount;
   shell = {};
   shell.runningCount = elementTable.elementCount;
@@ -30,6 +28,8 @@ void clearTables() {
   shell.featureNode.assign(nodes, 0);
   shell.connectorUse.assign(nodes, 0);
 }
+
+namespace {
 
 /// From pairs and raw thickness to repaired thickness and connector rows.
 void modelProcessingSequence() {
@@ -112,7 +112,7 @@ void raiseThinElements() {
 void shellProcessing() {
   const int rows = elementTable.node1.rows();
   const std::array nodesOfFile{elementTable.node1, elementTable.node2, elementTable.node3};
-  clearTables();
+  clearShellTables();
   if (readScratchFile()) {
     vPrintMessage(1, "\n # Shell model processing has been done ......\n\n");
     vPrintMessage(

@@ -16,4 +16,7 @@ void shellProcessing();
 /// of each element of the file, 0 for a runner element.
 void translatePartners(const Column<int>& compact);
 
+/// Sizes the tables of the stage for the mesh tables as they stand: no pairs, no connectors.
+void clearShellTables();
+
 }  // namespace keld

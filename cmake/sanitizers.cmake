@@ -4,8 +4,7 @@ option(KELD_COVERAGE "Count executed lines" OFF)
 option(KELD_FUZZ "Build the libFuzzer targets (clang)" OFF)
 
 if(KELD_SANITIZE)
-  # Assertions too: they check every index of the 1-based tables.
-  add_compile_options(-fsanitize=${KELD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -UNDEBUG)
+  add_compile_options(-fsanitize=${KELD_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KELD_SANITIZE})
 endif()
 if(KELD_COVERAGE)

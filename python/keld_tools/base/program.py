@@ -43,8 +43,11 @@ def run_program(name: str, options, run, subject: str, on_fault: str) -> int:
 
 def next_commands(base: Path) -> str:
     """What to type next for the job at `base`, with its name as the shell wants it."""
-    word = shlex.quote(str(base))
-    return f"keld {word} 1@ INSTALL/ 2@   then   keld-view {word}"
+    return f"keld {shlex.quote(str(base))} 1@ INSTALL/ 2@   then   {view_command(base)}"
+
+
+def view_command(base: Path) -> str:
+    return f"keld-view {shlex.quote(str(base))}"
 
 
 def whole_output(main):

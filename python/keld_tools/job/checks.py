@@ -117,7 +117,7 @@ def check_turning(mesh: JobMesh, edges: surface.Edges, place: str, findings: Fin
             place,
             f"neighbours are turned the opposite way at {same.sum()} edges ({count_of(bad, 'element')}): "
             "lower and upper side change places there, and the wall is twisted; orient_triangles = true "
-            "in [mesh] turns them",
+            "in [mesh] (or --orient) turns them",
         )
 
 

@@ -13,18 +13,12 @@ from ..base import units
 from ..base.findings import Findings, count_of
 from ..meshes import surface
 from ..meshes.mesh_input import JobMesh
+from ..meshes.raw_mesh import named
 from ..part.part_file import FIELDS, FieldRequest, Part
 from .element_csv import read_values
 from .orientation import TRACE_SLACK, full_tensor, principal_in_wall
 
 PERPENDICULAR = 1e-3  # a direction whose part in the element's plane is shorter counts as perpendicular
-
-
-def group_of(mesh: JobMesh, name: str) -> np.ndarray | None:
-    """(S,) mask of a group; decks write the names of their sets in any case."""
-    alike = [key for key in mesh.groups if key.lower() == name.lower()]
-    found = name if name in mesh.groups else alike[0] if len(alike) == 1 else None
-    return None if found is None else mesh.groups[found]
 
 
 class Fields:
@@ -111,16 +105,17 @@ class Fields:
     def thickness(self) -> np.ndarray:
         """(T,) mm: CSV, then cell data or groups, then property cards, then the one value; without any a fault."""
         mesh, request, source = self.mesh, self.part.mesh, self.mesh.source
+        place = request.place or str(request.path)
         by_shell = mesh.card_thickness_mm.copy()
         for name, value in request.thickness_by_group_mm.items():
-            mask = group_of(mesh, name)
-            if mask is None:
+            group = named(mesh.groups, name)
+            if group is None:
                 self.findings.fault(
-                    request.place,
+                    place,
                     f"thickness_by_group: the mesh has no group {name!r}; it has " + (", ".join(mesh.groups) or "none"),
                 )
             else:
-                by_shell[mask] = value
+                by_shell[mesh.groups[group]] = value
         result = by_shell[source]
         if request.thickness_mm:
             given = self.requested(request.thickness_mm, 1)
@@ -130,14 +125,14 @@ class Fields:
             result = np.where(np.isnan(rows), result, rows)
         if np.isnan(result).any():
             self.findings.fault(
-                request.place,
+                place,
                 f"{count_of(self.numbers(np.isnan(result)), 'element')} without a "
                 "thickness; give thickness_mm in [mesh] (or --thickness)",
             )
         bad = (result <= 0) | np.isinf(result)
         if bad.any():
             self.findings.fault(
-                request.place, f"{count_of(self.numbers(bad), 'element')} with a thickness that " "isn't above 0"
+                place, f"{count_of(self.numbers(bad), 'element')} with a thickness that " "isn't above 0"
             )
         return result
 

@@ -14,6 +14,8 @@ from ..base.findings import Findings
 from ..base.progress import Progress
 from ..meshes import mesh_input, surface
 from ..meshes.mesh_input import JobMesh
+from ..meshes.raw_mesh import named
+from ..part.drawing import Box, Measure
 from ..part.part_file import Part
 from . import checks, free_shrinkage, origin, working_files
 from .fields import Fields
@@ -88,13 +90,22 @@ def origin_of(part: Part, mesh: JobMesh, findings: Findings) -> Origin:
     drawing = part.drawing
     for measure in drawing.measures:
         measure.places = own_numbers(mesh, measure.places, f"{measure.where} {measure.name}", findings)
-        for face in measure.faces:
-            if isinstance(face, str) and face not in groups:
-                has = ", ".join(groups) or "none"
-                findings.fault(measure.where, f"{measure.name}: the mesh has no group {face!r}; it has {has}")
+        measure.faces = own_faces(groups, measure, findings)
     if drawing.datum:
         drawing.datum = own_numbers(mesh, drawing.datum, "[datum]", findings)
     return Origin(part.mesh.path, mesh.to_mm, groups, drawing, part.title)
+
+
+def own_faces(groups: dict[str, np.ndarray], measure: Measure, findings: Findings) -> list[str | Box]:
+    """Groups as the mesh writes their names; boxes stay what they are."""
+    faces: list[str | Box] = []
+    for face in measure.faces:
+        group = named(groups, face) if isinstance(face, str) else face
+        if group is None:
+            has = ", ".join(groups) or "none"
+            findings.fault(measure.where, f"{measure.name}: the mesh has no group {face!r}; it has {has}")
+        faces.append(face if group is None else group)
+    return faces
 
 
 def own_numbers(mesh: JobMesh, places: list, place: str, findings: Findings) -> list:

@@ -16,7 +16,8 @@ FINE, COARSE = 1.3, 4.0  # beyond these its curvature is some 30 % off
 LONGEST = 7.0  # edges over thickness up to which facets were measured against bricks
 
 
-def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
+def summary_of(part: Part, mesh: JobMesh, files: JobFiles, runs: bool = False) -> str:
+    """runs: keld runs next without being asked."""
     size = np.ptp(mesh.points_mm[np.unique(mesh.triangles)], axis=0)
     ratio = edge_over_wall(mesh, files.thickness_mm)
     thickness = f"{files.thickness_mm.min():.4g}"
@@ -39,7 +40,7 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles) -> str:
         lines.append(free_shrinkage.words_on(polymer, part.filler, fraction, *files.shrinking))
     lines += [f"note: {note}" for note in mesh.notes]
     lines.append("written: " + " ".join(sorted(files.contents)))
-    lines.append(f"next: {next_commands(part.base)}")
+    lines += [] if runs else [f"next: {next_commands(part.base)}"]
     return "\n".join(lines)
 
 

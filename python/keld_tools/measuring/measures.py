@@ -11,10 +11,12 @@ import numpy as np
 
 from ..base.findings import BadFile, Findings
 from ..meshes import surface
+from ..meshes.raw_mesh import named
 from . import features
 from ..part.drawing import LENGTHS, ZONES, Box, Measure, Place
 
 FAR = 0.25  # of the part's extent: a place farther than this from the mesh is a mistake
+BENT = 0.01  # of a face's extent: one that lies farther from a plane in the nominal shape isn't flat
 
 
 @dataclass
@@ -79,12 +81,27 @@ def answer(measure: Measure, shapes: Shapes, findings: Findings) -> Answer:
             f"{measure.name}: nominal {nominal:.6g} {measure.unit}, but the mesh has {drawn:.6g} there; "
             "is it the right place, and the mesh the right part?",
         )
+    warn_of_bent_faces(measure, shapes, findings)
     moved = shapes.aligned_mm if measure.kind in ("position", "profile") else shapes.moulded_mm
     shrinkage = None
     if measure.kind in LENGTHS:
         cavity = value(shapes.cavity_mm)
         shrinkage = 100.0 * (cavity - value(shapes.moulded_mm)) / cavity if cavity > 0 else None
     return Answer(measure, nominal, value(moved), shrinkage, places)
+
+
+def warn_of_bent_faces(measure: Measure, shapes: Shapes, findings: Findings) -> None:
+    """Flatness and angle are those of planes: a group round a corner has neither, whatever number comes out."""
+    for face in measure.faces if measure.kind in ("flatness", "angle") else []:
+        points = shapes.nominal_mm[nodes_of(face, measure, shapes)]
+        off = features.flatness_mm(points)
+        if off > BENT * float(np.ptp(points, axis=0).max()):
+            what = f"group {face!r}" if isinstance(face, str) else f"box {face}"
+            findings.warn(
+                measure.where,
+                f"{measure.name}: the nominal shape of {what} isn't flat, its nodes lie within {off:.4g} mm; "
+                f"choose a flat part of it for {'an angle' if measure.kind == 'angle' else 'flatness'}",
+            )
 
 
 def allowed(measure: Measure) -> float:
@@ -132,10 +149,11 @@ def node_at(number: int, measure: Measure, shapes: Shapes) -> int:
 def nodes_of(face: str | Box, measure: Measure, shapes: Shapes) -> np.ndarray:
     """Node indices of a group, or within a box."""
     if isinstance(face, str):
-        if face not in shapes.groups:
+        group = named(shapes.groups, face)
+        if group is None:
             known = ", ".join(shapes.groups) or "none"
             raise BadFile(measure.where, f"{measure.name}: there is no group {face!r}; the job knows {known}")
-        return np.unique(shapes.triangles[shapes.groups[face]])
+        return np.unique(shapes.triangles[shapes.groups[group]])
     points = shapes.nominal_mm[shapes.nodes]
     slack = 1e-6 * shapes.extent_mm
     inside = ((points >= np.array(face[0]) - slack) & (points <= np.array(face[1]) + slack)).all(axis=1)

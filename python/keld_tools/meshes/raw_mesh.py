@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+from collections.abc import Iterable
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -125,6 +126,12 @@ def shell_corners(kind: str, data: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
         return np.column_stack([data[:, :corners], np.full((len(data), 4 - corners), -1)]), row
     fan = np.stack([data[:, [0, k, k + 1]] for k in range(1, corners - 1)], axis=1).reshape(-1, 3)
     return np.column_stack([fan, np.full(len(fan), -1)]), np.repeat(row, corners - 2)
+
+
+def named(groups: Iterable[str], name: str) -> str | None:
+    """The group of that name; decks write the names of their sets in any case."""
+    alike = [group for group in groups if group.lower() == name.lower()]
+    return name if name in alike else alike[0] if len(alike) == 1 else None
 
 
 def indices_of(numbers: np.ndarray, wanted: np.ndarray) -> np.ndarray:

@@ -12,7 +12,7 @@ from pathlib import Path
 from .. import __version__
 from ..base import atomic, keld_program, ownership
 from ..base.findings import BadFile, Findings
-from ..base.program import run_program, whole_output
+from ..base.program import run_program, view_command, whole_output
 from ..base.progress import Progress
 from ..job import checks, job_files, working_files
 from ..job.summary import summary_of
@@ -35,6 +35,7 @@ def arguments(argv: list[str] | None) -> argparse.Namespace:
     parser.add_argument(
         "--repair", type=float, metavar="MM", help="collapse edges shorter than this, drop what is empty"
     )
+    parser.add_argument("--orient", action="store_true", help="turn triangles so that neighbours agree")
     parser.add_argument("--leave-out", action="store_true", help="pass over elements that can be no wall, as solids")
     parser.add_argument("--overwrite", action="store_true", help="replace files that these tools didn't write")
     parser.add_argument("--run", action="store_true", help="run keld on the job too; no solution is a fault")
@@ -89,7 +90,7 @@ def run(options: argparse.Namespace, findings: Findings, progress: Progress) -> 
         last=".PG1",
     )
     options.base = part.base
-    return summary_of(part, mesh, files)
+    return summary_of(part, mesh, files, options.run)
 
 
 def run_job(options: argparse.Namespace, findings: Findings, progress: Progress) -> str:
@@ -99,7 +100,7 @@ def run_job(options: argparse.Namespace, findings: Findings, progress: Progress)
     outcome = keld_program.run_keld(program, options.base)
     if fault := outcome.fault():
         findings.fault(str(options.base), fault)
-    return outcome.summary()
+    return f"{outcome.summary()}\nnext: {view_command(options.base)}"
 
 
 def read_request(options: argparse.Namespace, findings: Findings) -> Part:
@@ -130,6 +131,7 @@ def read_request(options: argparse.Namespace, findings: Findings) -> Part:
             findings.fault("command line", f"--repair {options.repair:g} isn't above 0")
         part.mesh.repair_below_mm = options.repair
     part.mesh.leave_out |= options.leave_out
+    part.mesh.orient |= options.orient
     if options.output:
         part.base = Path(options.output)
     elif first_try:

@@ -112,7 +112,8 @@ def summary(plan: Plan, outcomes, extremes, options, at_a_time: int, written: li
     resumed = sum(o.run.resumed for o in outcomes)
     where = f"by {options.cluster}" if options.cluster else f"{at_a_time} at a time"
     seconds = np.sum([o.run.seconds for o in outcomes])
-    lines = [f"{len(outcomes)} variants, {resumed} of them resumed; {seconds:.1f} s of runs, {where}"]
+    ran = f"{seconds:.1f} s of runs, {where}" if resumed < len(outcomes) else "nothing to run"
+    lines = [f"{len(outcomes)} variants, {resumed} of them resumed; {ran}"]
     for word, outcome in zip(("best", "worst"), extremes):
         out, _ = outcome.rank()
         told = f"{out} of {len(outcome.answers)} measures out" if outcome.answers else ""

@@ -320,6 +320,15 @@ def test_likely_mistakes_are_warned_of(tmp_path, job, text, mesh, words):
     assert status == 0 and words in said and (tmp_path / "j.PG1").exists()
 
 
+def test_triangles_are_turned_on_request(tmp_path, job):
+    write_plate(tmp_path / "plate.msh", **({"points": TILTED} | WARNINGS["turned"][1]))
+
+    status, said = job(PART, "--orient")
+
+    normals = surface.unit_normals((part := read_geometry(tmp_path / "j.PG1")).points_mm, part.triangles)
+    assert (status, said) == (0, "") and normals[0] @ normals[1] > 0.9
+
+
 @pytest.mark.parametrize("mark", ["", "\ufeff"], ids=["plain", "byte order mark"])
 def test_a_plain_plate_has_no_warning(tmp_path, job, mark):
     write_plate(tmp_path / "plate.msh")
@@ -401,7 +410,10 @@ def test_a_write_that_fails_leaves_the_old_family(tmp_path, blocked, monkeypatch
 @pytest.mark.parametrize(
     "words, said",
     [
-        ([], "--thickness"),
+        (
+            [],
+            "a.msh: 12 elements (1, 2, 3, 4, 5, ...) without a thickness; give thickness_mm in [mesh] (or --thickness)",
+        ),
         (["--thickness", "-1"], "above 0"),
         (["--thickness", "2", "--repair", "0"], "--repair 0 isn't above 0"),
         (["--thickness", "2", "--polymer", "X"], "not in the library"),

@@ -112,6 +112,18 @@ def test_what_cannot_be_measured_is_named(measure, words):
     assert answer is None and words in findings.faults[0] and measure.name in findings.faults[0]
 
 
+@pytest.mark.parametrize("kind, faces, warned", [
+    ("flatness", ["all"], 1), ("angle", ["Left", "all"], 1), ("angle", ["LEFT", "right"], 0), ("profile", ["all"], 0),
+])  # fmt: skip
+def test_a_group_round_a_corner_is_no_plane(kind, faces, warned):
+    findings, corner = Findings(), folded(90)
+    shapes = Shapes(corner, corner, corner, corner, TRIANGLES, {"left": LEFT, "right": ~LEFT, "all": LEFT | True})
+
+    answers_of([Measure("m", kind, faces=faces)], shapes, findings)
+
+    assert findings.faults == [] and sum("'all' isn't flat" in text for text in findings.warnings) == warned
+
+
 def test_a_drawing_that_is_not_of_this_mesh_is_warned_of():
     _, findings = answered(Measure("", "distance", 66.0, (-1.0, 1.0), ENDS), FLAT, FLAT)
 

@@ -39,7 +39,7 @@ def test_faults_of_a_drawing(tmp_path, text, words):
 @pytest.mark.parametrize("tolerance, status", [(0.41, 0), (0.39, 2)])
 def test_measures_of_the_part_file_reach_the_result(tmp_path, job, capsys, tolerance, status):
     write_plate(tmp_path / "plate.msh")
-    text = PART + LENGTH + f"tolerance_mm = {tolerance}\n" + '[[measure]]\nkind = "flatness"\ngroup = "wall"\n'
+    text = PART + LENGTH + f"tolerance_mm = {tolerance}\n" + '[[measure]]\nkind = "flatness"\ngroup = "Wall"\n'
     assert job(text)[0] == 0
     (tmp_path / "j.WR1").write_text(results_text(-0.01 * plate()[0]))
 

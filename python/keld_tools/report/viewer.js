@@ -65,7 +65,7 @@
   const cut = 'uniform vec4 plane; varying vec3 place;\n';
   const skin = new THREE.ShaderMaterial({
     uniforms: Object.assign({ bar: { value: texture }, low: { value: 0 }, span: { value: 1 }, shade: { value: 1 } }, shared),
-    side: THREE.DoubleSide, polygonOffset: true, polygonOffsetFactor: 1, polygonOffsetUnits: 1,
+    side: THREE.DoubleSide, polygonOffset: true, polygonOffsetFactor: 2, polygonOffsetUnits: 4,
     extensions: { derivatives: true },
     vertexShader: moved + 'attribute float value; varying float v; varying vec3 seen;' +
       'void main() { place = position + times * shift; v = value; vec4 p = modelViewMatrix * vec4(place, 1.0);' +
@@ -76,9 +76,10 @@
       'float light = mix(1.0, 0.72 + 0.28 * abs(dot(n, normalize(vec3(0.25, 0.45, 0.86)))), shade);' +
       'gl_FragColor = vec4(texture2D(bar, vec2(clamp((v - low) / span, 0.002, 0.998), 0.5)).rgb * light, 1.0); }'
   });
-  const lineMaterial = (colour, still) => new THREE.ShaderMaterial({
-    uniforms: { colour: { value: new THREE.Color(colour) }, times: still ? { value: 0 } : shared.times, plane: shared.plane },
-    vertexShader: moved + 'void main() { place = position + times * shift; gl_Position = projectionMatrix * modelViewMatrix * vec4(place, 1.0); }',
+  const lineMaterial = (colour, still, aside) => new THREE.ShaderMaterial({
+    uniforms: { colour: { value: new THREE.Color(colour) }, times: still ? { value: 0 } : shared.times, plane: shared.plane, aside },
+    vertexShader: moved + 'uniform vec2 aside; void main() { place = position + times * shift;' +
+      'gl_Position = projectionMatrix * modelViewMatrix * vec4(place, 1.0) + vec4(aside, 0.0, 0.0); }',
     fragmentShader: cut + 'uniform vec3 colour; void main() { if (dot(place, plane.xyz) > plane.w) discard; gl_FragColor = vec4(colour, 1.0); }'
   });
   const position = new THREE.BufferAttribute(points, 3), shift = new THREE.BufferAttribute(new Float32Array(points.length), 3);
@@ -92,9 +93,13 @@
     return made;
   }
   const scene = new THREE.Scene();
-  const outline = new THREE.LineSegments(geometry(edges), lineMaterial(0x78828d, true));
+  // A line is one pixel wide, of two for one; so each stands again aside by one and above by one.
+  const none = { value: new THREE.Vector2() }, aside = { value: new THREE.Vector2() }, above = { value: new THREE.Vector2() };
+  const lines = (colour, still, by) => new THREE.LineSegments(geometry(edges), lineMaterial(colour, still, by));
+  const outlines = [none, aside, above].map((by) => lines(0x9aa3ad, true, by));
+  const folds = [none, aside, above].map((by) => lines(0x111111, false, by));
   const whole = geometry(triangles), part = new THREE.Mesh(whole, skin);
-  for (const object of [part, new THREE.LineSegments(geometry(edges), lineMaterial(0x111111, false)), outline]) {
+  for (const object of [part, ...folds, ...outlines]) {
     object.frustumCulled = false;
     scene.add(object);
   }
@@ -250,10 +255,13 @@
     waiting = true;
     requestAnimationFrame(() => {
       waiting = false;
-      outline.visible = get('outline').checked;
       skin.uniforms.shade.value = get('shading').checked ? 1 : 0;
       const ratio = slow && moving ? 1 : FINER;
       if (renderer.getPixelRatio() !== ratio) renderer.setPixelRatio(ratio);
+      folds.forEach((line, i) => { line.visible = !i || ratio > 1; });
+      outlines.forEach((line, i) => { line.visible = (!i || ratio > 1) && get('outline').checked; });
+      aside.value.x = 2 / (canvas.clientWidth * ratio);
+      above.value.y = 2 / (canvas.clientHeight * ratio);
       part.geometry = slow && moving && rough ? rough : whole;
       renderer.render(scene, camera);
       placeLabels();

@@ -503,6 +503,21 @@ TEST(Transformed, ResidualsAreOfTheCallersSystem) {
   }
 }
 
+// Loads in the rows of the smallest unit alone: rounding and errors of the others are large in the caller's
+// units.
+TEST(Transformed, AScaledSolutionThatMissesTheCallersTargetIsNoQuietOne) {
+  tier_call call = badly_scaled_call();
+  for (std::size_t i = 0; i < call.s.f.size(); ++i) {
+    if (i % 6 != 0) call.s.f[i] = 0.0;
+    for (int p = call.s.ia[i]; i % 6 != 0 && p < call.s.ia[i + 1]; ++p)
+      call.s.a[static_cast<std::size_t>(p) - 1] *= 1e4;
+  }
+  call.matrix = 226;
+  call.run();
+  EXPECT_GT(call.res_out, 1e-8 * call.res_in);
+  EXPECT_EQ(call.ierr, -863) << call.said;
+}
+
 TEST(Transformed, HalfStorageSolvesTheWholeMatrix) {
   tier_call whole = poisson_call(12);
   whole.matrix = 12;

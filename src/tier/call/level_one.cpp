@@ -164,8 +164,8 @@ void scale_right_hand_side(level& l, int n, const system_scaling& scaling) {
 }
 
 void set_points(level& l, const call_arguments& call, const controls& c) {
-  l.iu = c.nsys > 1 ? view<int>(const_cast<int*>(call.iu)) : view<int>();
-  l.ip = c.has_ip ? view<int>(const_cast<int*>(call.ip)) : view<int>();
+  l.iu = c.nsys > 1 ? view<int>(const_cast<int*>(call.iu), c.nnu) : view<int>();
+  l.ip = c.has_ip ? view<int>(const_cast<int*>(call.ip), c.nnu) : view<int>();
   l.npnts = c.npnts;
   if (c.nsys > 1 || c.nstyp != approach::by_points) return;
   l.own_iu.allocate(c.nnu, 1, "iu", routine);
@@ -182,11 +182,11 @@ void set_points(level& l, const call_arguments& call, const controls& c) {
 void bind_level_one(level& fine, const call_arguments& call, const controls& c) {
   fine.n = c.nnu;
   // The library writes none of these but ja, a and u; its views are the same for all levels.
-  fine.ia = view<int>(const_cast<int*>(call.ia));
-  fine.ja = view<int>(call.ja);
-  fine.a = view<double>(call.a);
-  fine.f = view<double>(const_cast<double*>(call.f));
-  fine.u = view<double>(call.u);
+  fine.ia = view<int>(const_cast<int*>(call.ia), c.nnu + 1);
+  fine.ja = view<int>(call.ja, call.nna);
+  fine.a = view<double>(call.a, call.nna);
+  fine.f = view<double>(const_cast<double*>(call.f), c.nnu);
+  fine.u = view<double>(call.u, c.nnu);
   set_points(fine, call, c);
   if (c.half_stored) expand_half(fine, c.nnu);
   if (c.iforce0 == transformation::remove_zeros) copy_without_zeros(fine, c.nnu);

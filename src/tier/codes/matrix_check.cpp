@@ -126,8 +126,8 @@ void check_matrix(const call_arguments& call, const controls& c) {
     if (i <= m.n)
       bad_array(name, "Element " + std::to_string(i) + " is not within 1 to " + std::to_string(most));
   };
-  if (c.nsys > 1) require_within("iu", view<const int>(call.iu), c.nsys);
-  if (c.has_ip) require_within("ip", view<const int>(call.ip), c.nnu);
+  if (c.nsys > 1) require_within("iu", view<const int>(call.iu, c.nnu), c.nsys);
+  if (c.has_ip) require_within("ip", view<const int>(call.ip, c.nnu), c.nnu);
 }
 
 int count_points(const call_arguments& call, const controls& c) {

@@ -2,6 +2,7 @@
 // Freed by scope or by release(); a failed allocation ends the call with ierr 70 (growth: 60).
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -25,19 +26,40 @@ void* counted_shrink(void* p, std::size_t count, std::size_t fewer, std::size_t 
 /// With the parameter trackmem, prints "<what> <name> in (routine)" with the size and the memory in use.
 void track_allocation(const char* what, const char* name, const char* routine, std::int64_t n);
 
-/// A 1-based view of somebody's array: p[1] .. p[n].
+/// The number of elements of a view, kept where assertions check indices and no bytes else.
+struct view_bound {
+#ifdef NDEBUG
+  explicit view_bound(std::int64_t) {}
+  bool holds(std::int64_t) const { return true; }
+#else
+  explicit view_bound(std::int64_t elements) : n(elements) {}
+  bool holds(std::int64_t i) const { return i >= 1 && i <= n; }
+  std::int64_t n;
+#endif
+};
+
+/// A 1-based view of somebody's array: p[1] .. p[n]. Assertions check an index from above where n is told.
 template <class T>
 class view {
  public:
   view() = default;
-  explicit view(T* first) : first_(first) {}
-  T& operator[](std::int64_t i) const { return first_[i - 1]; }
+  explicit view(T* first, std::int64_t n = std::numeric_limits<std::int64_t>::max())
+      : first_(first), bound_(n) {}
+  T& operator[](std::int64_t i) const {
+    assert(bound_.holds(i));
+    return first_[i - 1];
+  }
   T* data() const { return first_; }
   explicit operator bool() const { return first_ != nullptr; }
-  operator view<const T>() const requires(!std::is_const_v<T>) { return view<const T>(first_); }
+  operator view<const T>() const requires(!std::is_const_v<T>) { return view<const T>(first_, bound_); }
 
  private:
+  template <class>
+  friend class view;
+  view(T* first, view_bound bound) : first_(first), bound_(bound) {}
+
   T* first_ = nullptr;
+  [[no_unique_address]] view_bound bound_{0};
 };
 
 /// An owned 1-based array of plain numbers, not initialised by allocate().
@@ -105,12 +127,18 @@ class work_array {
   }
 
   std::int64_t size() const { return size_; }
-  T& operator[](std::int64_t i) { return first_[i - 1]; }
-  const T& operator[](std::int64_t i) const { return first_[i - 1]; }
+  T& operator[](std::int64_t i) {
+    assert(i >= 1 && i <= size_);
+    return first_[i - 1];
+  }
+  const T& operator[](std::int64_t i) const {
+    assert(i >= 1 && i <= size_);
+    return first_[i - 1];
+  }
   T* data() { return first_; }
   const T* data() const { return first_; }
-  operator view<T>() { return view<T>(first_); }
-  operator view<const T>() const { return view<const T>(first_); }
+  operator view<T>() { return view<T>(first_, size_); }
+  operator view<const T>() const { return view<const T>(first_, size_); }
 
  private:
   T* first_ = nullptr;

@@ -184,7 +184,7 @@ linear_system part_system(const part_maker::PartOptions& part, const std::string
   s.functions = 3;
   s.n = freedoms.freeDofCount;
   const auto copy = [](const auto& from, long count, auto& to) {
-    to.assign(from.begin() + 1, from.begin() + 1 + count);
+    to.assign(from.begin(), from.begin() + count);
   };
   const CompressedSystem& made = systemOfPass;
   copy(made.rowStart, s.n + 1, s.ia);

@@ -97,7 +97,7 @@ void measureRun(const std::string& base, const std::string& install, Measured& m
   double librarysOwn = 0.0;
   {
     std::unique_ptr<DirectSolver> solver;
-    solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+    solution.rowSolution.assign(freedoms.freeDofCount, 0.0);
     m.solver = timed([&] {
       solver = std::make_unique<DirectSolver>(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate),
                                               inCoreLimit(availableMemory()), scratchFolder(base));
@@ -125,7 +125,7 @@ void measureLibrary(const std::string& base, const std::string& install, Measure
   patternSearch();
   assemblePass(1, 2);
   std::vector<int> row, column, start{1}, unknown;
-  std::vector<double> value, load(systemOfPass.rowLoad.begin() + 1, systemOfPass.rowLoad.end());
+  std::vector<double> value, load(systemOfPass.rowLoad.begin(), systemOfPass.rowLoad.end());
   for (int i = 1; i <= freedoms.freeDofCount; ++i) {
     for (int p = systemOfPass.rowStart[i]; p < systemOfPass.rowStart[i + 1]; ++p) {
       if (systemOfPass.columnIndex[p] < i) continue;
@@ -134,8 +134,8 @@ void measureLibrary(const std::string& base, const std::string& install, Measure
       value.push_back(systemOfPass.matrixValue[p]);
     }
   }
-  const std::vector<int> block = rowBlocks(freedoms, wedgeNumbering.nodeMate);
-  std::vector<std::vector<int>> members(block.size());
+  const Column<int> block = rowBlocks(freedoms, wedgeNumbering.nodeMate);
+  Column<std::vector<int>> members(wedgeNumbering.wedgeNodeCount);
   for (int i = 1; i <= freedoms.freeDofCount; ++i) members[block[i]].push_back(i);
   for (const auto& list : members) {
     if (list.empty()) continue;

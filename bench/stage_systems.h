@@ -33,10 +33,10 @@ inline linear_system ribbed_plate(long triangles) {
   linear_system s;
   s.n = keld::freedoms.freeDofCount;
   s.functions = 3;
-  s.ia.assign(system.rowStart.begin() + 1, system.rowStart.begin() + 2 + s.n);
-  s.ja.assign(system.columnIndex.begin() + 1, system.columnIndex.begin() + s.ia.back());
-  s.a.assign(system.matrixValue.begin() + 1, system.matrixValue.begin() + s.ia.back());
-  s.iu.assign(system.rowFunction.begin() + 1, system.rowFunction.begin() + 1 + s.n);
+  s.ia.assign(system.rowStart.begin(), system.rowStart.begin() + s.n + 1);
+  s.ja.assign(system.columnIndex.begin(), system.columnIndex.end());
+  s.a.assign(system.matrixValue.begin(), system.matrixValue.end());
+  s.iu.assign(system.rowFunction.begin(), system.rowFunction.end());
   return s;
 }
 

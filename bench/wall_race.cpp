@@ -110,16 +110,16 @@ void run_tier(wall_system& w, bool aggregation, outcome& out) {
 void run_mumps(wall_system& w, keld::FactorPrecision precision, outcome& out) {
   keld::CompressedSystem system;
   const auto take = [](const auto& from, auto& to) {
-    to.assign(1, {});
-    to.insert(to.end(), from.begin(), from.end());
+    to.resize(static_cast<std::int64_t>(from.size()));
+    std::copy(from.begin(), from.end(), to.begin());
   };
   take(w.s.ia, system.rowStart);
   take(w.s.ja, system.columnIndex);
   take(w.s.a, system.matrixValue);
   take(w.s.f, system.rowLoad);
-  std::vector<int> block;
+  keld::Column<int> block;
   take(w.block, block);
-  std::vector<double> u(w.s.f.size() + 1, 0.0);
+  keld::Column<double> u(w.s.n);
   const double start = processor_seconds();
   keld::DirectSolver solver(system, block, 2000000000, "/tmp", precision);
   out.setup = processor_seconds() - start;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <vector>
 
 #include "run/base/column.h"
 #include "run/base/vector3.h"
@@ -45,12 +44,12 @@ struct RestraintFrame {
 
 /// The reduced system in compressed rows, base 1, diagonal first; written by the assembly of a pass.
 struct CompressedSystem {
-  std::vector<int> rowStart;        // [1..freeDofCount + 1]
-  std::vector<int> columnIndex;     // [1..entries]
-  std::vector<double> matrixValue;  // [1..entries] dyn/cm
-  std::vector<double> rowLoad;      // [1..freeDofCount] dyn
-  std::vector<int> rowFunction;     // [1..freeDofCount] direction 1, 2, 3 within the node
-  std::vector<int> rowPoint;        // [1..freeDofCount] running number of the node among nodes with unknowns
+  Column<int> rowStart;        // [1..freeDofCount + 1]
+  Column<int> columnIndex;     // [1..entries]
+  Column<double> matrixValue;  // [1..entries] dyn/cm
+  Column<double> rowLoad;      // [1..freeDofCount] dyn
+  Column<int> rowFunction;     // [1..freeDofCount] direction 1, 2, 3 within the node
+  Column<int> rowPoint;        // [1..freeDofCount] running number of the node among nodes with unknowns
 };
 
 /// Written by the volume pass.
@@ -72,7 +71,7 @@ struct MaterialConstants {
 struct SolutionTables {
   Column<double> displacementTotal;   // cm, last pass
   Column<double> displacementInMold;  // cm, first of two passes, else 0
-  std::vector<double> rowSolution;    // reduced solution; at last the sink mark by wedge node, cm
+  Column<double> rowSolution;         // reduced solution; at last the sink mark by wedge node, cm
 };
 
 extern WedgeNumbering wedgeNumbering;

@@ -15,8 +15,8 @@ double sinkVolume(double thickness, double deformedThickness, double area) {
 }
 
 void sinkMark() {
-  std::vector<double>& mark = solution.rowSolution;
-  mark.assign(static_cast<std::size_t>(wedgeNumbering.wedgeNodeCount) + 1, 0.0);
+  Column<double>& mark = solution.rowSolution;
+  mark.assign(wedgeNumbering.wedgeNodeCount, 0.0);
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const std::array<Vector3, 3> corner = cornersOf(e);
     const double volume = sinkVolume(elementTable.thickness[e], wallModel().deformedThickness(e),

@@ -122,7 +122,7 @@ void solvePass(Solvers& solvers, bool last) {
 
 }  // namespace
 
-void scatterToFreedoms(const FreedomTables& freedom, std::span<const double> rowSolution,
+void scatterToFreedoms(const FreedomTables& freedom, const Column<double>& rowSolution,
                        Column<double>& displacement) {
   displacement.assign(freedom.dofCount, 0.0);
   for (int row = 1; row <= freedom.freeDofCount; ++row) {
@@ -147,8 +147,8 @@ void turnToGlobalAxes(const FreedomTables& freedom, const Column<RestraintFrame>
   }
 }
 
-std::vector<int> rowBlocks(const FreedomTables& freedom, const Column<int>& nodeMate) {
-  std::vector<int> block(static_cast<std::size_t>(freedom.freeDofCount) + 1, 0);
+Column<int> rowBlocks(const FreedomTables& freedom, const Column<int>& nodeMate) {
+  Column<int> block(freedom.freeDofCount, 0);
   for (int row = 1; row <= freedom.freeDofCount; ++row) {
     const int node = (freedom.freeDofList[row] - 1) / 3 + 1;  // every wedge node has three freedoms
     block[row] = std::min(node, nodeMate[node]);
@@ -169,7 +169,7 @@ void analysisDriver() {
   solvers.mayTurn = solvers.road == Road::aggregation && processRecord.solverRoad == automatic_road;
   for (int stressPass = 1; stressPass <= passCount; ++stressPass) {
     reportPass(stressPass, passCount);
-    solution.rowSolution.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+    solution.rowSolution.assign(freedoms.freeDofCount, 0.0);
     assemble(stressPass, passCount);
     solvePass(solvers, stressPass == passCount);
     scatterToFreedoms(freedoms, solution.rowSolution, solution.displacementTotal);

@@ -139,14 +139,11 @@ void runModelStages() {
   prepareWalls();
 }
 
-std::vector<double> product(const std::vector<double>& vector) {
-  std::vector<double> result(vector.size(), 0.0);
-  for (std::size_t row = 1; row < vector.size(); ++row) {
-    for (auto p = static_cast<std::size_t>(systemOfPass.rowStart[row]);
-         p < static_cast<std::size_t>(systemOfPass.rowStart[row + 1]); ++p) {
-      result[row] +=
-          systemOfPass.matrixValue[p] * vector[static_cast<std::size_t>(systemOfPass.columnIndex[p])];
-    }
+Column<double> product(const Column<double>& vector) {
+  Column<double> result(vector.rows());
+  for (int row = 1; row <= vector.rows(); ++row) {
+    for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p)
+      result[row] += systemOfPass.matrixValue[p] * vector[systemOfPass.columnIndex[p]];
   }
   return result;
 }

@@ -41,21 +41,20 @@ void setStress(double stress1, double stress2);
 void runModelStages();
 
 /// matrix x vector of systemOfPass, both by reduced row from 1.
-std::vector<double> product(const std::vector<double>& vector);
+Column<double> product(const Column<double>& vector);
 
 /// Reduced vector of a displacement field given at the wedge nodes,
 /// turned into the restraint frame where needed.
 template <class Field>
-std::vector<double> reducedField(const Field& displacementAt) {
-  std::vector<double> u(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
-  for (std::size_t row = 1; row < u.size(); ++row) {
+Column<double> reducedField(const Field& displacementAt) {
+  Column<double> u(freedoms.freeDofCount);
+  for (int row = 1; row <= u.rows(); ++row) {
     const int dof = freedoms.freeDofList[row], node = (dof - 1) / 3 + 1;
     const RestraintFrame& axes = restraintFrames[freedoms.nodeFrame[node]];
     const std::array<Vector3, 3> frame = {axes.ex, axes.ey, axes.ez};
     const auto direction = static_cast<std::size_t>((dof - 1) % 3);
     const Vector3 v = displacementAt(node);
-    u[row] =
-        freedoms.nodeRestraint[static_cast<std::size_t>(node)] == 1 ? v[direction] : dot(frame[direction], v);
+    u[row] = freedoms.nodeRestraint[node] == 1 ? v[direction] : dot(frame[direction], v);
   }
   return u;
 }

@@ -39,17 +39,14 @@ std::vector<double> ShellBody::solve() const {
   for (std::size_t i = 0; i < row_.size(); ++i)
     if (!held.contains(static_cast<int>(i))) number[i] = ++free;
   CompressedSystem system;
-  system.rowStart = {0};
-  system.columnIndex = {0};
-  system.matrixValue = system.rowLoad = {0.0};
-  std::vector<int> block = {0};
+  Column<int> block;
   const auto add = [&](int column, double value) {
     system.columnIndex.push_back(column);
     system.matrixValue.push_back(value);
   };
   for (std::size_t i = 0; i < row_.size(); ++i) {
     if (number[i] == 0) continue;
-    system.rowStart.push_back(static_cast<int>(system.columnIndex.size()));
+    system.rowStart.push_back(system.columnIndex.rows() + 1);
     add(number[i], row_[i].at(static_cast<int>(i)));
     for (const auto& [j, value] : row_[i])
       if (j != static_cast<int>(i) && number[j] > 0) add(number[j], value);
@@ -57,8 +54,9 @@ std::vector<double> ShellBody::solve() const {
     system.rowLoad.push_back(found == force.end() ? 0.0 : found->second);
     block.push_back(static_cast<int>(i / 6) + 1);
   }
-  system.rowStart.push_back(static_cast<int>(system.columnIndex.size()));
-  std::vector<double> unknown(static_cast<std::size_t>(free) + 1, 0.0), all(row_.size(), 0.0);
+  system.rowStart.push_back(system.columnIndex.rows() + 1);
+  Column<double> unknown(free);
+  std::vector<double> all(row_.size(), 0.0);
   DirectSolver(system, block, 2000, "/tmp").solve(unknown);
   for (std::size_t i = 0; i < all.size(); ++i) all[i] = number[i] > 0 ? unknown[number[i]] : 0.0;
   return all;

@@ -69,7 +69,7 @@ void shellSinkMark() {
   Column<NodeState> states(wedgeNumbering.wedgeNodeCount);
   addTriangles(states);
   addRunners(states);
-  solution.rowSolution.assign(states.rows() + 1, 0.0);
+  solution.rowSolution.assign(states.rows(), 0.0);
   for (int n = 1; n <= states.rows(); ++n) solution.rowSolution[n] = sinkOf(states[n]);
 }
 

@@ -10,27 +10,26 @@ namespace keld {
 
 namespace {
 
-/// From entry 1 on.
-double dot(std::span<const double> a, std::span<const double> b) {
+double dot(const Column<double>& a, const Column<double>& b) {
   double sum = 0.0;
-  for (std::size_t i = 1; i < a.size(); ++i) sum += a[i] * b[i];
+  for (int i = 1; i <= a.rows(); ++i) sum += a[i] * b[i];
   return sum;
 }
 
-double norm(std::span<const double> a) { return std::sqrt(dot(a, a)); }
+double norm(const Column<double>& a) { return std::sqrt(dot(a, a)); }
 
 }  // namespace
 
-ConjugateGradients::ConjugateGradients(const CompressedSystem& triangle, std::span<const double> load,
-                                       double target, std::span<double> x)
+ConjugateGradients::ConjugateGradients(const CompressedSystem& triangle, const Column<double>& load,
+                                       double target, Column<double>& x)
     : triangle_(triangle),
       load_(load),
       x_(x),
       goal_(target * norm(load)),
-      r_(load.begin(), load.end()),
-      z_(load.size()),
-      p_(load.size(), 0.0),
-      minusAp_(load.size(), 0.0) {
+      r_(load),
+      z_(load.rows()),
+      p_(load.rows()),
+      minusAp_(load.rows()) {
   std::fill(x_.begin(), x_.end(), 0.0);
   if (norm(r_) <= goal_) state_ = State::solved;  // a zero load
 }
@@ -47,7 +46,7 @@ void ConjugateGradients::advance() {
 
 void ConjugateGradients::takeStep() {
   const double beta = curvature_ > 0.0 ? dot(z_, minusAp_) / curvature_ : 0.0;
-  for (std::size_t i = 1; i < p_.size(); ++i) p_[i] = z_[i] + beta * p_[i];
+  for (int i = 1; i <= p_.rows(); ++i) p_[i] = z_[i] + beta * p_[i];
   std::fill(minusAp_.begin(), minusAp_.end(), 0.0);
   subtractProduct(triangle_, p_, minusAp_);
   curvature_ = -dot(p_, minusAp_);
@@ -56,7 +55,7 @@ void ConjugateGradients::takeStep() {
     return;
   }
   const double length = dot(p_, r_) / curvature_;
-  for (std::size_t i = 1; i < p_.size(); ++i) {
+  for (int i = 1; i <= p_.rows(); ++i) {
     x_[i] += length * p_[i];
     r_[i] += length * minusAp_[i];
   }

@@ -2,10 +2,8 @@
 // Called by the direct solver, whose factor in single precision is one.
 #pragma once
 
-#include <span>
-#include <vector>
-
 #include "model/model_tables.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -16,15 +14,15 @@ namespace keld {
 /// Ye, SIAM J. Sci. Comput. 21 (1999) 1305-1320).
 class ConjugateGradients {
  public:
-  ConjugateGradients(const CompressedSystem& triangle, std::span<const double> load, double target,
-                     std::span<double> x);
+  ConjugateGradients(const CompressedSystem& triangle, const Column<double>& load, double target,
+                     Column<double>& x);
 
   enum class State { running, solved, failed };  // failed: A or M isn't positive definite
   State state() const { return state_; }
   int steps() const { return steps_; }
 
-  std::span<const double> residual() const { return r_; }  // [1..n]
-  std::span<double> preconditioned() { return z_; }        // [1..n]
+  const Column<double>& residual() const { return r_; }  // [1..n]
+  Column<double>& preconditioned() { return z_; }        // [1..n]
   void advance();
 
   /// Of the present x, by the residual as the steps have carried it on.
@@ -34,11 +32,11 @@ class ConjugateGradients {
   void takeStep();
 
   const CompressedSystem& triangle_;
-  const std::span<const double> load_;
-  const std::span<double> x_;
+  const Column<double>& load_;
+  Column<double>& x_;
   const double goal_;
-  std::vector<double> r_, z_, p_, minusAp_;  // [1..n]
-  double curvature_ = 0.0;                   // p.Ap of the last step; 0: the next goes along z
+  Column<double> r_, z_, p_, minusAp_;  // [1..n]
+  double curvature_ = 0.0;              // p.Ap of the last step; 0: the next goes along z
   int steps_ = 0;
   State state_ = State::running;
 };

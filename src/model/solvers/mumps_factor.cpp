@@ -53,7 +53,7 @@ const char* MumpsFault::meaning() const {
 }
 
 template <class Real>
-MumpsFactor<Real>::MumpsFactor(const CompressedSystem& triangle, std::span<const int> rowBlock)
+MumpsFactor<Real>::MumpsFactor(const CompressedSystem& triangle, const Column<int>& rowBlock)
     : instance_(std::make_unique<Instance>()) {
   instance_->sym = 1;  // positive definite
   instance_->par = 1;
@@ -79,16 +79,16 @@ MumpsFactor<Real>::~MumpsFactor() {
 /// Hands over rows and columns in place (their numbers count from 1 as the library's do) and the rows sorted
 /// by block.
 template <class Real>
-void MumpsFactor<Real>::defineStructure(const CompressedSystem& triangle, std::span<const int> rowBlock) {
+void MumpsFactor<Real>::defineStructure(const CompressedSystem& triangle, const Column<int>& rowBlock) {
   const int n = rowsOf(triangle);
   rowIndex_ = rowsOfEntries(triangle);
   instance_->n = n;
-  instance_->nnz = static_cast<MUMPS_INT8>(rowIndex_.size());
-  instance_->irn = rowIndex_.data();
-  instance_->jcn = const_cast<int*>(triangle.columnIndex.data()) + 1;  // the library only reads it
+  instance_->nnz = rowIndex_.rows();
+  instance_->irn = rowIndex_.begin();
+  instance_->jcn = const_cast<int*>(triangle.columnIndex.begin());  // the library only reads it
 
-  const int blocks = *std::max_element(rowBlock.begin() + 1, rowBlock.end());
-  std::vector<int> next(static_cast<std::size_t>(blocks) + 1, 0);  // size of a block, then its next place
+  const int blocks = *std::max_element(rowBlock.begin(), rowBlock.end());
+  Column<int> next(blocks, 0);  // size of a block, then its next place
   for (int row = 1; row <= n; ++row) ++next[rowBlock[row]];
   int place = 1;
   for (int block = 1; block <= blocks; ++block) {
@@ -98,11 +98,11 @@ void MumpsFactor<Real>::defineStructure(const CompressedSystem& triangle, std::s
     place += size;
   }
   blockStart_.push_back(place);
-  blockUnknown_.resize(static_cast<std::size_t>(n));
-  for (int row = 1; row <= n; ++row) blockUnknown_[next[rowBlock[row]]++ - 1] = row;
-  instance_->nblk = static_cast<MUMPS_INT>(blockStart_.size()) - 1;
-  instance_->blkptr = blockStart_.data();
-  instance_->blkvar = blockUnknown_.data();
+  blockUnknown_.resize(n);
+  for (int row = 1; row <= n; ++row) blockUnknown_[next[rowBlock[row]]++] = row;
+  instance_->nblk = blockStart_.rows() - 1;
+  instance_->blkptr = blockStart_.begin();
+  instance_->blkvar = blockUnknown_.begin();
 }
 
 template <class Real>

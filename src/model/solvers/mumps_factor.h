@@ -5,9 +5,9 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "model/model_tables.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -26,7 +26,7 @@ class MumpsFactor {
  public:
   /// Orders the unknowns by the pattern alone; columnIndex of the triangle must stay where it is until the
   /// factor is there. rowBlock [1..n]: block of each row, so that the ordering works on the graph of blocks.
-  MumpsFactor(const CompressedSystem& triangle, std::span<const int> rowBlock);
+  MumpsFactor(const CompressedSystem& triangle, const Column<int>& rowBlock);
   ~MumpsFactor();
   MumpsFactor(const MumpsFactor&) = delete;
   MumpsFactor& operator=(const MumpsFactor&) = delete;
@@ -52,13 +52,13 @@ class MumpsFactor {
  private:
   struct Instance;  // the library's own record
 
-  void defineStructure(const CompressedSystem& triangle, std::span<const int> rowBlock);
+  void defineStructure(const CompressedSystem& triangle, const Column<int>& rowBlock);
   void analyse();
   void runJob(int job, const char* step);
 
   std::unique_ptr<Instance> instance_;
-  std::vector<int> rowIndex_;                   // row of each entry, from 0; needed until the factor is there
-  std::vector<int> blockStart_, blockUnknown_;  // rows sorted by block, until then, too
+  Column<int> rowIndex_;                   // row of each entry; needed until the factor is there
+  Column<int> blockStart_, blockUnknown_;  // rows sorted by block, until then, too
 };
 
 }  // namespace keld

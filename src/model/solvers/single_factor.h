@@ -7,6 +7,7 @@
 
 #include "model/model_tables.h"
 #include "model/solvers/mumps_factor.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -15,7 +16,7 @@ namespace keld {
 class SingleFactor {
  public:
   /// The analysis alone: what it says of memory is known from here on.
-  SingleFactor(const CompressedSystem& triangle, std::span<const int> rowBlock)
+  SingleFactor(const CompressedSystem& triangle, const Column<int>& rowBlock)
       : library_(triangle, rowBlock) {}
 
   /// Returns the number of negative pivots.
@@ -23,8 +24,8 @@ class SingleFactor {
 
   /// A right-hand side and the place of its solution, both [1..n].
   struct Pair {
-    std::span<const double> r;
-    std::span<double> z;
+    const Column<double>& r;
+    Column<double>& z;
   };
 
   /// z = S (S A S)^-1 S r for each pair, all in one pass over the factor.
@@ -35,8 +36,8 @@ class SingleFactor {
 
  private:
   MumpsFactor<float> library_;
-  std::vector<double> scale_;  // [1..n] S
-  std::vector<float> work_;    // n of each pair, from 0
+  Column<double> scale_;     // [1..n] S
+  std::vector<float> work_;  // n of each pair, from 0
 };
 
 }  // namespace keld

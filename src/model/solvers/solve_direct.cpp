@@ -52,13 +52,9 @@ std::string scratchFolder(const std::string& baseName) {
   return folder.empty() ? "." : folder;
 }
 
-DirectSolver::DirectSolver(CompressedSystem& system, std::span<const int> rowBlock, int memoryLimit,
+DirectSolver::DirectSolver(CompressedSystem& system, const Column<int>& rowBlock, int memoryLimit,
                            const std::string& folder, FactorPrecision precision)
-    : system_(system),
-      n_(rowsOf(system)),
-      rowBlock_(rowBlock.begin(), rowBlock.end()),
-      memoryLimit_(memoryLimit),
-      folder_(folder) {
+    : system_(system), n_(rowsOf(system)), rowBlock_(rowBlock), memoryLimit_(memoryLimit), folder_(folder) {
   keepUpperTriangle(system_);
   const bool bySize = precision == FactorPrecision::bySize;
   bool single = precision == FactorPrecision::inSingle || (bySize && n_ >= singleFrom);
@@ -78,8 +74,7 @@ void DirectSolver::orderInDouble() {
 void DirectSolver::factorInDouble() {
   orderInDouble();
   limitMemory(*inDouble_);
-  const int negativePivots =
-      orEnd([&] { return inDouble_->factor(std::span(system_.matrixValue).subspan(1)); });
+  const int negativePivots = orEnd([&] { return inDouble_->factor(system_.matrixValue); });
   if (negativePivots > 0) {
     vFail(
         "\n !! Error !!  The stiffness matrix isn't positive definite: %d negative pivots (direct solver). "
@@ -87,8 +82,8 @@ void DirectSolver::factorInDouble() {
         negativePivots);
   }
   rowBlock_ = {};
-  const std::vector<double> load = unbalancedLoad();
-  std::vector<double> answer(load.size());
+  const Column<double> load = unbalancedLoad();
+  Column<double> answer(load.rows());
   solveInDouble(load, answer);
   requireRegular(load, answer);
 }
@@ -139,8 +134,8 @@ void DirectSolver::limitMemory(MumpsFactor<Real>& library) {
 /// A part in two pieces, or with a piece on a hinge, has a singular matrix whose loads are balanced all the
 /// same, so that the residual of any position of the loose piece is small. Hence a load that isn't balanced:
 /// in the unknowns scaled to a unit diagonal its answer exceeds it by at most the condition of the matrix.
-std::vector<double> DirectSolver::unbalancedLoad() const {
-  std::vector<double> load(static_cast<std::size_t>(n_) + 1);
+Column<double> DirectSolver::unbalancedLoad() const {
+  Column<double> load(n_);
   for (int row = 1; row <= n_; ++row) {
     const double scaled = 1.0 + 0.25 * (row % 7);  // out of step with the three directions
     load[row] = scaled * std::sqrt(diagonal(row));
@@ -148,7 +143,7 @@ std::vector<double> DirectSolver::unbalancedLoad() const {
   return load;
 }
 
-void DirectSolver::requireRegular(std::span<const double> load, std::span<const double> answer) const {
+void DirectSolver::requireRegular(const Column<double>& load, const Column<double>& answer) const {
   double loadSquare = 0.0, answerSquare = 0.0;
   for (int row = 1; row <= n_; ++row) {
     const double d = diagonal(row);
@@ -164,9 +159,9 @@ void DirectSolver::requireRegular(std::span<const double> load, std::span<const 
       growth, growthLimit);
 }
 
-void DirectSolver::solveInDouble(std::span<const double> load, std::span<double> unknowns) {
-  std::copy_n(load.begin() + 1, n_, unknowns.begin() + 1);
-  orEnd([&] { inDouble_->solve(unknowns.subspan(1)); });
+void DirectSolver::solveInDouble(const Column<double>& load, Column<double>& unknowns) {
+  std::copy_n(load.begin(), n_, unknowns.begin());
+  orEnd([&] { inDouble_->solve(unknowns); });
 }
 
 /// Whether all of the solutions come to an end under the factor in single precision; else that is given up.
@@ -200,15 +195,15 @@ bool DirectSolver::refine(std::span<ConjugateGradients> solutions) {
 
 /// The load of the check goes along with that of the first pass: a pass over the factor takes most of the
 /// time of a step, and serves both.
-bool DirectSolver::solveRefined(std::span<double> unknowns) {
+bool DirectSolver::solveRefined(Column<double>& unknowns) {
   constexpr double lax = 1e-6;  // of the load; a loose piece has more of it than that
   std::vector<ConjugateGradients> solutions;
   solutions.reserve(2);
   solutions.emplace_back(system_, system_.rowLoad, refinedTarget, unknowns);
-  std::vector<double> load, answer;
+  Column<double> load, answer;
   if (!checked_) {
     load = unbalancedLoad();
-    answer.resize(load.size());
+    answer.resize(load.rows());
     solutions.emplace_back(system_, load, lax, answer);
   }
   if (!refine(solutions)) return false;
@@ -218,13 +213,13 @@ bool DirectSolver::solveRefined(std::span<double> unknowns) {
   return true;
 }
 
-double DirectSolver::solve(std::span<double> unknowns) {
+double DirectSolver::solve(Column<double>& unknowns) {
   if (inSingle_ && !solveRefined(unknowns)) factorInDouble();
   if (inDouble_) {
     steps_ = 1;
     solveInDouble(system_.rowLoad, unknowns);
   }
-  std::vector<double> scratch(static_cast<std::size_t>(n_) + 1);
+  Column<double> scratch(n_);
   const double residual = trueResidual(system_, system_.rowLoad, unknowns, scratch);
   if (!(residual <= residualLimit)) {
     vFail("\n !! Error !!  The direct solution is wrong: its relative residual is %.3e, the limit is %.0e.\n",

@@ -7,12 +7,12 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "model/model_tables.h"
 #include "model/solvers/conjugate_gradients.h"
 #include "model/solvers/mumps_factor.h"
 #include "model/solvers/single_factor.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -39,12 +39,12 @@ class DirectSolver {
   /// rowBlock     [1..n] block of each row, any numbers from 1; rows of a block have the same neighbours
   ///              beside a few, so that the ordering works on the graph of the blocks
   /// memoryLimit  megabytes; where MUMPS's own estimate is larger the factor goes to disk, below `folder`
-  DirectSolver(CompressedSystem& system, std::span<const int> rowBlock, int memoryLimit,
+  DirectSolver(CompressedSystem& system, const Column<int>& rowBlock, int memoryLimit,
                const std::string& folder, FactorPrecision precision = FactorPrecision::bySize);
 
   /// Solves for the system's rowLoad into unknowns [1..n] and returns the true residual ||f - A u|| / ||f||,
   /// 0 for a zero load. A residual above `residualLimit` ends the run.
-  double solve(std::span<double> unknowns);
+  double solve(Column<double>& unknowns);
 
   /// Steps of the last solution: 1, or those of its refinement.
   int steps() const { return steps_; }
@@ -71,15 +71,15 @@ class DirectSolver {
   template <class Real>
   void limitMemory(MumpsFactor<Real>& library);
   double diagonal(int row) const { return system_.matrixValue[system_.rowStart[row]]; }
-  std::vector<double> unbalancedLoad() const;
-  void requireRegular(std::span<const double> load, std::span<const double> answer) const;
-  void solveInDouble(std::span<const double> load, std::span<double> unknowns);
+  Column<double> unbalancedLoad() const;
+  void requireRegular(const Column<double>& load, const Column<double>& answer) const;
+  void solveInDouble(const Column<double>& load, Column<double>& unknowns);
   bool refine(std::span<ConjugateGradients> solutions);
-  bool solveRefined(std::span<double> unknowns);
+  bool solveRefined(Column<double>& unknowns);
 
   CompressedSystem& system_;
   const int n_;
-  std::vector<int> rowBlock_;  // [1..n], until a factor in double precision is there
+  Column<int> rowBlock_;  // [1..n], until a factor in double precision is there
   const int memoryLimit_;
   const std::string folder_;
   bool outOfCore_ = false;

@@ -40,10 +40,10 @@ int runCode(TierPass pass) {
   }
 }
 
-int rowsOf(const CompressedSystem& system) { return static_cast<int>(system.rowStart.size()) - 2; }
+int rowsOf(const CompressedSystem& system) { return system.rowStart.rows() - 1; }
 
-double relativeResidual(const CompressedSystem& s, std::span<const double> u) {
-  const int n = static_cast<int>(s.rowStart.size()) - 2;
+double relativeResidual(const CompressedSystem& s, const Column<double>& u) {
+  const int n = rowsOf(s);
   double residual = 0.0, load = 0.0;
   for (int i = 1; i <= n; ++i) {
     double r = s.rowLoad[i];
@@ -58,11 +58,10 @@ double relativeResidual(const CompressedSystem& s, std::span<const double> u) {
 struct CallCodes {
   int matrix, approach, cycles;
   double tolerance;
-  std::span<const int> rowPoint;  // [1..n]
+  const Column<int>& rowPoint;  // [1..n]
 };
 
-TierOutcome call(CompressedSystem& system, std::span<double> unknowns, TierPass pass,
-                 const CallCodes& codes) {
+TierOutcome call(CompressedSystem& system, Column<double>& unknowns, TierPass pass, const CallCodes& codes) {
   const int rows = rowsOf(system), entries = system.rowStart[rows + 1] - 1;
   const int functions = 3, guessAsItStands = 0, off = -1;
   const int code = runCode(pass), iscale[3] = {0, 0, 0};
@@ -70,18 +69,18 @@ TierOutcome call(CompressedSystem& system, std::span<double> unknowns, TierPass 
   double operatorSize = 2.2, gridSize = 1.7, pointSize = 0.0, stencil = 2.4;  // estimates of the work space
   double firstResidual = 0.0, lastResidual = 0.0;
   TierOutcome outcome;
-  TIER(&rows, &entries, &functions, &system.rowStart[1], &system.columnIndex[1], &system.matrixValue[1],
-       &system.rowLoad[1], &unknowns[1], &system.rowFunction[1], &rows, &codes.rowPoint[1], &rows,
-       &codes.matrix, iscale, &firstResidual, &lastResidual, &outcome.steps, &outcome.ierr, &codes.approach,
-       &guessAsItStands, &codes.tolerance, &codes.cycles, &code, &operatorSize, &gridSize, &pointSize,
-       &stencil, &noChecks, &off, &off);
+  TIER(&rows, &entries, &functions, system.rowStart.begin(), system.columnIndex.begin(),
+       system.matrixValue.begin(), system.rowLoad.begin(), unknowns.begin(), system.rowFunction.begin(),
+       &rows, codes.rowPoint.begin(), &rows, &codes.matrix, iscale, &firstResidual, &lastResidual,
+       &outcome.steps, &outcome.ierr, &codes.approach, &guessAsItStands, &codes.tolerance, &codes.cycles,
+       &code, &operatorSize, &gridSize, &pointSize, &stencil, &noChecks, &off, &off);
   outcome.relativeResidual = relativeResidual(system, unknowns);
   return outcome;
 }
 
 }  // namespace
 
-TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass) {
+TierOutcome solveTier(CompressedSystem& system, Column<double>& unknowns, int cycleLimit, TierPass pass) {
   requireCycleLimit(cycleLimit);
   setParameters(false);
   constexpr int nonSymmetric = 21, unknownBased = 20, vCyclesUnderGmres = 1300000;
@@ -90,8 +89,8 @@ TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int 
       {nonSymmetric, unknownBased, vCyclesUnderGmres + cycleLimit, TierOutcome().target, system.rowPoint});
 }
 
-TierOutcome solveAggregation(CompressedSystem& system, std::span<double> unknowns, int cycleLimit,
-                             TierPass pass, std::span<const int> rowBlock, std::span<const double> modes) {
+TierOutcome solveAggregation(CompressedSystem& system, Column<double>& unknowns, int cycleLimit,
+                             TierPass pass, const Column<int>& rowBlock, std::span<const double> modes) {
   requireCycleLimit(cycleLimit);
   setParameters(true);
   int ierr = 0;

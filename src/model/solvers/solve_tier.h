@@ -5,6 +5,7 @@
 #include <span>
 
 #include "model/model_tables.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -26,13 +27,13 @@ struct TierOutcome {
 /// Solves for the system's rowLoad into unknowns [1..n], which holds the first guess, by at most cycleLimit
 /// steps. The entries of a row may stand in another order afterwards.
 /// A cycleLimit outside 1 to 9999 ends the run.
-TierOutcome solveTier(CompressedSystem& system, std::span<double> unknowns, int cycleLimit, TierPass pass);
+TierOutcome solveTier(CompressedSystem& system, Column<double>& unknowns, int cycleLimit, TierPass pass);
 
 /// The same by smoothed aggregation, to 1e-10. rowBlock, [1..n], has the number of each row's block: the two
 /// triples of a mesh node. modes holds the rigid motions by row, six one after the other; a further pass
 /// doesn't read them.
-TierOutcome solveAggregation(CompressedSystem& system, std::span<double> unknowns, int cycleLimit,
-                             TierPass pass, std::span<const int> rowBlock, std::span<const double> modes);
+TierOutcome solveAggregation(CompressedSystem& system, Column<double>& unknowns, int cycleLimit,
+                             TierPass pass, const Column<int>& rowBlock, std::span<const double> modes);
 
 /// Frees the hierarchy that a first pass has kept.
 void releaseTier();

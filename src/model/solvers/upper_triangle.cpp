@@ -11,12 +11,11 @@ namespace keld {
 /// On the way each row's lower entries are held against the entries that the rows above have for them, sum
 /// against sum: nobody behind this step sees more than one triangle.
 void keepUpperTriangle(CompressedSystem& system) {
-  std::vector<int>& rowStart = system.rowStart;
-  std::vector<int>& column = system.columnIndex;
-  std::vector<double>& value = system.matrixValue;
+  Column<int>& rowStart = system.rowStart;
+  Column<int>& column = system.columnIndex;
+  Column<double>& value = system.matrixValue;
   const int n = rowsOf(system);
-  const auto size = static_cast<std::size_t>(n) + 1;
-  std::vector<double> difference(size, 0.0), magnitude(size, 0.0);  // upper minus lower, by column
+  Column<double> difference(n, 0.0), magnitude(n, 0.0);  // upper minus lower, by column
   int kept = 1;
   for (int row = 1; row <= n; ++row) {
     const int first = rowStart[row], end = rowStart[row + 1];
@@ -43,25 +42,22 @@ void keepUpperTriangle(CompressedSystem& system) {
           row);
     }
   }
-  rowStart[size] = kept;
-  column.resize(static_cast<std::size_t>(kept));
-  value.resize(static_cast<std::size_t>(kept));
+  rowStart[n + 1] = kept;
+  column.resize(kept - 1);
+  value.resize(kept - 1);
   column.shrink_to_fit();
   value.shrink_to_fit();
 }
 
-std::vector<int> rowsOfEntries(const CompressedSystem& triangle) {
+Column<int> rowsOfEntries(const CompressedSystem& triangle) {
   const int n = rowsOf(triangle);
-  std::vector<int> rows;
-  rows.reserve(triangle.columnIndex.size() - 1);
-  for (int row = 1; row <= n; ++row) {
-    rows.insert(rows.end(), static_cast<std::size_t>(triangle.rowStart[row + 1] - triangle.rowStart[row]),
-                row);
-  }
+  Column<int> rows(triangle.columnIndex.rows());
+  for (int row = 1; row <= n; ++row)
+    std::fill(rows.origin() + triangle.rowStart[row], rows.origin() + triangle.rowStart[row + 1], row);
   return rows;
 }
 
-void subtractProduct(const CompressedSystem& triangle, std::span<const double> x, std::span<double> y) {
+void subtractProduct(const CompressedSystem& triangle, const Column<double>& x, Column<double>& y) {
   const int n = rowsOf(triangle);
   for (int row = 1; row <= n; ++row) {
     const int diagonal = triangle.rowStart[row], end = triangle.rowStart[row + 1];
@@ -77,10 +73,10 @@ void subtractProduct(const CompressedSystem& triangle, std::span<const double> x
   }
 }
 
-double trueResidual(const CompressedSystem& triangle, std::span<const double> load, std::span<const double> x,
-                    std::span<double> residual) {
+double trueResidual(const CompressedSystem& triangle, const Column<double>& load, const Column<double>& x,
+                    Column<double>& residual) {
   const int n = rowsOf(triangle);
-  std::copy_n(load.begin() + 1, n, residual.begin() + 1);
+  std::copy_n(load.begin(), n, residual.begin());
   subtractProduct(triangle, x, residual);
   double loadSquare = 0.0, residualSquare = 0.0;
   for (int row = 1; row <= n; ++row) {

@@ -2,10 +2,8 @@
 // Called by the direct solver, whose library and whose refinement need no more.
 #pragma once
 
-#include <span>
-#include <vector>
-
 #include "model/model_tables.h"
+#include "run/base/column.h"
 
 namespace keld {
 
@@ -13,18 +11,18 @@ namespace keld {
 /// that isn't symmetric ends the run.
 void keepUpperTriangle(CompressedSystem& system);
 
-/// Row of each entry, from 0 on: what the compressed rows say in n + 1 numbers, for a library that takes the
+/// Row of each entry: what the compressed rows say in n + 1 numbers, for a library that takes the
 /// matrix entry by entry.
-std::vector<int> rowsOfEntries(const CompressedSystem& triangle);
+Column<int> rowsOfEntries(const CompressedSystem& triangle);
 
 /// Unknowns of the system.
-inline int rowsOf(const CompressedSystem& system) { return static_cast<int>(system.rowStart.size()) - 2; }
+inline int rowsOf(const CompressedSystem& system) { return system.rowStart.rows() - 1; }
 
 /// y = y - A x, both [1..n], of the symmetric matrix whose upper triangle is given, diagonal first in a row.
-void subtractProduct(const CompressedSystem& triangle, std::span<const double> x, std::span<double> y);
+void subtractProduct(const CompressedSystem& triangle, const Column<double>& x, Column<double>& y);
 
 /// residual = f - A x, all [1..n]; returns ||residual|| / ||f||, 0 where both are 0.
-double trueResidual(const CompressedSystem& triangle, std::span<const double> load, std::span<const double> x,
-                    std::span<double> residual);
+double trueResidual(const CompressedSystem& triangle, const Column<double>& load, const Column<double>& x,
+                    Column<double>& residual);
 
 }  // namespace keld

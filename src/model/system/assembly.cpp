@@ -67,7 +67,7 @@ void addElement(int element, const ElementMatrix* k, const ElementLoad& f, const
       const std::size_t local = 3 * a + static_cast<std::size_t>(direction);
       systemOfPass.rowLoad[row] += f[local];
       if (k == nullptr) continue;
-      double* const target = systemOfPass.matrixValue.data() + systemOfPass.rowStart[row];
+      double* const target = systemOfPass.matrixValue.origin() + systemOfPass.rowStart[row];
       const double* source = k->data() + 18 * local;
       const int* offset = elementBlockOffset[element].data() + 6 * a;
       for (std::size_t b = 0; b < 6; ++b, source += 3) {
@@ -112,13 +112,13 @@ void addAllElements(bool withMatrix, bool thermal) {
 /// first, become c2, c3, c1 and c3, c1, c2. In the two rows of a node with
 /// two unknowns c3 is a neighbour's column.
 template <class Value>
-void diagonalFirst(std::vector<Value>& entries) {
+void diagonalFirst(Column<Value>& entries) {
   const int nodes = wedgeNumbering.wedgeNodeCount;
 #pragma omp parallel for schedule(static)
   for (int n = 1; n <= nodes; ++n) {
     for (int shift = 1; shift < unknownsOf(freedoms.nodeRestraint[n]); ++shift) {
       const int row = freedoms.nodeFirstRow[n] + shift;
-      Value* const begin = entries.data() + systemOfPass.rowStart[row];
+      Value* const begin = entries.origin() + systemOfPass.rowStart[row];
       const int width = systemOfPass.rowStart[row + 1] - systemOfPass.rowStart[row];
       std::rotate(begin, begin + shift, begin + std::min(width, 3));
     }
@@ -182,7 +182,7 @@ void assemblePass(int stressPass, int passCount) {
 
 void assembleLoad(int stressPass, int passCount) {
   const bool thermal = stressPass == passCount;
-  systemOfPass.rowLoad.assign(static_cast<std::size_t>(freedoms.freeDofCount) + 1, 0.0);
+  systemOfPass.rowLoad.assign(freedoms.freeDofCount, 0.0);
   reportBadElements();
   addAllElements(false, thermal);
   checkFinite(false, thermal);

@@ -169,9 +169,9 @@ void patternSearch() {
 }
 
 template <class Number>
-void reserveInLargePages(std::vector<Number>& column, std::size_t size) {
-  column.reserve(size);
-  preferLargePages(column.data(), size * sizeof(Number));
+void reserveInLargePages(Column<Number>& column, int rows) {
+  column.reserve(rows);
+  preferLargePages(column.origin(), static_cast<std::size_t>(rows) * sizeof(Number));
 }
 
 void layOutRows() {
@@ -180,10 +180,10 @@ void layOutRows() {
   const int rows = freedoms.freeDofCount;
   freedoms.nodeFirstRow.assign(nodes, 0);
   freedoms.freeDofList.assign(rows, 0);
-  system.rowStart.assign(rows + 2, 0);
-  system.rowFunction.assign(rows + 1, 0);
-  system.rowPoint.assign(rows + 1, 0);
-  system.rowLoad.assign(rows + 1, 0.0);
+  system.rowStart.assign(rows + 1, 0);
+  system.rowFunction.assign(rows, 0);
+  system.rowPoint.assign(rows, 0);
+  system.rowLoad.assign(rows, 0.0);
 
   int row = 1, position = 1, point = 0;
   for (int n = 1; n <= nodes; ++n) {
@@ -201,16 +201,16 @@ void layOutRows() {
   }
   system.rowStart[row] = position;
 
-  const auto size = static_cast<std::size_t>(position);
-  reserveInLargePages(system.columnIndex, size);
-  reserveInLargePages(system.matrixValue, size);
-  system.columnIndex.resize(size);
-  system.matrixValue.assign(size, 0.0);
+  const int entries = position - 1;
+  reserveInLargePages(system.columnIndex, entries);
+  reserveInLargePages(system.matrixValue, entries);
+  system.columnIndex.resize(entries);
+  system.matrixValue.assign(entries, 0.0);
 #pragma omp parallel for schedule(static)
   for (int n = 1; n <= nodes; ++n) {
     const int unknowns = unknownsAt(n);
     if (unknowns == 0) continue;
-    int* const begin = system.columnIndex.data() + system.rowStart[freedoms.nodeFirstRow[n]];
+    int* const begin = system.columnIndex.origin() + system.rowStart[freedoms.nodeFirstRow[n]];
     int* end = begin;
     for (long p = nodeAdjacency.start[n]; p < nodeAdjacency.start[n + 1]; ++p) {
       const int j = nodeAdjacency.neighbour[p];

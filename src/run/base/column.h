@@ -12,8 +12,8 @@
 
 namespace keld {
 
-/// Rows 1..n of T. Rows are signed numbers as they stand in other tables, so that an index needs no cast. With
-/// assertions an index outside 1..n ends the program; without them operator[] is a plain access.
+/// Rows 1..n of T. Rows are signed numbers as they stand in other tables, so that an index needs no cast.
+/// With assertions an index outside 1..n ends the program; without them operator[] is a plain access.
 template <class T>
 class Column {
  public:
@@ -28,6 +28,7 @@ class Column {
   void assign(std::int64_t rows, const T& value) { entries_.assign(entriesFor(rows), value); }
   void resize(std::int64_t rows, const T& value = T()) { entries_.resize(entriesFor(rows), value); }
   void reserve(std::int64_t rows) { entries_.reserve(entriesFor(rows)); }
+  void shrink_to_fit() { entries_.shrink_to_fit(); }
   void push_back(const T& value) {
     if (entries_.empty()) entries_.emplace_back();
     entries_.push_back(value);
@@ -46,7 +47,8 @@ class Column {
   const_iterator begin() const { return entries_.data() + firstEntry(); }
   const_iterator end() const { return entries_.data() + entries_.size(); }
 
-  /// Where entry 0 stands: row r is at origin() + r. For stretches of rows in inner loops and for long tables.
+  /// Where entry 0 stands: row r is at origin() + r. For stretches of rows in inner loops and for long
+  /// tables.
   T* origin() { return entries_.data(); }
   const T* origin() const { return entries_.data(); }
 

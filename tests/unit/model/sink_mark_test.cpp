@@ -48,7 +48,7 @@ TEST(SinkMark, IsNothingWhereTheWallThickens) {
 
   sinkMark();
 
-  EXPECT_EQ(solution.rowSolution, std::vector<double>(7, 0.0));
+  EXPECT_EQ(solution.rowSolution, Column<double>(6, 0.0));
 }
 
 }  // namespace

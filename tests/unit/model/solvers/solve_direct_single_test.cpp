@@ -57,7 +57,7 @@ class SingleFactorOfPart : public ModelTest, public testing::WithParamInterface<
   }
 
   struct Answers {
-    std::vector<double> inMold, total;
+    Column<double> inMold, total;
     double worstResidual;
     int steps;
     bool inSingle;
@@ -65,7 +65,7 @@ class SingleFactorOfPart : public ModelTest, public testing::WithParamInterface<
   static Answers answersIn(FactorPrecision precision) {
     assemblePass(1, 2);
     DirectSolver solver(systemOfPass, rowBlocks(freedoms, wedgeNumbering.nodeMate), INT_MAX, ".", precision);
-    Answers a{std::vector<double>(systemOfPass.rowLoad.size()), {}, 0.0, 0, false};
+    Answers a{Column<double>(systemOfPass.rowLoad.rows()), {}, 0.0, 0, false};
     a.total = a.inMold;
     a.worstResidual = solver.solve(a.inMold);
     a.steps = solver.steps();
@@ -76,9 +76,9 @@ class SingleFactorOfPart : public ModelTest, public testing::WithParamInterface<
   }
 };
 
-double apart(const std::vector<double>& found, const std::vector<double>& expected) {
+double apart(const Column<double>& found, const Column<double>& expected) {
   double size = 0.0, difference = 0.0;
-  for (std::size_t i = 1; i < expected.size(); ++i) {
+  for (int i = 1; i <= expected.rows(); ++i) {
     size = std::max(size, std::abs(expected[i]));
     difference = std::max(difference, std::abs(found[i] - expected[i]));
   }
@@ -113,9 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
 /// tridiag(-1, 2 + shift, -1) of n rows
 CompressedSystem chain(int n, double shift) {
   CompressedSystem system;
-  system.rowStart = {0, 1};
-  system.columnIndex = {0};
-  system.matrixValue = {0.0};
+  system.rowStart = {1};
   const auto add = [&](int column, double value) {
     system.columnIndex.push_back(column);
     system.matrixValue.push_back(value);
@@ -124,15 +122,15 @@ CompressedSystem chain(int n, double shift) {
     add(row, 2.0 + shift);
     if (row > 1) add(row - 1, -1.0);
     if (row < n) add(row + 1, -1.0);
-    system.rowStart.push_back(static_cast<int>(system.columnIndex.size()));
+    system.rowStart.push_back(system.columnIndex.rows() + 1);
   }
-  system.rowLoad.assign(static_cast<std::size_t>(n) + 1, 1.0);
+  system.rowLoad.assign(n, 1.0);
   return system;
 }
 
-std::vector<int> blocksOfFifty(const CompressedSystem& system) {
-  std::vector<int> block(system.rowLoad.size(), 0);
-  for (std::size_t row = 1; row < block.size(); ++row) block[row] = static_cast<int>((row + 49) / 50);
+Column<int> blocksOfFifty(const CompressedSystem& system) {
+  Column<int> block(system.rowLoad.rows());
+  for (int row = 1; row <= block.rows(); ++row) block[row] = (row + 49) / 50;
   return block;
 }
 
@@ -140,20 +138,20 @@ class SingleBySize : public ModelTest, public testing::WithParamInterface<int> {
 
 TEST_P(SingleBySize, BeginsAtItsLimit) {
   CompressedSystem system = chain(GetParam(), 0.5);
-  std::vector<double> found(system.rowLoad.size());
+  Column<double> found(system.rowLoad.rows());
 
   DirectSolver solver(system, blocksOfFifty(system), INT_MAX, ".");
 
   EXPECT_EQ(solver.inSingle(), GetParam() >= 500000);
   EXPECT_LE(solver.solve(found), 1e-12);
-  EXPECT_NEAR(found[found.size() / 2], 2.0, 1e-10);  // far from the ends u is constant: 0.5 u = 1
+  EXPECT_NEAR(found[found.rows() / 2], 2.0, 1e-10);  // far from the ends u is constant: 0.5 u = 1
 }
 INSTANTIATE_TEST_SUITE_P(Sizes, SingleBySize, testing::Values(499999, 500000));
 
 // A factor that has grown stale stands for one that is too coarse for a further load alone.
 TEST_F(ModelTest, SinglePrecisionGivesWayInAFurtherPassToo) {
   CompressedSystem system = chain(2000, 0.5);
-  std::vector<double> found(system.rowLoad.size());
+  Column<double> found(system.rowLoad.rows());
   DirectSolver solver(system, blocksOfFifty(system), INT_MAX, ".", FactorPrecision::inSingle);
   solver.solve(found);
   ASSERT_TRUE(solver.inSingle());
@@ -181,7 +179,7 @@ TEST_F(ModelTest, SinglePrecisionPassesNoLoosePiece) {
   entry(101, 100) = entry(100, 101) = 0.0;
   entry(101, 101) = entry(200, 200) = 1.0;
   for (int row = 101; row <= 200; ++row) system.rowLoad[row] = row <= 150 ? 1.0 : -1.0;
-  std::vector<double> found(system.rowLoad.size());
+  Column<double> found(system.rowLoad.rows());
 
   const std::string console = failureOf([&] {
     DirectSolver solver(system, blocksOfFifty(system), INT_MAX, ".", FactorPrecision::inSingle);

@@ -19,23 +19,21 @@ using testing_support::ScratchJob;
 /// Full rows, diagonal first, as the assembly leaves them.
 CompressedSystem systemOf(const std::vector<std::vector<std::pair<int, double>>>& rows) {
   CompressedSystem system;
-  system.rowStart = {0, 1};
-  system.columnIndex = {0};
-  system.matrixValue = {0.0};
+  system.rowStart = {1};
   for (std::size_t row = 1; row < rows.size(); ++row) {
     for (const auto& [column, value] : rows[row]) {
       system.columnIndex.push_back(column);
       system.matrixValue.push_back(value);
     }
-    system.rowStart.push_back(static_cast<int>(system.columnIndex.size()));
+    system.rowStart.push_back(system.columnIndex.rows() + 1);
   }
-  system.rowLoad.assign(rows.size(), 0.0);
+  system.rowLoad.assign(system.rowStart.rows() - 1, 0.0);
   return system;
 }
 
 struct GridSystem {
   CompressedSystem system;
-  std::vector<int> rowBlock{0};
+  Column<int> rowBlock;
 };
 
 /// Points of an m x m grid with three unknowns each, all coupled with those of the four neighbours:
@@ -66,9 +64,9 @@ GridSystem gridSystem(int m, double shift) {
   return grid;
 }
 
-std::vector<double> product(const CompressedSystem& system, const std::vector<double>& u) {
-  std::vector<double> f(u.size(), 0.0);
-  for (std::size_t row = 1; row < u.size(); ++row) {
+Column<double> product(const CompressedSystem& system, const Column<double>& u) {
+  Column<double> f(u.rows(), 0.0);
+  for (int row = 1; row <= u.rows(); ++row) {
     for (int p = system.rowStart[row]; p < system.rowStart[row + 1]; ++p) {
       f[row] += system.matrixValue[p] * u[system.columnIndex[p]];
     }
@@ -92,8 +90,8 @@ TEST_P(DirectSolverWay, FindsTheChosenSolutionsOfBothPasses) {
   testing_support::startRun(job);
   GridSystem grid = gridSystem(60, 1e-3);
   const CompressedSystem full = grid.system;
-  const std::size_t size = grid.rowBlock.size();
-  std::vector<double> chosen(size), found(size);
+  const int rows = grid.rowBlock.rows();
+  Column<double> chosen(rows), found(rows);
   {
     DirectSolver solver(grid.system, grid.rowBlock, GetParam().memoryLimit, scratch.folder().string(),
                         GetParam().precision);
@@ -102,13 +100,13 @@ TEST_P(DirectSolverWay, FindsTheChosenSolutionsOfBothPasses) {
     EXPECT_EQ(solver.inSingle(), GetParam().inSingle);
     EXPECT_EQ(!std::filesystem::is_empty(scratch.folder()), GetParam().outOfCore);
     for (double pass : {1.0, 2.0}) {
-      for (std::size_t i = 1; i < size; ++i) chosen[i] = std::sin(pass * static_cast<double>(i));
+      for (int i = 1; i <= rows; ++i) chosen[i] = std::sin(pass * i);
       grid.system.rowLoad = product(full, chosen);
       EXPECT_LT(solver.solve(found), GetParam().inSingle ? 1e-12 : 1e-13);
       EXPECT_EQ(solver.steps() > 1, GetParam().inSingle);
-      for (std::size_t i = 1; i < size; ++i) ASSERT_NEAR(found[i], chosen[i], 1e-9) << i;
+      for (int i = 1; i <= rows; ++i) ASSERT_NEAR(found[i], chosen[i], 1e-9) << i;
     }
-    grid.system.rowLoad.assign(size, 0.0);
+    grid.system.rowLoad.assign(rows, 0.0);
     EXPECT_EQ(solver.solve(found), 0.0);
   }
   EXPECT_TRUE(std::filesystem::is_empty(scratch.folder()));
@@ -152,9 +150,9 @@ TEST_P(DirectSolverRefusal, EndsTheRunWithItsFigures) {
   const ScratchJob job;
   testing_support::startRun(job);
   CompressedSystem system = GetParam().system();
-  std::vector<int> rowBlock(system.rowLoad.size(), 1);
-  std::iota(rowBlock.begin(), rowBlock.end(), 0);
-  std::vector<double> found(system.rowLoad.size());
+  Column<int> rowBlock(system.rowLoad.rows());
+  std::iota(rowBlock.begin(), rowBlock.end(), 1);
+  Column<double> found(system.rowLoad.rows());
 
   const std::string console = testing_support::faultOf([&] {
     DirectSolver solver(system, rowBlock, GetParam().memoryLimit, GetParam().folder);
@@ -167,7 +165,7 @@ TEST_P(DirectSolverRefusal, EndsTheRunWithItsFigures) {
 /// [[1, b], [c, d]] with the load (1.1, 0.3)
 CompressedSystem twoByTwo(double b, double c, double d) {
   CompressedSystem system = systemOf({{}, {{1, 1.0}, {2, b}}, {{2, d}, {1, c}}});
-  system.rowLoad = {0.0, 1.1, 0.3};
+  system.rowLoad = {1.1, 0.3};
   return system;
 }
 

@@ -39,22 +39,20 @@ TEST_P(WallKinds, RigidMotionsTakeNoForce) {
   patternSearch();
   assemblePass(1, 1);
   const std::vector<double> modes = rigidModes(wallModel());
-  const auto rows = static_cast<std::size_t>(freedoms.freeDofCount);
-  ASSERT_EQ(modes.size(), 6 * rows);
-  std::vector<double> largest(rows + 1, 0.0);
+  const int rows = freedoms.freeDofCount;
+  ASSERT_EQ(static_cast<int>(modes.size()), 6 * rows);
   double stiffness = 0.0;
-  for (std::size_t row = 1; row <= rows; ++row)
-    stiffness =
-        std::max(stiffness, systemOfPass.matrixValue[static_cast<std::size_t>(systemOfPass.rowStart[row])]);
+  for (int row = 1; row <= rows; ++row)
+    stiffness = std::max(stiffness, systemOfPass.matrixValue[systemOfPass.rowStart[row]]);
 
-  std::vector<std::vector<double>> force;
-  for (std::size_t mode = 0; mode < 6; ++mode) {
-    std::vector<double> motion(rows + 1, 0.0);
-    std::copy_n(&modes[mode * rows], rows, motion.begin() + 1);
+  std::vector<Column<double>> force;
+  for (int mode = 0; mode < 6; ++mode) {
+    Column<double> motion(rows);
+    std::copy_n(modes.data() + mode * rows, rows, motion.begin());
     force.push_back(product(motion));
   }
-  std::size_t away = 0;
-  for (std::size_t row = 1; row <= rows; ++row) {
+  int away = 0;
+  for (int row = 1; row <= rows; ++row) {
     const auto magnitude = [&](std::size_t mode) { return std::abs(force[mode][row]); };
     if (std::max({magnitude(0), magnitude(1), magnitude(2)}) > 1e-10 * stiffness) continue;
     ++away;

@@ -56,17 +56,17 @@ class Assembly : public testing_support::ModelTest {
   }
 };
 
-double largestOf(const std::vector<double>& v) {
+double largestOf(const Column<double>& v) {
   double result = 0.0;
   for (double x : v) result = std::max(result, std::abs(x));
   return result;
 }
 
-void expectSolves(const std::vector<double>& u) {
-  const std::vector<double> forces = product(u);
+void expectSolves(const Column<double>& u) {
+  const Column<double> forces = product(u);
   const double scale = largestOf(systemOfPass.matrixValue) * largestOf(u);
   ASSERT_GT(largestOf(systemOfPass.rowLoad), 1e-6 * scale);
-  for (std::size_t row = 1; row < u.size(); ++row) {
+  for (int row = 1; row <= u.rows(); ++row) {
     EXPECT_NEAR(forces[row], systemOfPass.rowLoad[row], 1e-12 * scale) << "row " << row;
   }
 }
@@ -93,13 +93,12 @@ TEST_F(Assembly, HandCaseHasTheToldOrderOfRowsAndColumns) {
   EXPECT_THAT(freedoms.nodeFirstRow, ElementsAre(0, 1, 4, 6, 7, 10, 13, 16));
   EXPECT_THAT(std::vector<int>(freedoms.freeDofList.begin(), freedoms.freeDofList.begin() + 7),
               ElementsAre(4, 5, 6, 7, 8, 10, 13));
-  EXPECT_THAT(systemOfPass.rowFunction, ElementsAre(0, 1, 2, 3, 1, 2, 1, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3));
-  EXPECT_THAT(systemOfPass.rowPoint, ElementsAre(0, 1, 1, 1, 2, 2, 3, 4, 4, 4, 5, 5, 5, 6, 6, 6, 7, 7, 7));
+  EXPECT_THAT(systemOfPass.rowFunction, ElementsAre(1, 2, 3, 1, 2, 1, 1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3));
+  EXPECT_THAT(systemOfPass.rowPoint, ElementsAre(1, 1, 1, 2, 2, 3, 4, 4, 4, 5, 5, 5, 6, 6, 6, 7, 7, 7));
 
   const auto columns = [](int row) {
-    const auto r = static_cast<std::size_t>(row);
-    return std::vector<int>(systemOfPass.columnIndex.begin() + systemOfPass.rowStart[r],
-                            systemOfPass.columnIndex.begin() + systemOfPass.rowStart[r + 1]);
+    const int* all = systemOfPass.columnIndex.origin();
+    return std::vector<int>(all + systemOfPass.rowStart[row], all + systemOfPass.rowStart[row + 1]);
   };
   EXPECT_THAT(columns(2), ElementsAre(2, 3, 1, 4, 5, 7, 8, 9, 10, 11, 12, 13, 14, 15, 6, 16, 17, 18));
   EXPECT_THAT(columns(3), ElementsAre(3, 1, 2, 4, 5, 7, 8, 9, 10, 11, 12, 13, 14, 15, 6, 16, 17, 18));
@@ -140,20 +139,17 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
       }
     }
   }
-  for (std::size_t row = 1; row <= static_cast<std::size_t>(freedoms.freeDofCount); ++row) {
+  for (int row = 1; row <= freedoms.freeDofCount; ++row) {
     std::set<int> columns;
-    for (auto p = static_cast<std::size_t>(systemOfPass.rowStart[row]);
-         p < static_cast<std::size_t>(systemOfPass.rowStart[row + 1]); ++p) {
+    for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p) {
       const int column = systemOfPass.columnIndex[p];
       EXPECT_TRUE(columns.insert(column).second) << "a column twice";
-      auto& reference =
-          full[static_cast<std::size_t>(freedoms.freeDofList[row])]
-              [static_cast<std::size_t>(freedoms.freeDofList[static_cast<std::size_t>(column)])];
+      auto& reference = full[static_cast<std::size_t>(freedoms.freeDofList[row])]
+                            [static_cast<std::size_t>(freedoms.freeDofList[column])];
       EXPECT_NEAR(systemOfPass.matrixValue[p], reference, 1e-12 * largestOf(systemOfPass.matrixValue));
       reference = 0.0;
     }
-    EXPECT_EQ(systemOfPass.columnIndex[static_cast<std::size_t>(systemOfPass.rowStart[row])],
-              static_cast<int>(row));
+    EXPECT_EQ(systemOfPass.columnIndex[systemOfPass.rowStart[row]], row);
   }
   double missed = 0.0;  // entries of free pairs that the pattern doesn't hold
   for (const int i : freedoms.freeDofList)
@@ -196,8 +192,8 @@ TEST_F(Assembly, UniformStressInThePlaneIsSolvedByTheStrainOfTheCompliance) {
 #ifdef _OPENMP
 TEST_F(Assembly, ThreadsAndLoadAloneGiveTheSameBits) {
   const int standard = omp_get_max_threads();
-  std::vector<double> matrix, stressLoad, fullLoad;
-  std::vector<int> columns;
+  Column<double> matrix, stressLoad, fullLoad;
+  Column<int> columns;
   for (int threads : {1, 2, 3}) {
     omp_set_num_threads(threads);
     loadModel(testing_support::ribbedMesh(40, 20, 4));  // several blocks of elements

@@ -8,3 +8,8 @@ target_compile_options(keld_warnings INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(keld_warnings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
+
+# Of src in addition: tables there are numbered from 1 by signed numbers, which need no cast.
+add_library(keld_source_warnings INTERFACE)
+target_compile_options(keld_source_warnings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wsign-conversion>)
+target_link_libraries(keld_source_warnings INTERFACE keld_warnings)

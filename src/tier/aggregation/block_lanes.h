@@ -46,7 +46,7 @@ class lanes {
   TIER_INLINE void store(T* p) const { std::memcpy(p, &v_, R * sizeof(T)); }
   TIER_INLINE void store_wide(T* p) const { std::memcpy(p, &v_, sizeof v_); }
   TIER_INLINE T sum() const {
-    T part[width], s = 0;
+    T part[std::size_t{width}], s = 0;
     std::memcpy(part, &v_, sizeof v_);
     for (int i = 0; i < R; ++i) s += part[i];
     return s;

@@ -78,14 +78,14 @@ void smooth(block_level<T>& l, const polynomial& p) {
 
 template <class T>
 double largest_eigenvalue(block_level<T>& l) {
-  constexpr int steps = 12;
+  constexpr std::size_t steps = 12;
   constexpr double exhausted = 1e-10;
   const int n = l.unknowns();
   T *const r = l.f.data(), *const z = l.x.data(), *const p = l.d.data(), *const q = l.y.data();
   for (int i = 0; i < n; ++i) r[i] = static_cast<T>(random_number(static_cast<std::uint64_t>(i)));
   std::array<double, steps> diagonal{}, off{};
   double before = 0.0, first = 0.0, alpha = 1.0;
-  int done = 0;
+  std::size_t done = 0;
   for (; done < steps; ++done) {
     first_step(l.inverse, l.a.n, l.a.rows, r, T(1), q, z);
     const double rho = dot(n, r, z);
@@ -107,7 +107,7 @@ double largest_eigenvalue(block_level<T>& l) {
     add_multiple(n, static_cast<T>(-alpha), q, r);
     before = rho;
   }
-  return done > 0 ? largest_of_tridiagonal(done, diagonal.data(), off.data()) : 1.0;
+  return done > 0 ? largest_of_tridiagonal(static_cast<int>(done), diagonal.data(), off.data()) : 1.0;
 }
 
 template void smooth_from_zero(block_level<float>&, const polynomial&);

@@ -28,8 +28,9 @@ void complete_diagonal(int b, double* block) {
 // L by columns in place of the lower triangle, then inverse = L^-T L^-1 column by column.
 bool invert_block(int b, const double* block, double* inverse) {
   const double mean = mean_diagonal(b, block);
-  std::array<double, most_block * most_block> l;
-  std::copy_n(block, b * b, l.data());
+  std::array<double, most_block * most_block> lower;
+  double* const l = lower.data();
+  std::copy_n(block, b * b, l);
   bool regular = true;
   for (int j = 0; j < b; ++j) {
     double pivot = l[j * b + j];

@@ -19,12 +19,13 @@ namespace {
 /// functions 4 to 6 too. Lengths are taken from the middle, in units of half the extent.
 class rigid_body {
  public:
-  explicit rigid_body(const level& fine) : given_(modes_of_caller()), iu_(fine.iu), d_(given_.dimension) {
+  explicit rigid_body(const level& fine)
+      : given_(modes_of_caller()), iu_(fine.iu), d_(static_cast<std::size_t>(given_.dimension)) {
     const given_modes& g = given_;
-    for (int c = 0; c < d_; ++c) {
-      double low = g.coordinates[static_cast<std::size_t>(c)], high = low;
+    for (std::size_t c = 0; c < d_; ++c) {
+      double low = place_of(0)[c], high = low;
       for (int r = 0; r < g.rows; ++r) {
-        const double x = g.coordinates[static_cast<std::size_t>(r) * d_ + c];
+        const double x = place_of(r)[c];
         low = std::min(low, x);
         high = std::max(high, x);
       }
@@ -36,21 +37,25 @@ class rigid_body {
 
   double value(int row, int mode) const {
     const int function = iu_[row + 1] - 1;
-    if (mode < d_) return function == mode ? 1.0 : 0.0;
+    if (mode < given_.dimension) return function == mode ? 1.0 : 0.0;
     std::array<double, 3> x{};
-    for (int c = 0; c < d_; ++c)
-      x[c] = (given_.coordinates[static_cast<std::size_t>(row) * d_ + c] - middle_[c]) / half_;
+    for (std::size_t c = 0; c < d_; ++c) x[c] = (place_of(row)[c] - middle_[c]) / half_;
     const int axis = d_ == 2 ? 2 : mode - 3;
     if (function >= 3) return function - 3 == axis ? 1.0 / half_ : 0.0;
     // component `function` of e_axis x X
     const int next = (axis + 1) % 3, last = (axis + 2) % 3;
-    return function == next ? -x[last] : function == last ? x[next] : 0.0;
+    const double* const arm = x.data();
+    return function == next ? -arm[last] : function == last ? arm[next] : 0.0;
   }
 
  private:
+  const double* place_of(int row) const {
+    return given_.coordinates.data() + std::int64_t{row} * given_.dimension;
+  }
+
   const given_modes& given_;
   view<int> iu_;
-  int d_;
+  std::size_t d_;
   std::array<double, 3> middle_{};
   double half_ = 0.0;
 };
@@ -115,7 +120,8 @@ namespace {
 template <class T>
 void relax_row(const block_matrix<T>& a, const from_zero<T>& inverse, int m, int i, near_null& vectors) {
   const int b = a.rows, size = b * m;
-  std::array<double, most_block * most_block> sum{};
+  std::array<double, most_block * most_block> sums{};
+  double* const sum = sums.data();
   for (int k = a.start[i] + 1; k < a.start[i + 1]; ++k) {
     const T* const block = a.block(k);
     const double* const other = &vectors[std::int64_t{a.column[k]} * size];

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -12,11 +13,11 @@ namespace tier {
 constexpr int max_entries = 2147483647;  // positions up to nna + 1 are 32-bit integers
 
 /// The fields of a digit code, [1..n].
-template <int n>
+template <std::size_t n>
 std::array<int, n + 1> digits_of(int code) {
   std::array<int, n + 1> d{};
   int ndigit = 0;
-  idec(code, n, ndigit, d.data() + 1);
+  idec(code, static_cast<int>(n), ndigit, d.data() + 1);
   return d;
 }
 

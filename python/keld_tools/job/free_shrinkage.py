@@ -12,6 +12,7 @@ import math
 import numpy as np
 
 from ..base.findings import Findings
+from ..part.part_file import Part
 from ..part.polymers import Filler, Polymer
 
 FIBRE_SHAPE = 50.0  # of KELD's longitudinal modulus
@@ -46,16 +47,18 @@ def mixed_expansion(polymer: Polymer, filler: Filler, v: float) -> tuple[float, 
     return mean + psi * (stiff - mean), across
 
 
-def volume_fraction(last: Polymer, filler: Filler | None, melt: float) -> float:
-    """The filler's; KELD takes the density of the compound of the last kind at its melt temperature (C) for it."""
+def filler_volume_fraction(part: Part) -> float:
+    """By the density of the last polymer kind at its melt temperature; 0 without a filler."""
+    filler = part.filler
     if filler is None:
         return 0.0
-    part = filler.percent / 100.0
+    share = filler.percent / 100.0
     if not filler.by_weight:
-        return part
-    rho = polymer_density(last.specific_volume_cgs, DENSITY_PRESSURE, melt + KELVIN)
-    rho = 1.0 / ((1.0 - part) / rho + part / filler.density_g_cm3)
-    return (part / filler.density_g_cm3) / ((1.0 / filler.density_g_cm3 - 1.0 / rho) * part + 1.0 / rho)
+        return share
+    melt = part.last_melt_temperature_c + KELVIN
+    density = polymer_density((part.second or part.polymer).specific_volume_cgs, DENSITY_PRESSURE, melt)
+    volume = share / filler.density_g_cm3
+    return volume / (volume + (1.0 - share) / density)
 
 
 def polymer_density(c: list[float], pressure: float, temperature: float) -> float:

@@ -29,12 +29,7 @@ def summary_of(part: Part, mesh: JobMesh, files: JobFiles, runs: bool = False) -
         f"mean edge over wall thickness: {ratio:.3g}; {words_on(part.wall_model, ratio)}",
         f"walls: {part.wall_model}",
     ]
-    melt = (
-        part.conditions.melt_temperature_c
-        if part.conditions.second_melt_temperature_c is None
-        else part.conditions.second_melt_temperature_c
-    )
-    fraction = free_shrinkage.volume_fraction(part.second or part.polymer, part.filler, melt)
+    fraction = free_shrinkage.filler_volume_fraction(part)
     for polymer in [part.polymer] + ([part.second] if part.second else []):
         lines.append(f"polymer: {polymer.title}")
         lines.append(free_shrinkage.words_on(polymer, part.filler, fraction, *files.shrinking))

@@ -10,6 +10,7 @@ import numpy as np
 from ..base.ownership import MADE_BY_JOB as MADE_BY
 from ..part.part_file import Part
 from ..part.polymers import Filler, Polymer
+from . import free_shrinkage
 
 SUFFIXES = (".PG1", ".PRC", ".CPU", ".MAL", ".BC1", ".RS1", ".PT1", ".CT1", ".origin.json")
 UNKNOWN_NODE = 0
@@ -88,7 +89,7 @@ def process(part: Part, ejection: float) -> str:
 
     keld takes melt temperatures, filler, second polymer and ambient; the others, `ejection` too, are for its report.
     """
-    c, filler = part.conditions, part.filler or Filler()
+    c = part.conditions
     values = [
         ("Filling time", c.fill_time_s),
         ("Melt temperature of the first polymer", c.melt_temperature_c),
@@ -101,8 +102,8 @@ def process(part: Part, ejection: float) -> str:
         ("Mould opening time", c.mould_opening_time_s),
         ("Ejection temperature", ejection),
         ("Filler present", int(part.filler is not None)),
-        ("Filler percentage by", 1 if filler.by_weight else 2),
-        ("Filler percentage", filler.percent),
+        ("Filler percentage by", 2),  # volume: by weight keld takes the compound's density for the polymer's
+        ("Filler percentage", 100.0 * free_shrinkage.filler_volume_fraction(part)),
         ("Polymers", int(part.second is not None)),
         (
             "Melt temperature of the second polymer",

@@ -70,6 +70,12 @@ class Part:
     drawing: Drawing = field(default_factory=Drawing)  # measures to take of the moulded part
     places: dict[str, str] = field(default_factory=dict)  # section -> "file:line: [section]"
 
+    @property
+    def last_melt_temperature_c(self) -> float:
+        """Of the last polymer kind, whose density turns weight into volume."""
+        second = self.conditions.second_melt_temperature_c
+        return self.conditions.melt_temperature_c if second is None else second
+
 
 # Per-element quantities of [fields]: name -> (kind of unit, number of components)
 FIELDS = {

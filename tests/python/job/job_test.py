@@ -86,6 +86,24 @@ wall_model = "wedge"
     assert mal["Shear modulus"][1] == "2e+10" and mal["Specific volume"][:2] == ["1", "1.2"]
 
 
+@pytest.mark.parametrize(
+    "share, percent",
+    [("weight_percent = 30", 100 * (30 / 2.5) / (30 / 2.5 + 70 / 1.2)), ("volume_percent = 30", 30)],
+)
+def test_a_filler_counts_by_volume(tmp_path, job, share, percent):
+    """Of glass of 2.5 g/cm3, keld's own, in a polymer of 1.2."""
+    write_plate(tmp_path / "plate.msh")
+    polymer = "[polymer]\nmodulus_GPa = 2\npoisson = 0.4\nexpansion_per_K = 7e-5\ndensity_g_cm3 = 1.2\n"
+    mesh = '[mesh]\nfile = "plate.msh"\nthickness_mm = 2\n'
+    warm = "[conditions]\nmelt_temperature_C = 280\nmould_temperature_C = 80\nejection_temperature_C = 120\n"
+
+    status, said = job(mesh + polymer + warm + f"[filler]\n{share}\n[fields]\nfibre_direction = [1, 0, 0]\n")
+    assert status == 0, said
+
+    prc = values_of(tmp_path / "j.PRC")
+    assert (prc[20011], prc[20012]) == (1, 2) and prc[20013] == pytest.approx(percent, rel=1e-9)
+
+
 def test_the_library_names_a_source_for_every_number():
     library = polymers.library()
     numbers = [

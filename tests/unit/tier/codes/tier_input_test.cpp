@@ -307,6 +307,25 @@ TEST(TierInput, DecodesTheCodesOfTheAnalysis) {
   }
 }
 
+// Scaling one side of a symmetric matrix leaves it non-symmetric to the choice of the accelerator.
+TEST(TierInput, TakesAMatrixScaledOnOneSideForNonSymmetric) {
+  using tier::accelerator;
+  struct scaled {
+    int matrix, modify_mat;
+    accelerator chosen;
+  };
+  for (const scaled& s : {scaled{12, 0, accelerator::cg}, scaled{126, 0, accelerator::bicgstab},
+                          scaled{127, 0, accelerator::bicgstab}, scaled{12, 2, accelerator::bicgstab},
+                          scaled{12, 3, accelerator::bicgstab}, scaled{12, 23, accelerator::bicgstab}}) {
+    tier::call_arguments call;
+    call.nnu = call.nna = 500;
+    call.matrix = s.matrix;
+    call.ncyc = 1100250;
+    parm().modify_mat = s.modify_mat;
+    EXPECT_EQ(tier::tier_input(call).ncgrad, s.chosen) << s.matrix << ' ' << s.modify_mat;
+  }
+}
+
 TEST(TierInput, ResolvesUserValues) {
   tier::call_arguments call;
   call.nnu = call.nna = 500;

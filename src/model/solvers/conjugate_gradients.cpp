@@ -25,6 +25,7 @@ ConjugateGradients::ConjugateGradients(const CompressedSystem& triangle, const C
     : triangle_(triangle),
       load_(load),
       x_(x),
+      target_(target),
       goal_(target * norm(load)),
       r_(load),
       z_(load.rows()),
@@ -63,5 +64,7 @@ void ConjugateGradients::takeStep() {
 }
 
 double ConjugateGradients::relativeResidual() const { return norm(r_) / norm(load_); }
+
+double ConjugateGradients::progress() const { return std::log(relativeResidual()) / std::log(target_); }
 
 }  // namespace keld

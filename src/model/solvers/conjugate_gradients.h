@@ -28,13 +28,16 @@ class ConjugateGradients {
   /// Of the present x, by the residual as the steps have carried it on.
   double relativeResidual() const;
 
+  /// The share of the way to the target that is done, in powers of ten: 0 at the start, 1 at the end.
+  double progress() const;
+
  private:
   void takeStep();
 
   const CompressedSystem& triangle_;
   const Column<double>& load_;
   Column<double>& x_;
-  const double goal_;
+  const double target_, goal_;
   Column<double> r_, z_, p_, minusAp_;  // [1..n]
   double curvature_ = 0.0;              // p.Ap of the last step; 0: the next goes along z
   int steps_ = 0;

@@ -168,8 +168,11 @@ void DirectSolver::solveInDouble(const Column<double>& load, Column<double>& unk
 bool DirectSolver::refine(std::span<ConjugateGradients> solutions) {
   using State = ConjugateGradients::State;
   std::vector<SingleFactor::Pair> pairs;
+  // A third of the steps must do a third of the way: the others cost as much as a factor in double precision.
+  constexpr int trialSteps = mostSteps / 3;
   const auto open = [](const ConjugateGradients& s) {
-    return s.state() == State::running && s.steps() < mostSteps;
+    const bool lags = s.steps() == trialSteps && s.progress() < 1.0 / 3.0;
+    return s.state() == State::running && s.steps() < mostSteps && !lags;
   };
   while (std::any_of(solutions.begin(), solutions.end(), open)) {
     pairs.clear();

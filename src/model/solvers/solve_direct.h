@@ -29,9 +29,10 @@ enum class FactorPrecision { bySize, inDouble, inSingle };
 
 /// Solutions with the factor of a symmetric positive definite matrix, kept until the object goes. A factor in
 /// single precision is the preconditioner of conjugate gradients in double; where it can't be made or they
-/// don't come to an end in `mostSteps` steps, the log says so and a factor in double precision takes its
-/// place. Any failure of that, a matrix that isn't symmetric, not positive definite or singular to working
-/// precision, and a residual that isn't small end the run with a message that gives codes and figures.
+/// don't come to an end in `mostSteps` steps, or lag behind, the log says so and a factor in double precision
+/// takes its place. Any failure of that, a matrix that isn't symmetric, not positive definite or singular to
+/// working precision, and a residual that isn't small end the run with a message that gives codes and
+/// figures.
 class DirectSolver {
  public:
   /// Factors at once. Of `system` it keeps the upper triangle alone, rows in the order they had: rowStart,

@@ -16,6 +16,7 @@ struct MumpsFault {
   const char* step;
   int code, detail;  // INFOG(1), INFOG(2)
   const char* meaning() const;
+  bool ofDisk() const { return code == -90; }
 };
 
 /// LDL^T factor of a symmetric positive definite matrix, from its pattern on until the object goes. Real is

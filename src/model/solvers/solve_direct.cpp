@@ -22,13 +22,17 @@ std::string wordsOf(const MumpsFault& fault) {
          " (INFOG(1)= " + std::to_string(fault.code) + ", INFOG(2)= " + std::to_string(fault.detail) + ")";
 }
 
+[[noreturn]] void endWith(const MumpsFault& fault) {
+  vFail("\n !! Error !!  The direct solver %s.\n", wordsOf(fault).c_str());
+}
+
 /// A step of the library that must not fail.
 template <class Step>
 auto orEnd(const Step& step) {
   try {
     return step();
   } catch (const MumpsFault& fault) {
-    vFail("\n !! Error !!  The direct solver %s.\n", wordsOf(fault).c_str());
+    endWith(fault);
   }
 }
 
@@ -97,9 +101,15 @@ bool DirectSolver::factorInSingle() {
     if (negativePivots == 0) return true;
     giveUpSingle("has " + std::to_string(negativePivots) + " negative pivots");
   } catch (const MumpsFault& fault) {
-    giveUpSingle(wordsOf(fault));
+    giveUpSingle(fault);
   }
   return false;
+}
+
+/// Where a factor can't go to disk a larger one can't either.
+void DirectSolver::giveUpSingle(const MumpsFault& fault) {
+  if (fault.ofDisk()) endWith(fault);
+  giveUpSingle(wordsOf(fault));
 }
 
 void DirectSolver::giveUpSingle(const std::string& why) {
@@ -181,7 +191,7 @@ bool DirectSolver::refine(std::span<ConjugateGradients> solutions) {
     try {
       inSingle_->solve(pairs);
     } catch (const MumpsFault& fault) {
-      giveUpSingle(wordsOf(fault));
+      giveUpSingle(fault);
       return false;
     }
     for (ConjugateGradients& s : solutions)

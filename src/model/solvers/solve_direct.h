@@ -68,6 +68,7 @@ class DirectSolver {
   void orderInDouble();
   void factorInDouble();
   bool factorInSingle();
+  void giveUpSingle(const MumpsFault& fault);
   void giveUpSingle(const std::string& why);
   template <class Real>
   void limitMemory(MumpsFactor<Real>& library);

@@ -131,7 +131,7 @@ class builder {
     caller_rows rows(fine_, h_.points, h_.scale);
     caller_source source(rows, pattern_of(h_.fine.a));
     fill_fine(source);
-    for (std::size_t k = 0; k < h_.coarse.size(); ++k) {
+    for (int k = 0; k < h_.coarse.count(); ++k) {
       block_matrix<double>& a = h_.coarse[k].a;
       if (k == 0) {
         galerkin_values(source, h_.fine.p, h_.fine.index, a);
@@ -168,7 +168,7 @@ class builder {
 
   void build_levels(caller_source& source, near_null& modes) {
     double theta = h_.chosen.theta;
-    h_.coarse.reserve(static_cast<std::size_t>(max_levels));
+    h_.coarse.reserve(max_levels);
     if (!small_enough(h_.fine.a.n) && h_.chosen.most_levels > 1) {
       single_source single(h_.fine.a);
       coarsen(h_.fine, single, source, theta, modes);

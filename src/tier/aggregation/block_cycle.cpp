@@ -25,7 +25,7 @@ template <class T>
 void cycle(aggregation_hierarchy& h, block_level<T>& l, int k) {
   const polynomial p = smoother_of(h, l);
   smooth_from_zero(l, p);
-  block_level<double>& next = h.coarse[static_cast<std::size_t>(k - 1)];
+  block_level<double>& next = h.coarse[k - 1];
   residual(l.a, l.f.data(), l.x.data(), l.d.data());
   restrict_to(l.p, l.index, next.a.n, l.d.data(), next.f.data());
   solve_coarse(h, k + 1);
@@ -114,7 +114,7 @@ void solve_single_level(aggregation_hierarchy& h, const double* r, double* z) {
 }  // namespace
 
 void solve_coarse(aggregation_hierarchy& h, int k) {
-  block_level<double>& l = h.coarse[static_cast<std::size_t>(k - 2)];
+  block_level<double>& l = h.coarse[k - 2];
   if (k == h.levels()) {
     const timed time(phase::coarsest_solution);
     return solve_last(h, l);

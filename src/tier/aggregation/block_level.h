@@ -7,6 +7,7 @@
 
 #include "tier/aggregation/block_kernels.h"
 #include "tier/aggregation/points.h"
+#include "tier/store/numbered.h"
 
 namespace tier::aggregation {
 
@@ -62,11 +63,11 @@ struct aggregation_hierarchy {
   int modes = 0;
   point_layout points;
   block_level<float> fine;
-  std::vector<block_level<double>> coarse;
+  numbered_list<block_level<double>> coarse;
   dense_cholesky last;
   from_zero<double> last_vector;
 
-  int levels() const { return static_cast<int>(coarse.size()) + 1; }
+  int levels() const { return coarse.count() + 1; }
 };
 
 }  // namespace tier::aggregation

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier::aggregation {
@@ -40,8 +41,8 @@ void for_pieces(std::int64_t n, Body body) {
 
 template <class T>
 double dot(std::int64_t n, const T* x, const T* y) {
-  std::array<double, pieces> part;
-  for_pieces(n, [&](int k, piece p) { part[static_cast<std::size_t>(k)] = sum_of_piece(x, y, p); });
+  numbered<double, pieces> part;
+  for_pieces(n, [&](int k, piece p) { part[k] = sum_of_piece(x, y, p); });
   double sum = 0.0;
   for (const double s : part) sum += s;
   return sum;

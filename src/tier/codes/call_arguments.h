@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "tier/store/numbered.h"
+
 namespace tier {
 
 constexpr int most_functions = 999;
@@ -22,7 +24,7 @@ struct call_arguments {
   int ndip = 0;
 
   int matrix = 0;
-  std::array<int, most_functions + 1> iscale{};  // [1..nsys]
+  numbered<int, most_functions + 1> iscale{};  // [1..nsys]
   double res_in = -1.0;
   int nsolve = 0, ifirst = 0;
   double eps = 0.0;

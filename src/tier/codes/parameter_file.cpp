@@ -42,8 +42,7 @@ parameter_reference argument_place(call_arguments& call, std::string_view name, 
     const std::string_view number = name.substr(stem.size(), name.size() - stem.size() - 1);
     int i = 0;
     const auto end = std::from_chars(number.data(), number.data() + number.size(), i).ptr;
-    if (end == number.data() + number.size() && i >= 1 && i <= most_iscale)
-      return &call.iscale[static_cast<std::size_t>(i)];
+    if (end == number.data() + number.size() && i >= 1 && i <= most_iscale) return &call.iscale[i];
   }
   if (const parameter_entry* p = find_parameter(name)) return p->place();
   return static_cast<int*>(nullptr);

@@ -6,6 +6,7 @@
 #include "tier/codes/matrix_check.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -35,8 +36,8 @@ void check_diagonal_signs(const call_arguments& call) {
 
 void check_functions_used(const call_arguments& call, const controls& c) {
   if (c.nsys == 1) return;
-  std::array<bool, most_functions + 1> used{};
-  for (int i = 0; i < call.nnu; ++i) used[static_cast<std::size_t>(call.iu[i])] = true;
+  numbered<bool, most_functions + 1> used{};
+  for (int i = 0; i < call.nnu; ++i) used[call.iu[i]] = true;
   const auto unused = std::count(used.begin() + 1, used.begin() + 1 + c.nsys, false);
   if (unused > 0)
     warn(warn_unknown_without_variable,
@@ -94,7 +95,7 @@ double asymmetry(const call_arguments& call) {
 double largest_row_sum(const call_arguments& call, const controls& c) {
   const view<const int> ia(call.ia), ja(call.ja), iu(call.iu);
   const view<const double> a(call.a);
-  const auto function = [&](int i) { return static_cast<std::size_t>(c.nsys == 1 ? 1 : iu[i]); };
+  const auto function = [&](int i) { return c.nsys == 1 ? 1 : iu[i]; };
   work_array<double> sum;
   sum.allocate(call.nnu, 0.0, "sum", routine);
   for (int i = 1; i <= call.nnu; ++i) {

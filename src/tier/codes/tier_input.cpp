@@ -237,7 +237,7 @@ void read_functions(controls& c, const call_arguments& call) {
     c.show_un_res = 0;
     return;
   }
-  for (std::size_t i = 1; i <= static_cast<std::size_t>(c.nsys); ++i) {
+  for (int i = 1; i <= c.nsys; ++i) {
     require_legal(call.iscale[i] == 0 || call.iscale[i] == 1, "iscale");
     c.iscale[i] = call.iscale[i];
   }

@@ -17,7 +17,7 @@ using aggregation::block_level;
 template <class Body>
 void for_levels(const aggregation_hierarchy& h, Body body) {
   body(1, h.fine);
-  for (std::size_t k = 0; k < h.coarse.size(); ++k) body(static_cast<int>(k) + 2, h.coarse[k]);
+  for (int k = 0; k < h.coarse.count(); ++k) body(k + 2, h.coarse[k]);
 }
 
 template <class T>

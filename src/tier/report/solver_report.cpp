@@ -8,6 +8,7 @@
 #include "tier/solve/coarse_solvers.h"
 #include "tier/solve/sweep_code.h"
 #include "tier/store/formatted.h"
+#include "tier/store/numbered.h"
 #include "tier/store/parameters.h"
 #include "tier/store/print_line.h"
 
@@ -21,7 +22,7 @@ void print_sweeps(const char* side, int code) {
   const sweep_code sweeps = decode_sweeps(code);
   int jacobi = 0, gauss_seidel = 0;
   bool parts = false;
-  for (std::size_t i = 0; i < static_cast<std::size_t>(sweeps.steps); ++i) {
+  for (int i = 0; i < sweeps.steps; ++i) {
     const int step = std::abs(sweeps.step[i]);
     ++(step == jacobi_step ? jacobi : gauss_seidel);
     parts |= step == 1 || step == 3;
@@ -31,7 +32,7 @@ void print_sweeps(const char* side, int code) {
 }
 
 void print_basic_method(const hierarchy& h, const controls& c) {
-  constexpr std::array<const char*, 5> cycles{"", "V", "F", "W", "VV"};
+  constexpr numbered<const char*, 5> cycles{"", "V", "F", "W", "VV"};
   if (is_one_level(c.igam)) {
     const char* method = c.igam == cycle_kind::diagonal  ? "Diagonal scaling (Jacobi)"
                          : c.ncgrad == accelerator::none ? "Gauss-Seidel"
@@ -39,8 +40,7 @@ void print_basic_method(const hierarchy& h, const controls& c) {
                                                          : "ILUT";
     print_line("Basic Method: One-level method (igam=%d) - %s", code_of(c.igam), method);
   } else if (h.levels_used > 1) {
-    print_line("Basic Method: AMG on %d levels (%s-cycle)", h.levels_used,
-               cycles[static_cast<std::size_t>(c.igam)]);
+    print_line("Basic Method: AMG on %d levels (%s-cycle)", h.levels_used, cycles[code_of(c.igam)]);
   } else if (c.nrc == coarsest_solver::none) {
     print_line("Basic Method: Smoothing only - nxtyp=%d on one level", code_of(c.nxtyp));
   } else {

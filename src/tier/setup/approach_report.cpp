@@ -7,6 +7,7 @@
 #include "tier/setup/galerkin_step.h"
 #include "tier/store/formatted.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -24,14 +25,14 @@ void report_primary_matrix(const controls& c) {
     message(head + (c.nsys == 1 ? "equals A" : "equals A_[nprim,nprim]" + primary));
   } else {
     message(head + (c.nprim == 0 ? "maximal pattern" : "nprim-pattern" + primary));
-    constexpr std::array<const char*, 7> made_from = {"",
-                                                      "based on distances",
-                                                      "based on positions",
-                                                      "based on norms of the A_(i,j), diag.: sum",
-                                                      "based on norms of the A_(i,j), diag.: norm",
-                                                      "one of the special test approaches",
-                                                      "one of the special test approaches"};
-    message(deep_indent + std::string(made_from[static_cast<std::size_t>(c.internal)]));
+    constexpr numbered<const char*, 7> made_from = {"",
+                                                    "based on distances",
+                                                    "based on positions",
+                                                    "based on norms of the A_(i,j), diag.: sum",
+                                                    "based on norms of the A_(i,j), diag.: norm",
+                                                    "one of the special test approaches",
+                                                    "one of the special test approaches"};
+    message(deep_indent + std::string(made_from[code_of(c.internal)]));
   }
   if (c.nprim != 0)
     message(std::string(indent) + "primary unknown is " + (c.dummy_primary ? "dummy" : "normal") +
@@ -39,12 +40,12 @@ void report_primary_matrix(const controls& c) {
 }
 
 void report_point_based(const controls& c) {
-  constexpr std::array<const char*, 4> forces = {"", "separate for all unknowns", "same for all unknowns",
-                                                 "block-wise"};
+  constexpr numbered<const char*, 4> forces = {"", "separate for all unknowns", "same for all unknowns",
+                                               "block-wise"};
   approach_line("point-based.");
   report_primary_matrix(c);
   message(std::string(indent) + "strong couplings - based on P");
-  message(std::string(indent) + "interpolation    - " + forces[static_cast<std::size_t>(c.nint_force)]);
+  message(std::string(indent) + "interpolation    - " + forces[code_of(c.nint_force)]);
   const char* pattern = "SW-pattern of P";  // blocks follow the strong points
   const bool of_blocks =
       c.nint_force == point_interpolation::block_wise && c.internal != primary_matrix::of_primary_unknown;
@@ -69,22 +70,22 @@ void report_approach(const controls& c) {
 }
 
 void report_weights(weight_source source) {
-  constexpr std::array<const char*, 6> sources = {
-      "", "entries of A", "distances", "positions", "entries of P", "entries of A (spectral norm)"};
-  message(std::string(deep_indent) + "weights based on " + sources[static_cast<std::size_t>(source)]);
+  constexpr numbered<const char*, 6> sources = {"",          "entries of A", "distances",
+                                                "positions", "entries of P", "entries of A (spectral norm)"};
+  message(std::string(deep_indent) + "weights based on " + sources[code_of(source)]);
 }
 
 void report_galerkin(const galerkin_options& o) {
-  constexpr std::array<const char*, 7> variants = {"",
-                                                   "standard",
-                                                   "determination of row lengths",
-                                                   "determination of row lengths + splitting",
-                                                   "dynamic parallel memory management",
-                                                   "dynamic parallel memory management + splitting",
-                                                   "dynamic memory management using lists"};
+  constexpr numbered<const char*, 7> variants = {"",
+                                                 "standard",
+                                                 "determination of row lengths",
+                                                 "determination of row lengths + splitting",
+                                                 "dynamic parallel memory management",
+                                                 "dynamic parallel memory management + splitting",
+                                                 "dynamic memory management using lists"};
   message(o.truncation > 0.0 ? formatted("Galerkin: truncation:        yes,  eps = %g", o.truncation)
                              : "Galerkin: truncation:        no");
-  message(std::string("          variant:           ") + variants[static_cast<std::size_t>(o.variant)]);
+  message(std::string("          variant:           ") + variants[code_of(o.variant)]);
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ coarsening coarsen(setup_state& t, int k, bool aggressive) {
   if (driver_split(t, k, aggressive) == coarsening::stops) return coarsening::stops;
   driver_int(t, k);
   // Interpolation may have turned so many F-variables into C that the next level would be this one again.
-  const level_record& made = t.record.at[static_cast<std::size_t>(k)];
+  const level_record& made = t.record.at[k];
   return made.turned_c > 0 ? test_ratio(t, k, made.ratio, "(int)") : coarsening::goes_on;
 }
 

@@ -4,20 +4,22 @@
 
 #include <vector>
 
+#include "tier/store/numbered.h"
+
 namespace tier {
 
 /// Row-major rows x columns.
 struct dense_block {
   int rows = 0, columns = 0;
-  std::vector<double> v;
+  numbered_list<double> v;
 
   void assign(int r, int c) {
     rows = r;
     columns = c;
-    v.assign(static_cast<std::size_t>(r) * static_cast<std::size_t>(c), 0.0);
+    v.assign(r * c, 0.0);
   }
-  double& operator()(int r, int c) { return v[static_cast<std::size_t>(r * columns + c)]; }
-  double operator()(int r, int c) const { return v[static_cast<std::size_t>(r * columns + c)]; }
+  double& operator()(int r, int c) { return v[r * columns + c]; }
+  double operator()(int r, int c) const { return v[r * columns + c]; }
 };
 
 /// x <- d^-1 x by Gauss with row exchanges; false: d is singular. d is overwritten.

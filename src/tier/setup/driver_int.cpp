@@ -53,7 +53,7 @@ void report_improvement(const improvement_counts& n) {
 /// Interpolation of scalar rows, by passes, improved and handed to other unknowns as asked.
 void interpolate_variables(setup_state& t, int k) {
   level& lv = t.h(k);
-  level_record& r = t.record.at[static_cast<std::size_t>(k)];
+  level_record& r = t.record.at[k];
   interpolation_options o = options_of(t);
   {
     const timed time(phase::pwint);
@@ -84,14 +84,14 @@ void interpolate_blocks(setup_state& t, int k) {
   o.etr = t.o.interpolation.limits != truncation::none ? t.o.interpolation.etr : 0.0;
   o.may_eliminate = t.o.blocks_may_eliminate;
   o.use_primary_matrix = t.uses_primary_matrix();
-  int& turned = t.record.at[static_cast<std::size_t>(k)].turned_c;
+  int& turned = t.record.at[k].turned_c;
   turned = o.kind == interpolation_kind::multipass ? pbint2(lv, o) : pbint1(lv, o);
 }
 
 }  // namespace
 
 void driver_int(setup_state& t, int k) {
-  level_record& r = t.record.at[static_cast<std::size_t>(k)];
+  level_record& r = t.record.at[k];
   if (t.by_points() && t.c.nint_force == point_interpolation::block_wise) {
     interpolate_blocks(t, k);
   } else {

@@ -62,7 +62,7 @@ void run_second_pass(const setup_state& t, const couplings& m, int nprim, view<i
 /// First pass, aggressive coarsening and second pass on a matrix or a primary matrix.
 coarsening split(setup_state& t, int k, const couplings& m, int nprim, bool aggressive, view<int> state) {
   const level& lv = t.h(k);
-  split_counts& n = t.record.at[static_cast<std::size_t>(k)].split;
+  split_counts& n = t.record.at[k].split;
   run_pcol(t, k, m, nprim, state, n);
   if (aggressive) run_reduce(t, k, m, state, n);
   if (test_split(t, lv, n) == coarsening::stops) return coarsening::stops;
@@ -93,7 +93,7 @@ coarsening test_size_and_ratio(setup_state& t, int k, double c_variables, const 
 
 coarsening split_points(setup_state& t, int k, bool aggressive) {
   level& lv = t.h(k);
-  split_counts& n = t.record.at[static_cast<std::size_t>(k)].split;
+  split_counts& n = t.record.at[k].split;
   lv.ibcg.allocate(lv.npnts, "ibcg", "driver_split");
   if (split(t, k, primary_couplings(lv), 0, aggressive, lv.ibcg) == coarsening::stops)
     return coarsening::stops;
@@ -108,7 +108,7 @@ coarsening split_points(setup_state& t, int k, bool aggressive) {
 
 coarsening split_variables(setup_state& t, int k, bool aggressive) {
   level& lv = t.h(k);
-  split_counts& n = t.record.at[static_cast<std::size_t>(k)].split;
+  split_counts& n = t.record.at[k].split;
   const couplings m = couplings_of(lv, t.own_unknown());
   if (split(t, k, m, t.c.nprim, aggressive, lv.icg) == coarsening::stops) return coarsening::stops;
   double c_variables = n.c;

@@ -7,6 +7,7 @@
 
 #include "tier/setup/pcol.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier {
@@ -206,13 +207,13 @@ void first_pass::settle_border() {
 
 namespace {
 
-using blocks_of_rows = std::vector<std::unique_ptr<first_pass>>;
+using blocks_of_rows = numbered_list<std::unique_ptr<first_pass>>;
 
 template <class Step>
 void for_blocks(const blocks_of_rows& blocks, Step step) {
-  const int team = static_cast<int>(blocks.size());
+  const int team = blocks.count();
   for_chunks(team, team, [&](const row_chunk& range) {
-    for (int b = range.lo; b <= range.hi; ++b) step(*blocks[static_cast<std::size_t>(b - 1)]);
+    for (int b = range.lo; b <= range.hi; ++b) step(*blocks[b - 1]);
   });
 }
 
@@ -254,7 +255,7 @@ void run_first_pass(const couplings& g, view<int> state, bool threads) {
   trace(trace_topic::splitting, "pcol:after initialization");
   for_blocks(blocks, [](first_pass& block) { block.run(); });
   trace(trace_topic::splitting, "pcol:after main coarsening phase");
-  if (blocks.size() > 1)
+  if (blocks.count() > 1)
     for (const auto& block : blocks) block->settle_border();  // in row order, each change at once
 }
 

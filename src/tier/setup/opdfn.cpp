@@ -12,6 +12,7 @@
 #include "tier/setup/couplings.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier {
@@ -42,8 +43,8 @@ bool counts_first(opdfn_variant variant) {
 }
 
 /// First coarse row of each thread and the end, thread t has bounds[t] .. bounds[t + 1] - 1.
-std::vector<int> equal_rows(int nc, int team) {
-  std::vector<int> bounds;
+numbered_list<int> equal_rows(int nc, int team) {
+  numbered_list<int> bounds;
   for (int t = 0; t < team; ++t) {
     int lo = 1, hi = nc;
     chunk_of_thread(1, nc, t, team, lo, hi);
@@ -54,7 +55,7 @@ std::vector<int> equal_rows(int nc, int team) {
 }
 
 /// The same with equal numbers of products r a_il.
-std::vector<int> equal_work(const level& fine, int nc, int team) {
+numbered_list<int> equal_work(const level& fine, int nc, int team) {
   const auto work_of = [&fine](int c) {
     std::int64_t work = 0;
     for (int t = fine.rt[c]; t < fine.rt[c + 1]; ++t) work += fine.ia[fine.jrt[t] + 1] - fine.ia[fine.jrt[t]];
@@ -62,14 +63,13 @@ std::vector<int> equal_work(const level& fine, int nc, int team) {
   };
   std::int64_t total = 0;
   for (int c = 1; c <= nc; ++c) total += work_of(c);
-  std::vector<int> bounds{1};
+  numbered_list<int> bounds{1};
   std::int64_t sum = 0;
   for (int c = 1; c <= nc; ++c) {
-    while (static_cast<int>(bounds.size()) < team && sum >= total * static_cast<int>(bounds.size()) / team)
-      bounds.push_back(c);
+    while (bounds.count() < team && sum >= total * bounds.count() / team) bounds.push_back(c);
     sum += work_of(c);
   }
-  while (static_cast<int>(bounds.size()) <= team) bounds.push_back(nc + 1);
+  while (bounds.count() <= team) bounds.push_back(nc + 1);
   return bounds;
 }
 
@@ -79,22 +79,22 @@ struct product {
   level& coarse;
   bool keep_zeros;
   const char* routine;
-  std::vector<int> bounds;
+  numbered_list<int> bounds;
   int marked = 0;            // fine variables with a marker: all, or none where no row of R A is formed
   int room = 0;              // of a row of R A
   work_array<int> integers;  // markers and columns of each thread
   work_array<double> sums;   // of a row of R A, for each thread
 
-  product(const level& f, level& c, opdfn_variant variant, bool zeros, std::vector<int> parts)
+  product(const level& f, level& c, opdfn_variant variant, bool zeros, numbered_list<int> parts)
       : fine(f), coarse(c), keep_zeros(zeros), routine(routine_of(variant)), bounds(std::move(parts)) {
     if (!counts_first(variant) && !sums_restricted_rows(fine)) return;
     const std::int64_t longest = std::int64_t{longest_row(fine.rt, coarse.n)} * longest_row(fine.ia, fine.n);
     room = static_cast<int>(std::min<std::int64_t>(longest, fine.n));
     marked = fine.n;
   }
-  int team() const { return static_cast<int>(bounds.size()) - 1; }
-  int lo(int tid) const { return bounds[static_cast<std::size_t>(tid)]; }
-  int hi(int tid) const { return bounds[static_cast<std::size_t>(tid) + 1] - 1; }
+  int team() const { return bounds.count() - 1; }
+  int lo(int tid) const { return bounds[tid]; }
+  int hi(int tid) const { return bounds[tid + 1] - 1; }
   std::int64_t integers_of_thread() const { return std::int64_t{marked} + coarse.n + room; }
   void allocate_scratch() {
     integers.allocate(integers_of_thread() * team(), "marker", routine);
@@ -202,12 +202,12 @@ struct chunk_list {
 };
 
 /// A new chunk for each thread that has rows left; false when there are none.
-bool add_chunks(const product& g, std::vector<chunk_list>& lists) {
+bool add_chunks(const product& g, numbered_list<chunk_list>& lists) {
   bool any = false;
   const level& fine = g.fine;
   const std::int64_t average = (fine.ia[fine.n + 1] - 1) / fine.n + 1;
   for (int tid = 0; tid < g.team(); ++tid) {
-    chunk_list& list = lists[static_cast<std::size_t>(tid)];
+    chunk_list& list = lists[tid];
     const int rest = g.hi(tid) - list.next + 1;
     if (rest <= 0) continue;
     any = true;
@@ -228,7 +228,7 @@ bool add_chunks(const product& g, std::vector<chunk_list>& lists) {
   return any;
 }
 
-void join_chunks(product& g, std::vector<chunk_list>& lists) {
+void join_chunks(product& g, numbered_list<chunk_list>& lists) {
   level& coarse = g.coarse;
   prefix_sum(coarse);
   const std::int64_t entries = coarse.own_ia[coarse.n + 1] - 1;
@@ -249,12 +249,12 @@ void join_chunks(product& g, std::vector<chunk_list>& lists) {
 void one_sweep_in_chunks(product& g) {
   level& coarse = g.coarse;
   g.allocate_scratch();
-  std::vector<chunk_list> lists;
-  lists.reserve(static_cast<std::size_t>(g.team()));
+  numbered_list<chunk_list> lists;
+  lists.reserve(g.team());
   for (int tid = 0; tid < g.team(); ++tid) lists.push_back({g.lo(tid), {}});
   while (add_chunks(g, lists)) {
     g.for_parts([&](int tid) {
-      chunk_list& list = lists[static_cast<std::size_t>(tid)];
+      chunk_list& list = lists[tid];
       if (list.next > g.hi(tid)) return;
       chunk& here = *list.chunks.back();
       coarse_row_former rows = g.former(tid);

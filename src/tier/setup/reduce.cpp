@@ -10,6 +10,7 @@
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
 #include "tier/store/input_checks.h"
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier {
@@ -82,7 +83,7 @@ graph_outcome build_graph(const couplings& m, int least, int team, c_graph& g) {
   work_array<int> paths;
   paths.allocate(std::int64_t{m.n} * team, 0, "paths", "reduce");
   g.start.allocate(std::int64_t{g.n} + 1, "start", "reduce");
-  std::vector<std::int64_t> found(static_cast<std::size_t>(team), 0);  // entries by thread
+  numbered_list<std::int64_t> found(team, 0);  // entries by thread
   const auto counter = [&](int tid) {
     return path_counter(m, g.number, least, view<int>(paths.data() + std::int64_t{m.n} * tid));
   };
@@ -95,7 +96,7 @@ graph_outcome build_graph(const couplings& m, int least, int team, c_graph& g) {
       sum += entries;
       g.start[c + 1] = entries;
     }
-    found[static_cast<std::size_t>(rows.tid)] = sum;
+    found[rows.tid] = sum;
   });
   const std::int64_t entries = std::accumulate(found.begin(), found.end(), std::int64_t{0});
   if (entries > most) return graph_outcome::too_large;

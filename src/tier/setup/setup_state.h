@@ -11,6 +11,7 @@
 #include "tier/setup/setup_options.h"
 #include "tier/store/controls.h"
 #include "tier/store/hierarchy.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -26,8 +27,8 @@ struct level_record {
 
 /// Counters of a whole set-up.
 struct setup_record {
-  std::array<level_record, max_levels + 1> at;  // [1..]
-  std::string stop;                             // the rule that ended coarsening, blank: the number of levels
+  numbered<level_record, max_levels + 1> at;  // [1..]
+  std::string stop;                           // the rule that ended coarsening, blank: the number of levels
 };
 
 struct setup_state {

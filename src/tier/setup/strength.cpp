@@ -83,7 +83,7 @@ coarsening find_strong_couplings(setup_state& t, int k) {
   if (test_size(t, lv) == coarsening::stops) return coarsening::stops;
   check_approach(t.c);
   check_released(t.c, t.o);
-  strength_counts& n = t.record.at[static_cast<std::size_t>(k)].strength;
+  strength_counts& n = t.record.at[k].strength;
   if (!t.uses_primary_matrix()) {
     n = sort_rows(t, couplings_of(lv, t.own_unknown()), t.effective_nprim());
     return test_couplings(t, lv, n);

@@ -8,6 +8,7 @@
 #include "tier/setup/interpolation_row.h"
 #include "tier/setup/pcol.h"
 #include "tier/store/hierarchy.h"
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier {
@@ -42,8 +43,7 @@ class weight_assembly {
   int run(Compute compute) {
     for (bool finished = false; !finished;) {
       for_chunks(team(), team(), [&](const row_chunk& range) {
-        for (int p = range.lo; p <= range.hi; ++p)
-          run_part(*parts_[static_cast<std::size_t>(p - 1)], compute);
+        for (int p = range.lo; p <= range.hi; ++p) run_part(*parts_[p - 1], compute);
       });
       finished = grow_stalled();
     }
@@ -63,7 +63,7 @@ class weight_assembly {
     work_array<double> row_values, values;
   };
 
-  int team() const { return static_cast<int>(parts_.size()); }
+  int team() const { return parts_.count(); }
   static void allocate_row(part& p);
   bool grow_stalled();
   int join();
@@ -105,7 +105,7 @@ class weight_assembly {
   const couplings m_;
   const interpolation_options o_;
   bool by_points_;
-  std::vector<std::unique_ptr<part>> parts_;
+  numbered_list<std::unique_ptr<part>> parts_;
 };
 
 }  // namespace tier

@@ -9,6 +9,7 @@
 #include "tier/solve/cycle_state.h"
 #include "tier/store/ierr.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -16,19 +17,18 @@ namespace tier {
 namespace {
 
 bool only_up_to_constant(const controls& c, const level& l, int i) {
-  return c.iscale[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)] == 1;
+  return c.iscale[l.iu ? l.iu[i] : 1] == 1;
 }
 
 /// Marks the first variable of each flagged function.
 void find_pinned(const controls& c, const level& l, work_array<int>& pinned) {
-  std::array<bool, 1000> open{};
+  numbered<bool, 1000> open{};
   bool any = false;
-  for (int f = 1; f <= c.nsys; ++f)
-    any |= open[static_cast<std::size_t>(f)] = c.iscale[static_cast<std::size_t>(f)] == 1;
+  for (int f = 1; f <= c.nsys; ++f) any |= open[f] = c.iscale[f] == 1;
   if (!any) return;
   pinned.allocate(l.n, 0, "pinned", "cgsolve");
   for (int i = 1; i <= l.n; ++i) {
-    bool& first = open[static_cast<std::size_t>(l.iu ? l.iu[i] : 1)];
+    bool& first = open[l.iu ? l.iu[i] : 1];
     if (first) pinned[i] = 1;
     first = false;
   }

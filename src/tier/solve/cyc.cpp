@@ -75,7 +75,7 @@ void one_level_cycle(cycle_state& s) {
 
 /// Whether the cycle goes down once more from level k.
 bool down_again(cycle_state& s, int level_start, int k) {
-  int& visits = s.visits[static_cast<std::size_t>(k)];
+  int& visits = s.visits[k];
   switch (s.o.cycle.kind) {
     case cycle_kind::v:
       return false;
@@ -122,7 +122,7 @@ void cyc(cycle_state& s, int level_start, std::string_view reason) {
   int k = level_start;
   do {
     for (; k < levels; ++k) {
-      ++s.visits[static_cast<std::size_t>(k)];
+      ++s.visits[k];
       smooth(s, k, s.o.smoothing.pre, dynamic_sweeps(s.o.cycle.dynamic_sweeps, level_start, k));
       if (s.o.cycle.star != star_cycle::none) keep_before_correction(s, level_start, k);
       resc(s.at(k), s.at(k + 1), s.r);

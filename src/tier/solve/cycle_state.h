@@ -9,6 +9,7 @@
 #include "tier/solve/solve_options.h"
 #include "tier/store/controls.h"
 #include "tier/store/hierarchy.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -21,16 +22,16 @@ struct cycle_state {
   work_array<double> r;                         // of level 1's length
   work_array<double> scratch;                   // threads times level 1's length
   work_array<double> copy1, copy2, e1, e2, ae;  // V*-cycle: u before the correction, directions; else empty
-  std::array<int, max_levels + 1> visits{};     // [1..levels] in the current cycle
+  numbered<int, max_levels + 1> visits{};       // [1..levels] in the current cycle
 
   // where Gauss-Seidel smooths
   work_array<double> row_store;
-  std::array<std::optional<rows_by_state>, max_levels + 1> by_state;  // [1..levels-1]
-  std::array<sweep_rows, max_levels + 1> rows;                        // [1..levels]
+  numbered<std::optional<rows_by_state>, max_levels + 1> by_state;  // [1..levels-1]
+  numbered<sweep_rows, max_levels + 1> rows;                        // [1..levels]
 
   int levels() const { return h.levels_used; }
   level& at(int k) { return h(k); }
-  const sweep_rows& rows_of(int k) const { return rows[static_cast<std::size_t>(k)]; }
+  const sweep_rows& rows_of(int k) const { return rows[k]; }
 };
 
 /// Puts other vectors in the place of level k's u and f while it lives.

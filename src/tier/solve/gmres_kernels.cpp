@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 
 namespace tier {
@@ -32,7 +33,7 @@ double update_and_dot(double* __restrict w, const double* __restrict v, double h
 }  // namespace
 
 double orthogonalise(int n, int j, krylov_block& v, view<double> h, view<double> w) {
-  std::array<thread_parts, 2> parts;  // in turn, so that a fast thread does not overwrite what others read
+  numbered<thread_parts, 2> parts;  // in turn, so that a fast thread does not overwrite what others read
   double square = 0.0;
   for_chunks(n, vector_team(n), [&](const row_chunk& c) {
     const int rows = c.hi - c.lo + 1;
@@ -42,7 +43,7 @@ double orthogonalise(int n, int j, krylov_block& v, view<double> h, view<double>
       const double* vi = &v(i)[c.lo];
       const double part = i < j ? update_and_dot<false>(own, vi, coefficient, &v(i + 1)[c.lo], rows)
                                 : update_and_dot<true>(own, vi, coefficient, nullptr, rows);
-      thread_parts& sums = parts[static_cast<std::size_t>(i % 2)];
+      thread_parts& sums = parts[i % 2];
       sums.put(c.tid, part);
       team_barrier(c);
       coefficient = sums.sum(c.team);

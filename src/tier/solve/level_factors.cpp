@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 #include "tier/store/timers.h"
 
 namespace tier {
@@ -12,15 +13,15 @@ namespace tier {
 namespace {
 
 struct kept_factors {
-  std::array<std::unique_ptr<ilu_factors>, 2> ilu;  // by ilu_user
+  numbered<std::unique_ptr<ilu_factors>, 2> ilu;  // by ilu_user
   std::unique_ptr<block_ilu> blocks;
   std::unique_ptr<point_blocks> points;
 };
 
-using factors_by_level = std::array<kept_factors, max_levels + 1>;
+using factors_by_level = numbered<kept_factors, max_levels + 1>;
 const per_context<factors_by_level> kept;
 
-kept_factors& kept_at(int k) { return kept()[static_cast<std::size_t>(k)]; }
+kept_factors& kept_at(int k) { return kept()[k]; }
 
 /// What cgc0 and cgstab0 tell about new factors.
 void trace_decomposition(const ilu_factors* former, const ilu_options& wanted) {
@@ -41,7 +42,7 @@ ilu_factors* ilu_of_level(const level& l, int k, const ilu_options& options, ilu
   auto& slots = kept_at(k).ilu;
   for (const auto& slot : slots)
     if (slot && slot->options() == options) return slot.get();
-  std::unique_ptr<ilu_factors>& own = slots[static_cast<std::size_t>(user)];
+  std::unique_ptr<ilu_factors>& own = slots[static_cast<int>(user)];
   if (user == ilu_user::coarsest_solver) trace_decomposition(own.get(), options);
   own.reset();
   const timed clock(phase::ilu_decomposition);

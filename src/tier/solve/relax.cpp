@@ -90,10 +90,8 @@ class private_copy {
     load_foreign({1, static_cast<int>(rows_.foreign.size())});
   }
   /// What other threads have smoothed in a round.
-  void load_foreign(int round) { load_foreign(rows_.foreign_of_round[static_cast<std::size_t>(round)]); }
-  void run(const sweep_kind& kind, int round) {
-    sweep<true>(x_, rows_.block[static_cast<std::size_t>(round)], kind, v_);
-  }
+  void load_foreign(int round) { load_foreign(rows_.foreign_of_round[round]); }
+  void run(const sweep_kind& kind, int round) { sweep<true>(x_, rows_.block[round], kind, v_); }
 
  private:
   void load_foreign(const stretch& columns) {

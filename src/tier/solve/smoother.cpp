@@ -29,8 +29,8 @@ void block_passes(cycle_state& s, int k, const sweep_code& code) {
   const bool split = k < s.levels() && l.has_states();
   for (int pass = 0; pass < code.passes; ++pass)
     for (int m = 0; m < code.steps; ++m)
-      relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr,
-               code.step[static_cast<std::size_t>(m)], s.o.smoothing.full_pivoting);
+      relx_pgs(l, points_of_level(l, k), split ? l.icg.data() : nullptr, code.step[m],
+               s.o.smoothing.full_pivoting);
 }
 
 ilu_factors& smoother_factors(cycle_state& s, int k, smoother_kind type) {
@@ -83,12 +83,12 @@ void sort_rows(cycle_state& s, int last) {
     if (sorted(k)) most = std::max(most, entries_of_coarse_rows(s.at(k)));
   s.row_store.allocate(most, "row_store", "prepare_smoothers");
   for (int k = 1; k <= last; ++k)
-    if (sorted(k)) s.by_state[static_cast<std::size_t>(k)].emplace(s.at(k), s.row_store);
+    if (sorted(k)) s.by_state[k].emplace(s.at(k), s.row_store);
 }
 
 void share_rows(cycle_state& s, int k) {
-  const auto& by_state = s.by_state[static_cast<std::size_t>(k)];
-  s.rows[static_cast<std::size_t>(k)] =
+  const auto& by_state = s.by_state[k];
+  s.rows[k] =
       sweep_rows(s.at(k), by_state ? &*by_state : nullptr, k > 1 ? &s.rows_of(k - 1) : nullptr, s.scratch);
 }
 

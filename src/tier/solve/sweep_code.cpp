@@ -9,9 +9,9 @@ namespace tier {
 sweep_code decode_sweeps(int code) {
   sweep_code s;
   std::int64_t rest = code < 0 ? -std::int64_t{code} : code;
-  std::array<int, most_steps + 1> digit{};
+  numbered<int, most_steps + 1> digit{};
   int digits = 0;
-  for (; rest > 0; rest /= 10) digit[static_cast<std::size_t>(digits++)] = static_cast<int>(rest % 10);
+  for (; rest > 0; rest /= 10) digit[digits++] = static_cast<int>(rest % 10);
   if (digits == 0) return s;
   std::reverse(digit.begin(), digit.begin() + digits);
   s.passes = digit[0];

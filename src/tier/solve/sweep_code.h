@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "tier/store/numbered.h"
+
 namespace tier {
 
 constexpr int most_steps = 9;
@@ -11,7 +13,7 @@ constexpr int jacobi_step = 7;  // the last; 1 to 6 are Gauss-Seidel steps
 
 struct sweep_code {
   int passes = 0, steps = 0;
-  std::array<int, most_steps> step{};  // signed step numbers in the order of their run
+  numbered<int, most_steps> step{};  // signed step numbers in the order of their run
   bool empty() const { return passes == 0 || steps == 0; }
 };
 

@@ -73,23 +73,20 @@ void sweep_rows::share_out(const level& l, const sweep_rows* finer) {
   const bool follows = finer && finer->by_state_ && finer->team_ == team_ && finer->rounds_ == rounds_ &&
                        finer->coarse_bounds_.back() == l.n + 1;
   const auto bound = [&](int b) {
-    return follows ? finer->coarse_bounds_[static_cast<std::size_t>(b)]
-                   : 1 + static_cast<int>(std::int64_t{l.n} * b / blocks);
+    return follows ? finer->coarse_bounds_[b] : 1 + static_cast<int>(std::int64_t{l.n} * b / blocks);
   };
-  coarse_bounds_.assign(static_cast<std::size_t>(blocks) + 1, 1);
-  threads_.resize(static_cast<std::size_t>(team_));
+  coarse_bounds_.assign(blocks + 1, 1);
+  threads_.resize(team_);
   for (thread_rows& t : threads_) t.block.clear();
   for (int b = 0; b < blocks; ++b) {
     const row_block part = block_of(l, bound(b), bound(b + 1) - 1);
-    threads_[static_cast<std::size_t>(b % team_)].block.push_back(part);
-    coarse_bounds_[static_cast<std::size_t>(b) + 1] =
-        coarse_bounds_[static_cast<std::size_t>(b)] + part.coarse.last - part.coarse.first + 1;
+    threads_[b % team_].block.push_back(part);
+    coarse_bounds_[b + 1] = coarse_bounds_[b] + part.coarse.last - part.coarse.first + 1;
   }
 }
 
 stretch sweep_rows::rows_of_round(int round) const {
-  const auto r = static_cast<std::size_t>(round);
-  return {threads_.front().block[r].lo, threads_.back().block[r].hi};
+  return {threads_.front().block[round].lo, threads_.back().block[round].hi};
 }
 
 int sweep_rows::add_in_block(const level& l, const row_block& own, const stretch& together) {
@@ -110,12 +107,11 @@ int sweep_rows::add_in_block(const level& l, const row_block& own, const stretch
 }
 
 int sweep_rows::add_to_diagonals(const level& l) {
-  std::vector<int> rows(static_cast<std::size_t>(team_), 0);
+  numbered_list<int> rows(team_, 0);
   for_chunks(l.n, team_, [&](const row_chunk& c) {
     for (int t = c.tid; t < team_; t += c.team)
       for (int round = 0; round < rounds_; ++round)
-        rows[static_cast<std::size_t>(t)] +=
-            add_in_block(l, of_thread(t).block[static_cast<std::size_t>(round)], rows_of_round(round));
+        rows[t] += add_in_block(l, of_thread(t).block[round], rows_of_round(round));
   });
   return std::accumulate(rows.begin(), rows.end(), 0);
 }
@@ -140,7 +136,7 @@ void sweep_rows::collect_columns(thread_rows& own, const char* marks) const {
     const stretch rows = rows_of_round(round);
     for (int j = rows.first; j <= rows.last; ++j)
       if (marks[j - 1]) own.foreign[++found] = j;
-    own.foreign_of_round[static_cast<std::size_t>(round)] = {before + 1, found};
+    own.foreign_of_round[round] = {before + 1, found};
   }
 }
 
@@ -148,16 +144,15 @@ void sweep_rows::find_foreign_columns(const level& l, vector scratch) {
   const auto for_threads = [&](auto work) {
     for_chunks(l.n, team_, [&](const row_chunk& c) {
       for (int t = c.tid; t < team_; t += c.team)
-        work(threads_[static_cast<std::size_t>(t)],
-             reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n));
+        work(threads_[t], reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n));
     });
   };
   for_threads([&](thread_rows& own, char* marks) { mark_columns(l, own, marks); });
   for (int t = 0; t < team_; ++t) {
     const char* const marks = reinterpret_cast<char*>(scratch.data() + static_cast<std::int64_t>(t) * l.n);
-    thread_rows& own = threads_[static_cast<std::size_t>(t)];
+    thread_rows& own = threads_[t];
     own.foreign.allocate(std::count(marks, marks + l.n, '\1'), "foreign", "sweep_rows");
-    own.foreign_of_round.resize(static_cast<std::size_t>(rounds_));
+    own.foreign_of_round.resize(rounds_);
   }
   for_threads([&](thread_rows& own, const char* marks) { collect_columns(own, marks); });
 }

@@ -7,6 +7,7 @@
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/vector_ops.h"
 #include "tier/store/hierarchy.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -25,9 +26,9 @@ struct row_block {
 
 /// What one thread smooths: a block a round, and what it reads of others' blocks.
 struct thread_rows {
-  std::vector<row_block> block;           // [0..rounds-1]
-  work_array<int> foreign;                // columns of its rows that other threads own, ascending
-  std::vector<stretch> foreign_of_round;  // [0..rounds-1] those that are smoothed in a round
+  numbered_list<row_block> block;           // [0..rounds-1]
+  work_array<int> foreign;                  // columns of its rows that other threads own, ascending
+  numbered_list<stretch> foreign_of_round;  // [0..rounds-1] those that are smoothed in a round
 };
 
 /// How threads share the rows of a level. Its rows lie in rounds * team blocks, ascending; thread t owns
@@ -56,7 +57,7 @@ class sweep_rows {
   int team() const { return team_; }
   int rounds() const { return rounds_; }
   const row_block& all() const { return all_; }
-  const thread_rows& of_thread(int t) const { return threads_[static_cast<std::size_t>(t)]; }
+  const thread_rows& of_thread(int t) const { return threads_[t]; }
   /// What a step in threads adds to the diagonal of the row at a place, with the diagonal's sign.
   view<const double> added() const { return added_; }
 
@@ -80,8 +81,8 @@ class sweep_rows {
   row_block all_;
   bool by_state_ = false;
   int team_ = 1, rounds_ = 1;
-  std::vector<int> coarse_bounds_;  // [0..rounds * team] first row of a block, numbered as the next level's
-  std::vector<thread_rows> threads_;
+  numbered_list<int> coarse_bounds_;  // [0..rounds * team] first row of a block, numbered as the next level's
+  numbered_list<thread_rows> threads_;
   work_array<double> added_;  // [1..n] by place; empty with one thread
 };
 

@@ -142,8 +142,7 @@ class solution {
     if (c_.out_level < 0) return;
     const auto codes = [](const sweep_code& code) {
       std::string text;
-      for (int m = 0; m < code.steps; ++m)
-        text += " " + std::to_string(code.step[static_cast<std::size_t>(m)]);
+      for (int m = 0; m < code.steps; ++m) text += " " + std::to_string(code.step[m]);
       return text;
     };
     trace(trace_topic::solution, "CYC niter " + std::to_string(count));

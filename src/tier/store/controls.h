@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "tier/store/choices.h"
+#include "tier/store/numbered.h"
 #include "tier/store/work_arrays.h"
 
 namespace tier {
@@ -19,7 +20,7 @@ struct controls {
   int irow0 = 2;
   bool half_stored = false;  // the caller stores one triangle of a symmetric matrix
   transformation iforce0 = transformation::none;
-  std::array<int, 1000> iscale{};  // [1..nsys] 1: function fixed only up to a constant
+  numbered<int, 1000> iscale{};  // [1..nsys] 1: function fixed only up to a constant
 
   // approach (nsolve)
   approach nstyp = approach::by_variables;
@@ -61,7 +62,7 @@ struct controls {
   int inner_accel = 1, iter_pre = 0;
   star_cycle nstar_typ = star_cycle::none;
   int ndyn_smo = 0;
-  std::array<int, 5> icrits{};  // [1..4] digits
+  numbered<int, 5> icrits{};  // [1..4] digits
   int iauto_stop_level = 0, num_old_res = 0, num_old_apps = 0;
   bool one_level = false;  // a one-level method, levelx 1, or nnu at most nptmn
 

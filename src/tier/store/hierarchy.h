@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "tier/store/numbered.h"
 #include "tier/store/work_arrays.h"
 
 namespace tier {
@@ -50,9 +51,9 @@ struct level {
 
 struct hierarchy {
   int levels_created = -1, levels_used = -1;  // -1: none
-  std::array<level, max_levels + 1> at;       // [1..levels_created]
-  level& operator()(int k) { return at[static_cast<std::size_t>(k)]; }
-  const level& operator()(int k) const { return at[static_cast<std::size_t>(k)]; }
+  numbered<level, max_levels + 1> at;         // [1..levels_created]
+  level& operator()(int k) { return at[k]; }
+  const level& operator()(int k) const { return at[k]; }
 };
 
 }  // namespace tier

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tier/store/controls.h"
+#include "tier/store/numbered.h"
 
 namespace tier {
 
@@ -14,8 +15,8 @@ constexpr int max_entries = 2147483647;  // positions up to nna + 1 are 32-bit i
 
 /// The fields of a digit code, [1..n].
 template <std::size_t n>
-std::array<int, n + 1> digits_of(int code) {
-  std::array<int, n + 1> d{};
+numbered<int, n + 1> digits_of(int code) {
+  numbered<int, n + 1> d{};
   int ndigit = 0;
   idec(code, static_cast<int>(n), ndigit, d.data() + 1);
   return d;

@@ -8,6 +8,7 @@
 #include <omp.h>
 #endif
 
+#include "tier/store/numbered.h"
 #include "tier/store/threads.h"
 
 namespace tier {
@@ -55,16 +56,16 @@ inline void team_barrier(const row_chunk& c) {
 /// Per-thread parts of a sum, a cache line apart.
 class thread_parts {
  public:
-  void put(int tid, double value) { parts_[static_cast<std::size_t>(tid)].value = value; }
+  void put(int tid, double value) { parts_[tid].value = value; }
   double sum(int team) const {
     double s = parts_[0].value;
-    for (int t = 1; t < team; ++t) s += parts_[static_cast<std::size_t>(t)].value;
+    for (int t = 1; t < team; ++t) s += parts_[t].value;
     return s;
   }
   double largest(int team) const {
     double m = parts_[0].value;
     for (int t = 1; t < team; ++t) {
-      const double p = parts_[static_cast<std::size_t>(t)].value;
+      const double p = parts_[t].value;
       if (!(p <= m)) m = p;  // a NaN stays
     }
     return m;
@@ -74,7 +75,7 @@ class thread_parts {
   struct alignas(64) part {
     double value = 0.0;
   };
-  std::array<part, most_threads> parts_;
+  numbered<part, most_threads> parts_;
 };
 
 /// Takes body(chunk) of each thread of the team into `parts`; returns how many threads ran.

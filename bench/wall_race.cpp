@@ -88,6 +88,9 @@ void run_tier(wall_system& w, bool aggregation, outcome& out) {
   TIER_SET_MODE_MESS(&quiet);
   TIER_SET_NTYP_GALERKIN(&counted);
   TIER_SET_NAGGREGATION(&chosen);
+  TIER_SET_NAGG_STRENGTH(&w.tuning.strength);
+  TIER_SET_AGG_THETA(&w.tuning.limit);
+  TIER_SET_NAGG_DEGREE(&w.tuning.smoothingDegree);
   set_parameters();
   const char* const report = std::getenv("REPORT");
   const int idump = report ? 10 : off, iout = report ? 20 : off;

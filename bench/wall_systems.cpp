@@ -95,6 +95,7 @@ void take_system(wall_system& w) {
   copy(made.rowPoint, s.n, s.ip);
   copy(rowBlocks(freedoms, wedgeNumbering.nodeMate), s.n, w.block);
   w.modes = rigidModes(wallModel());
+  w.tuning = aggregationTuning(processRecord.wallModel == facet_walls, triangleShapes());
   systemOfPass = {};
 }
 

@@ -5,14 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "model/solvers/aggregation_tuning.h"
 #include "scalar_systems.h"
 
 namespace bench {
 
 struct wall_system {
-  linear_system s;            // three functions; points by wedge node
-  std::vector<int> block;     // mesh node of each row
-  std::vector<double> modes;  // rigid motions by row, six one after the other
+  linear_system s;                 // three functions; points by wedge node
+  std::vector<int> block;          // mesh node of each row
+  std::vector<double> modes;       // rigid motions by row, six one after the other
+  keld::AggregationTuning tuning;  // as the analysis chooses it
 };
 
 /// What a system is made of.

@@ -10,6 +10,7 @@
 #include "input/process_record.h"
 #include "model/model_stage.h"
 #include "model/rigid_modes.h"
+#include "model/solvers/aggregation_tuning.h"
 #include "model/solvers/solve_direct.h"
 #include "model/solvers/solve_tier.h"
 #include "model/solvers/solver_road.h"
@@ -86,6 +87,14 @@ TierPass passKind(const Solvers& solvers, bool last) {
   return solvers.hierarchyKept ? TierPass::further : last ? TierPass::only : TierPass::first;
 }
 
+WallBlocks wallBlocks(bool withModes) {
+  WallBlocks walls;
+  walls.rowBlock = rowBlocks(freedoms, wedgeNumbering.nodeMate);
+  if (withModes) walls.modes = rigidModes(wallModel());
+  walls.tuning = aggregationTuning(processRecord.wallModel == facet_walls, triangleShapes());
+  return walls;
+}
+
 /// After a failure the hierarchy is gone.
 TierOutcome solveMultigrid(Solvers& solvers, bool last) {
   const TierPass pass = passKind(solvers, last);
@@ -93,10 +102,8 @@ TierOutcome solveMultigrid(Solvers& solvers, bool last) {
   const double start = seconds();
   TierOutcome outcome;
   if (aggregation) {
-    const std::vector<double> modes =
-        pass == TierPass::further ? std::vector<double>() : rigidModes(wallModel());
     outcome = solveAggregation(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass,
-                               rowBlocks(freedoms, wedgeNumbering.nodeMate), modes);
+                               wallBlocks(pass != TierPass::further));
   } else {
     outcome = solveTier(systemOfPass, solution.rowSolution, processRecord.cycleLimit, pass);
   }

@@ -20,13 +20,12 @@ void requireCycleLimit(int cycleLimit) {
       cycleLimit, longest);
 }
 
-void setParameters(bool aggregation) {
+void setParameters(int aggregation) {
   const int externalThreads = 1, errorsOnly = -2, countedRows = 2;
   TIER_SET_OMP_NUM_THREADS_EXTERNAL(&externalThreads);
   TIER_SET_MODE_MESS(&errorsOnly);
   TIER_SET_NTYP_GALERKIN(&countedRows);
-  const int chosen = aggregation ? 1 : 0;
-  TIER_SET_NAGGREGATION(&chosen);
+  TIER_SET_NAGGREGATION(&aggregation);
 }
 
 int runCode(TierPass pass) {
@@ -82,7 +81,7 @@ TierOutcome call(CompressedSystem& system, Column<double>& unknowns, TierPass pa
 
 TierOutcome solveTier(CompressedSystem& system, Column<double>& unknowns, int cycleLimit, TierPass pass) {
   requireCycleLimit(cycleLimit);
-  setParameters(false);
+  setParameters(0);
   constexpr int nonSymmetric = 21, unknownBased = 20, vCyclesUnderGmres = 1300000;
   return call(
       system, unknowns, pass,
@@ -90,20 +89,23 @@ TierOutcome solveTier(CompressedSystem& system, Column<double>& unknowns, int cy
 }
 
 TierOutcome solveAggregation(CompressedSystem& system, Column<double>& unknowns, int cycleLimit,
-                             TierPass pass, const Column<int>& rowBlock, std::span<const double> modes) {
+                             TierPass pass, const WallBlocks& walls) {
   requireCycleLimit(cycleLimit);
-  setParameters(true);
+  setParameters(1);
+  TIER_SET_NAGG_STRENGTH(&walls.tuning.strength);
+  TIER_SET_AGG_THETA(&walls.tuning.limit);
+  TIER_SET_NAGG_DEGREE(&walls.tuning.smoothingDegree);
   int ierr = 0;
   if (pass != TierPass::further) {
-    const int rows = rowsOf(system), count = static_cast<int>(modes.size()) / rows;
-    TIER_MODES_SET(&rows, &count, modes.data(), &ierr);
+    const int rows = rowsOf(system), count = static_cast<int>(walls.modes.size()) / rows;
+    TIER_MODES_SET(&rows, &count, walls.modes.data(), &ierr);
   }
   TierOutcome outcome;
   constexpr int symmetric = 12, byPoints = 30, cyclesUnderCg = 1100000;
   constexpr double tolerance = 1e-10;
   if (ierr == 0)
-    outcome =
-        call(system, unknowns, pass, {symmetric, byPoints, cyclesUnderCg + cycleLimit, tolerance, rowBlock});
+    outcome = call(system, unknowns, pass,
+                   {symmetric, byPoints, cyclesUnderCg + cycleLimit, tolerance, walls.rowBlock});
   else
     outcome = {ierr, 0, relativeResidual(system, unknowns)};
   TIER_MODES_CLEAR();

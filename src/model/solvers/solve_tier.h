@@ -2,9 +2,10 @@
 // Called by the analysis driver for any solverChoice other than 2.
 #pragma once
 
-#include <span>
+#include <vector>
 
 #include "model/model_tables.h"
+#include "model/solvers/aggregation_tuning.h"
 #include "run/base/column.h"
 
 namespace keld {
@@ -29,11 +30,17 @@ struct TierOutcome {
 /// A cycleLimit outside 1 to 9999 ends the run.
 TierOutcome solveTier(CompressedSystem& system, Column<double>& unknowns, int cycleLimit, TierPass pass);
 
-/// The same by smoothed aggregation, to 1e-10. rowBlock, [1..n], has the number of each row's block: the two
-/// triples of a mesh node. modes holds the rigid motions by row, six one after the other; a further pass
-/// doesn't read them.
+/// What aggregation needs to know of the walls besides the system.
+struct WallBlocks {
+  Column<int> rowBlock;  // [1..n] number of the row's block: the two triples of a mesh node
+  std::vector<double>
+      modes;  // rigid motions by row, six one after the other; a further pass doesn't read them
+  AggregationTuning tuning;
+};
+
+/// The same by smoothed aggregation, to 1e-10.
 TierOutcome solveAggregation(CompressedSystem& system, Column<double>& unknowns, int cycleLimit,
-                             TierPass pass, const Column<int>& rowBlock, std::span<const double> modes);
+                             TierPass pass, const WallBlocks& walls);
 
 /// Frees the hierarchy that a first pass has kept.
 void releaseTier();

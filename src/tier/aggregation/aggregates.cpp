@@ -1,27 +1,7 @@
 // The three passes of aggregation.
 #include "tier/aggregation/aggregates.h"
 
-#include <cmath>
-
-#include "tier/store/row_loop.h"
-
 namespace tier::aggregation {
-
-template <class T>
-void block_norms(const block_matrix<T>& a, from_zero<float>& norm) {
-  norm.allocate(a.blocks(), "norm", "block_norms");
-  const auto size = static_cast<int>(a.size_of_block());
-  for_chunks(a.n, block_team(a.n), [&](const row_chunk& c) {
-    for (std::int64_t k = a.start[c.lo - 1]; k < a.start[c.hi]; ++k) {
-      const T* const v = a.block(k);
-      double sum = 0.0;
-      for (int m = 0; m < size; ++m) sum += static_cast<double>(v[m]) * v[m];
-      norm[k] = static_cast<float>(std::sqrt(sum));
-    }
-  });
-}
-template void block_norms(const block_matrix<float>&, from_zero<float>&);
-template void block_norms(const block_matrix<double>&, from_zero<float>&);
 
 namespace {
 

@@ -1,4 +1,4 @@
-// Strength of couplings between points, and the aggregates that a front over the strong ones makes.
+// Aggregates of points that a front over the strong couplings makes.
 // Called by set-up once per level.
 #pragma once
 
@@ -6,12 +6,9 @@
 
 namespace tier::aggregation {
 
-/// Frobenius norm of every block.
-template <class T>
-void block_norms(const block_matrix<T>& a, from_zero<float>& norm);
-
 /// Aggregates of the points: aggregate[i] from 0, or -1 for a point without any coupling, which smoothing
-/// alone solves. Point j is strong for i when |A_ij| > theta sqrt(|A_ii| |A_jj|).
+/// alone solves. Point j is strong for i when |A_ij| > theta sqrt(|A_ii| |A_jj|), with the norms of blocks in
+/// `norm`.
 /// A front passes through the strong couplings, all components in one queue: a point whose strong neighbours
 /// are all free becomes a root and takes them, but for one with at most half as many couplings as such a
 /// neighbour, where all couplings of both are more than 1.5 times as strong as need be. What it leaves joins

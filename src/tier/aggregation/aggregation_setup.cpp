@@ -9,6 +9,7 @@
 #include "tier/aggregation/aggregates.h"
 #include "tier/aggregation/block_galerkin.h"
 #include "tier/aggregation/chebyshev.h"
+#include "tier/aggregation/coupling_norms.h"
 #include "tier/aggregation/diagonal_blocks.h"
 #include "tier/aggregation/near_null.h"
 #include "tier/aggregation/prolongator.h"
@@ -205,7 +206,7 @@ class builder {
 
   /// Makes the next level. False where aggregates don't make the system smaller.
   template <class T>
-  bool coarsen(block_level<T>& l, block_rows& for_interpolation, block_rows& for_product, double theta,
+  bool coarsen(block_level<T>& l, block_rows& for_interpolation, block_rows& for_product, double& theta,
                near_null& modes) {
     block_matrix<double> tentative;
     const int aggregates = make_tentative(l, theta, modes, tentative);
@@ -230,13 +231,26 @@ class builder {
     return true;
   }
 
+  /// Where a limit of strength leaves less than two points to an aggregate, half of it is tried.
   template <class T>
-  int make_tentative(const block_level<T>& l, double theta, near_null& modes,
+  static int aggregate_points(const block_matrix<T>& a, const from_zero<float>& norm, double& theta,
+                              from_zero<int>& aggregate) {
+    constexpr int most_halvings = 4;
+    int aggregates = form_aggregates(a.n, a.start, a.column, norm, theta, aggregate);
+    for (int halving = 0; halving < most_halvings && theta > 0.0 && 2 * aggregates > a.n; ++halving) {
+      theta *= 0.5;
+      aggregates = form_aggregates(a.n, a.start, a.column, norm, theta, aggregate);
+    }
+    return aggregates;
+  }
+
+  template <class T>
+  int make_tentative(const block_level<T>& l, double& theta, near_null& modes,
                      block_matrix<double>& tentative) const {
     const timed time(phase::split);
     from_zero<float> norm;
-    block_norms(l.a, norm);
-    const int aggregates = form_aggregates(l.a.n, l.a.start, l.a.column, norm, theta, tentative.column);
+    coupling_norms(l.a, l.inverse, h_.chosen.strength, norm);
+    const int aggregates = aggregate_points(l.a, norm, theta, tentative.column);
     if (aggregates == 0 || aggregates > least_shrinking * l.a.n) return aggregates;
     norm.release();
     near_null coarse;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tier/aggregation/block_kernels.h"
+#include "tier/aggregation/coupling_norms.h"
 #include "tier/aggregation/points.h"
 #include "tier/store/numbered.h"
 
@@ -45,6 +46,7 @@ enum cycle_kind : int { v_cycle = 1, w_cycle = 2, k_cycle = 3 };
 
 /// What steers aggregation and its cycle.
 struct options {
+  strength_measure strength = strength_measure::entries;  // nagg_strength
   double theta = 0.08;         // limit of strength of a coupling on level 1, below 1 (agg_theta)
   double safety = 1.1;         // factor on estimated eigenvalues, 1 to 10 (agg_safety)
   int degree = 2;              // of the Chebyshev smoother, 1 to 20 (nagg_degree)

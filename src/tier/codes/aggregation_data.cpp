@@ -9,15 +9,14 @@
 namespace tier {
 
 aggregation::options options_of_aggregation(const controls& c) {
-  using aggregation::cycle_kind;
+  using aggregation::cycle_kind, aggregation::strength_measure;
   const cycle_kind cycle{parm().nagg_cycle};
-  const aggregation::options o{parm().agg_theta,
-                               parm().agg_safety,
-                               parm().nagg_degree,
-                               cycle,
-                               parm().nagg_points,
-                               parm().nagg_repair,
-                               std::min({c.levelx, parm().max_level, max_levels})};
+  const strength_measure strength{parm().nagg_strength};
+  const aggregation::options o{
+      strength, parm().agg_theta,   parm().agg_safety,  parm().nagg_degree,
+      cycle,    parm().nagg_points, parm().nagg_repair, std::min({c.levelx, parm().max_level, max_levels})};
+  require_legal(strength == strength_measure::entries || strength == strength_measure::energy,
+                "nagg_strength");
   require_legal(o.theta >= 0.0 && o.theta < 1.0, "agg_theta");
   require_legal(o.safety >= 1.0 && o.safety <= 10.0, "agg_safety");
   require_legal(o.degree >= 1 && o.degree <= 20, "nagg_degree");

@@ -82,6 +82,16 @@ TEST(Aggregation, RigidMotionsSpareStepsOfPlaneStress) {
   EXPECT_GE(without.ncyc_done, with.ncyc_done + 8);
 }
 
+// No coupling of the five-point formula reaches 0.9 of the diagonal: an eighth of that lets all count.
+TEST(Aggregation, LowersALimitThatNothingReaches) {
+  tier_call call = by_aggregation(five_point(40));
+  const double limit = 0.9;
+  TIER_SET_AGG_THETA(&limit);
+  call.run();
+  EXPECT_EQ(call.ierr, 0) << call.said;
+  EXPECT_LE(call.ncyc_done, 20);
+}
+
 struct refused_case {
   const char* name;
   void (*change)(tier_call&);
@@ -128,6 +138,8 @@ INSTANTIATE_TEST_SUITE_P(
         refused_case{"Points1001", [](tier_call&) { set(TIER_SET_NAGG_POINTS, 1001); }, 20, "nagg_points"},
         refused_case{"Repair", [](tier_call&) { set(TIER_SET_NAGG_REPAIR, -1); }, 20, "nagg_repair"},
         refused_case{"Safety", [](tier_call&) { set_real(TIER_SET_AGG_SAFETY, 0.99); }, 20, "agg_safety"},
+        refused_case{"Strength0", [](tier_call&) { set(TIER_SET_NAGG_STRENGTH, 0); }, 20, "nagg_strength"},
+        refused_case{"Strength3", [](tier_call&) { set(TIER_SET_NAGG_STRENGTH, 3); }, 20, "nagg_strength"},
         refused_case{"Theta", [](tier_call&) { set_real(TIER_SET_AGG_THETA, 1.0); }, 20, "agg_theta"},
         refused_case{"LongPoint",
                      [](tier_call& c) {

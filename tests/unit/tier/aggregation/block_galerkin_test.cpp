@@ -10,6 +10,7 @@
 #include "tier/aggregation/aggregation_setup.h"
 #include "tier/aggregation/block_cycle.h"
 #include "tier/aggregation/chebyshev.h"
+#include "tier/aggregation/coupling_norms.h"
 #include "tier/aggregation/diagonal_blocks.h"
 #include "tier/aggregation/tentative.h"
 #include "tier/codes/aggregation_data.h"
@@ -102,6 +103,43 @@ TEST_P(AggregationParts, CoarseMatrixIsTheTripleProduct) {
 
   for (int j = 0; j < found.columns; ++j)
     for (int i = 0; i < found.rows; ++i) EXPECT_NEAR(found(i, j), expected(i, j), 1e-12) << i << " " << j;
+}
+
+std::vector<float> norms_of(const made& m, strength_measure measure) {
+  from_zero<float> norm;
+  coupling_norms(m.h.fine.a, m.h.fine.inverse, measure, norm);
+  return {norm.data(), norm.data() + m.h.fine.a.blocks()};
+}
+
+// Each variable of a point has a unit of its own; they differ by factors up to 2^11.
+TEST_P(AggregationParts, EnergyOfCouplingsHasNoUnits) {
+  sparse_system in_units = GetParam().make();
+  const auto unit = [&](int row) {
+    const int variable = in_units.iu.empty() ? 0 : in_units.iu[static_cast<std::size_t>(row)] - 1;
+    return std::exp2(variable % 12);
+  };
+  for (int r = 0; r < in_units.n; ++r)
+    for (int k = in_units.ia[static_cast<std::size_t>(r)]; k < in_units.ia[static_cast<std::size_t>(r) + 1];
+         ++k)
+      in_units.a[static_cast<std::size_t>(k) - 1] *=
+          unit(r) * unit(in_units.ja[static_cast<std::size_t>(k) - 1] - 1);
+  const made plain(GetParam().make()), scaled(in_units);
+
+  const auto expected = norms_of(plain, strength_measure::energy);
+  EXPECT_THAT(norms_of(scaled, strength_measure::energy),
+              testing::Pointwise(testing::FloatNear(1e-3f), expected));
+  EXPECT_GT(*std::max_element(expected.begin(), expected.end()), 0.1f);
+}
+
+TEST(CouplingNorms, OfNumbersAreTheirMagnitudes) {
+  const made m(five_point(9));
+  const float scale = m.h.fine.a.value[0];  // the levels hold a multiple of the matrix; its diagonal is 4
+  const auto entries = norms_of(m, strength_measure::entries), energy = norms_of(m, strength_measure::energy);
+  for (std::size_t k = 0; k < entries.size(); ++k) {
+    const bool diagonal = entries[k] > 0.5f * scale;
+    EXPECT_FLOAT_EQ(entries[k], diagonal ? scale : 0.25f * scale);
+    EXPECT_FLOAT_EQ(energy[k], diagonal ? 1.0f : 0.25f);
+  }
 }
 
 /// The preconditioner applied to unit-like vectors.

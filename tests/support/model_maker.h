@@ -50,11 +50,12 @@ Column<double> reducedField(const Field& displacementAt) {
   Column<double> u(freedoms.freeDofCount);
   for (int row = 1; row <= u.rows(); ++row) {
     const int dof = freedoms.freeDofList[row], node = (dof - 1) / 3 + 1;
-    const RestraintFrame& axes = restraintFrames[freedoms.nodeFrame[node]];
-    const std::array<Vector3, 3> frame = {axes.ex, axes.ey, axes.ez};
     const auto direction = static_cast<std::size_t>((dof - 1) % 3);
     const Vector3 v = displacementAt(node);
-    u[row] = freedoms.nodeRestraint[node] == 1 ? v[direction] : dot(frame[direction], v);
+    u[row] = v[direction];
+    if (freedoms.nodeRestraint[node] == 1) continue;
+    const RestraintFrame& axes = restraintFrames[freedoms.nodeFrame[node]];
+    u[row] = dot(std::array{axes.ex, axes.ey, axes.ez}[direction], v);
   }
   return u;
 }

@@ -11,6 +11,7 @@
 #include "tier/aggregation/chebyshev.h"
 #include "tier/aggregation/coupling_norms.h"
 #include "tier/aggregation/diagonal_blocks.h"
+#include "tier/aggregation/mode_repair.h"
 #include "tier/aggregation/near_null.h"
 #include "tier/aggregation/prolongator.h"
 #include "tier/aggregation/row_sources.h"

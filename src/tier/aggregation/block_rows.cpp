@@ -70,8 +70,33 @@ struct transposed_kernel {
   }
 };
 
+template <class T>
+struct damping_kernel {
+  const T* inverse;
+  double omega;
+  int b_, m, count, own;
+  const double *tentative, *product;
+  T* out;
+
+  template <int R>
+  TIER_INLINE void rows() const {
+    const int b = R > 0 ? R : b_, wide = R > 0 ? width_of(R) : b_;
+    double factor[most_block * most_block + padding] = {}, column[most_block + padding];
+    for (int t = 0; t < b * b; ++t) factor[t] = -omega * static_cast<double>(inverse[t]);
+    for (int k = 0; k < count * m; ++k) {
+      lanes<double, R> sum(b);
+      if (k / m == own) sum.load(tentative + k % m * b);
+      for (int t = 0; t < b; ++t) sum.add_scaled(factor + t * b, product[k * wide + t]);
+      sum.store_wide(column);
+      for (int t = 0; t < b; ++t) out[k * b + t] = static_cast<T>(column[t]);
+    }
+  }
+};
+
 TIER_CLONES void run(const row_product_kernel<float>& k) { by_size(k.b_, k); }
 TIER_CLONES void run(const row_product_kernel<double>& k) { by_size(k.b_, k); }
+TIER_CLONES void run(const damping_kernel<float>& k) { by_size(k.b_, k); }
+TIER_CLONES void run(const damping_kernel<double>& k) { by_size(k.b_, k); }
 TIER_CLONES void run(const transposed_kernel<float>& k) { by_size(k.p.columns, k); }
 TIER_CLONES void run(const transposed_kernel<double>& k) { by_size(k.p.columns, k); }
 
@@ -97,10 +122,18 @@ void add_transposed_product(const block_matrix<T>& p, int k, const int* columns,
   run(transposed_kernel<T>{p, k, columns, count, product, place, out});
 }
 
-#define TIER_PRODUCTS(T)                                                                                 \
-  template void add_row_product(const double*, const int*, int, int, const block_matrix<T>&, const int*, \
-                                double*);                                                                \
-  template void add_transposed_product(const block_matrix<T>&, int, const int*, int, const double*,      \
+template <class T>
+void subtract_from_tentative(const T* inverse, double omega, int b, int m, int count, const double* product,
+                             int own, const double* tentative, T* out) {
+  run(damping_kernel<T>{inverse, omega, b, m, count, own, tentative, product, out});
+}
+
+#define TIER_PRODUCTS(T)                                                                                    \
+  template void add_row_product(const double*, const int*, int, int, const block_matrix<T>&, const int*,    \
+                                double*);                                                                   \
+  template void subtract_from_tentative(const T*, double, int, int, int, const double*, int, const double*, \
+                                        T*);                                                                \
+  template void add_transposed_product(const block_matrix<T>&, int, const int*, int, const double*,         \
                                        const int*, double*);
 TIER_PRODUCTS(float)
 TIER_PRODUCTS(double)

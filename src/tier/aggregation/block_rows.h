@@ -45,4 +45,11 @@ template <class T>
 void add_transposed_product(const block_matrix<T>& p, int k, const int* columns, int count,
                             const double* product, const int* place, double* out);
 
+/// out <- Q - omega D^-1 product for a row's `count` blocks of b x m, D^-1 = `inverse`: Q is the row's block
+/// of `tentative`, of padded storage, at place `own` and zero elsewhere; blocks of padded(b) x m in
+/// `product`.
+template <class T>
+void subtract_from_tentative(const T* inverse, double omega, int b, int m, int count, const double* product,
+                             int own, const double* tentative, T* out);
+
 }  // namespace tier::aggregation

@@ -115,49 +115,6 @@ void make_modes(const level& fine, int functions, const point_layout& points, ne
     }
 }
 
-namespace {
-
-template <class T>
-void relax_row(const block_matrix<T>& a, const from_zero<T>& inverse, int m, int i, near_null& vectors) {
-  const int b = a.rows, size = b * m;
-  std::array<double, most_block * most_block> sums{};
-  double* const sum = sums.data();
-  for (int k = a.start[i] + 1; k < a.start[i + 1]; ++k) {
-    const T* const block = a.block(k);
-    const double* const other = &vectors[std::int64_t{a.column[k]} * size];
-    for (int j = 0; j < m; ++j)
-      for (int t = 0; t < b; ++t)
-        for (int s = 0; s < b; ++s) sum[j * b + s] += block[t * b + s] * other[j * b + t];
-  }
-  const T* const d = inverse.data() + std::int64_t{i} * b * b;
-  double* const own = &vectors[std::int64_t{i} * size];
-  for (int j = 0; j < m; ++j)
-    for (int s = 0; s < b; ++s) {
-      double x = 0.0;
-      for (int t = 0; t < b; ++t) x -= d[t * b + s] * sum[j * b + t];
-      own[j * b + s] = x;
-    }
-}
-
-/// A point without couplings keeps its vectors: nothing tells what they should be.
-template <class T>
-bool coupled(const block_matrix<T>& a, int i) {
-  return a.start[i + 1] - a.start[i] > 1;
-}
-
-}  // namespace
-
-template <class T>
-void repair_modes(const block_matrix<T>& a, const from_zero<T>& inverse, int m, int sweeps,
-                  near_null& vectors) {
-  for (int sweep = 0; sweep < sweeps; ++sweep) {
-    for (int i = 0; i < a.n; ++i)
-      if (coupled(a, i)) relax_row(a, inverse, m, i, vectors);
-    for (int i = a.n - 1; i >= 0; --i)
-      if (coupled(a, i)) relax_row(a, inverse, m, i, vectors);
-  }
-}
-template void repair_modes(const block_matrix<float>&, const from_zero<float>&, int, int, near_null&);
-template void repair_modes(const block_matrix<double>&, const from_zero<double>&, int, int, near_null&);
+namespace {}  // namespace
 
 }  // namespace tier::aggregation

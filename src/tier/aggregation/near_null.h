@@ -1,5 +1,5 @@
 // The near-null vectors of level 1: as the caller gave them, rigid-body modes from coordinates, or a constant
-// for each function; and their repair. Called by set-up; the entries stand in modes.cpp of the frame.
+// for each function. Called by set-up; the entries stand in modes.cpp of the frame.
 #pragma once
 
 #include <vector>
@@ -27,11 +27,5 @@ int count_modes(const level& fine, int functions);
 
 /// Vectors by points, b x m blocks.
 void make_modes(const level& fine, int functions, const point_layout& points, near_null& vectors);
-
-/// Sweeps of symmetric block Gauss-Seidel, forward and backward, on A N = 0: they take out what is wrong in
-/// single rows, as in rows that count in other axes. Brezina and others, SIAM Review 47 (2005) 317-346.
-template <class T>
-void repair_modes(const block_matrix<T>& a, const from_zero<T>& inverse, int m, int sweeps,
-                  near_null& vectors);
 
 }  // namespace tier::aggregation

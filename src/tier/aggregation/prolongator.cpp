@@ -73,23 +73,14 @@ class smoothing {
       std::fill_n(product, std::int64_t{count} * padded(b_) * m_, 0.0);
       add_row_product(a_.row(i, c.tid), &a.column[a.start[i]], a_.columns_of(i), b_, tentative_, mark,
                       product);
+      const std::int64_t first = p_.start[i];
+      subtract_from_tentative(inverse_.data() + std::int64_t{i} * b_ * b_, omega_, b_, m_, count, product,
+                              mark[tentative_.column[i]], tentative_.block(i), p_.block(first));
       for (int k = 0; k < count; ++k) {
-        p_.column[p_.start[i] + k] = found[k];
-        store(i, found[k], product + std::int64_t{k} * padded(b_) * m_, p_.block(p_.start[i] + k));
+        p_.column[first + k] = found[k];
         mark[found[k]] = -1;
       }
     }
-  }
-
-  void store(int i, int coarse, const double* product, T* out) const {
-    const T* const inverse = inverse_.data() + std::int64_t{i} * b_ * b_;
-    const double* const q = coarse == tentative_.column[i] ? tentative_.block(i) : nullptr;
-    for (int j = 0; j < m_; ++j)
-      for (int s = 0; s < b_; ++s) {
-        double sum = 0.0;
-        for (int t = 0; t < b_; ++t) sum += inverse[t * b_ + s] * product[j * padded(b_) + t];
-        out[j * b_ + s] = static_cast<T>((q ? q[j * b_ + s] : 0.0) - omega_ * sum);
-      }
   }
 
   block_rows& a_;

@@ -35,9 +35,10 @@ double product_seconds(const linear_system& s) {
   for (int repetition = 0; repetition < 11; ++repetition) {
     const double start = now();
 #pragma omp parallel for schedule(static)
-    for (int i = 0; i < s.n; ++i) {
+    for (std::size_t i = 0; i < y.size(); ++i) {
       double sum = 0.0;
-      for (int p = s.ia[i] - 1; p < s.ia[i + 1] - 1; ++p) sum += s.a[p] * x[s.ja[p] - 1];
+      for (std::size_t p = bench::position(s.ia[i]); p < bench::position(s.ia[i + 1]); ++p)
+        sum += s.a[p] * x[bench::position(s.ja[p])];
       y[i] = sum;
     }
     seconds.push_back(now() - start);

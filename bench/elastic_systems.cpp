@@ -1,8 +1,8 @@
 // Element stiffness by Gauss points and its assembly node by node; a part's system by the analysis's stages.
 #include "elastic_systems.h"
 
-#include <array>
 #include <cmath>
+#include <cstddef>
 #include <filesystem>
 #include <random>
 
@@ -13,6 +13,7 @@
 #include "model/system/pattern.h"
 #include "run/base/streams.h"
 #include "run/base/working_files.h"
+#include "tier/store/numbered.h"
 
 namespace bench {
 
@@ -20,13 +21,19 @@ namespace {
 
 constexpr double poissons_ratio = 0.3;
 
+/// n entries, by numbers from 0 that are signed as dimensions, corners and directions are.
+template <class T, int n>
+using entries = tier::numbered<T, static_cast<std::size_t>(n)>;
+template <int n, int m = n>
+using block = entries<entries<double, m>, n>;
+
 /// Stress by strain, normal components first; plane stress for two dimensions.
 template <int d>
-std::array<std::array<double, 6>, 6> stress_of_strain() {
+block<6> stress_of_strain() {
   constexpr double nu = poissons_ratio, shear = 0.5 / (1.0 + nu);
   const double normal = d == 2 ? 1.0 / (1.0 - nu * nu) : (1.0 - nu) / ((1.0 + nu) * (1.0 - 2.0 * nu));
   const double across = d == 2 ? nu * normal : nu * normal / (1.0 - nu);
-  std::array<std::array<double, 6>, 6> c{};
+  block<6> c{};
   for (int i = 0; i < d; ++i)
     for (int j = 0; j < d; ++j) c[i][j] = i == j ? normal : across;
   for (int i = d; i < 3 * (d - 1); ++i) c[i][i] = shear;
@@ -55,7 +62,7 @@ class element_stiffness {
   double operator()(int corner, int u, int other, int v) const { return k_[corner * d + u][other * d + v]; }
 
  private:
-  using rows = std::array<std::array<double, corners * d>, 6>;
+  using rows = block<6, corners * d>;
 
   static rows strain_rows(int gauss_point) {
     const auto place = [gauss_point](int direction) {
@@ -74,14 +81,14 @@ class element_stiffness {
     return b;
   }
 
-  std::array<std::array<double, corners * d>, corners * d> k_{};
+  block<corners * d> k_{};
 };
 
 /// Nodes 1..m in x (that of 0 is clamped), 0..m in the other directions.
 template <int d>
 struct grid {
   int m;
-  using place = std::array<int, d>;
+  using place = entries<int, d>;
 
   int nodes() const { return static_cast<int>(std::lround(m * std::pow(m + 1, d - 1))); }
   place of(int node) const {
@@ -102,8 +109,8 @@ struct grid {
 template <int d>
 struct node_row {
   static constexpr int neighbours = d == 2 ? 9 : 27;
-  std::array<bool, neighbours> present{};
-  std::array<std::array<std::array<double, d>, d>, neighbours> block{};
+  entries<bool, neighbours> present{};
+  entries<block<d>, neighbours> coupling{};
 
   node_row(const grid<d>& g, const element_stiffness<d>& k, const typename grid<d>::place& at) {
     for (int own = 0; own < (1 << d); ++own) {  // the element in which the node is corner `own`
@@ -118,7 +125,7 @@ struct node_row {
         for (int x = d - 1; x >= 0; --x) index = 3 * index + side(other, x) - side(own, x) + 1;
         present[index] = at[0] + side(other, 0) - side(own, 0) > 0;
         for (int u = 0; u < d; ++u)
-          for (int v = 0; v < d; ++v) block[index][u][v] += k(own, u, other, v);
+          for (int v = 0; v < d; ++v) coupling[index][u][v] += k(own, u, other, v);
       }
     }
   }
@@ -140,15 +147,15 @@ linear_system elastic(std::string name, int m) {
     const node_row<d> row(g, k, at);
     for (int u = 0; u < d; ++u) {
       s.ja.push_back(node * d + u + 1);
-      s.a.push_back(row.block[self][u][u]);
+      s.a.push_back(row.coupling[self][u][u]);
       for (int o = 0; o < node_row<d>::neighbours; ++o) {
         if (!row.present[o]) continue;
         auto neighbour = at;
         for (int x = 0, rest = o; x < d; ++x, rest /= 3) neighbour[x] += rest % 3 - 1;
         for (int v = 0; v < d; ++v) {
-          if ((o == self && u == v) || row.block[o][u][v] == 0.0) continue;
+          if ((o == self && u == v) || row.coupling[o][u][v] == 0.0) continue;
           s.ja.push_back(g.node(neighbour) * d + v + 1);
-          s.a.push_back(row.block[o][u][v]);
+          s.a.push_back(row.coupling[o][u][v]);
         }
       }
       s.ia.push_back(static_cast<int>(s.ja.size()) + 1);

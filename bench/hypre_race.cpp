@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <numeric>
 
 #include "tier_call.h"
 
@@ -48,10 +49,8 @@ struct hypre_system {
     HYPRE_IJMatrixCreate(MPI_COMM_WORLD, 0, s.n - 1, 0, s.n - 1, &matrix);
     HYPRE_IJMatrixSetObjectType(matrix, HYPRE_PARCSR);
     std::vector<int> length(static_cast<std::size_t>(s.n)), rows(length), columns(s.ja);
-    for (int i = 0; i < s.n; ++i) {
-      length[i] = s.ia[i + 1] - s.ia[i];
-      rows[i] = i;
-    }
+    for (std::size_t i = 0; i < length.size(); ++i) length[i] = s.ia[i + 1] - s.ia[i];
+    std::iota(rows.begin(), rows.end(), 0);
     for (int& c : columns) --c;
     HYPRE_IJMatrixSetRowSizes(matrix, length.data());
     HYPRE_IJMatrixInitialize(matrix);
@@ -113,7 +112,7 @@ outcome run_hypre(const linear_system& s, bool classical) {
   HYPRE_PCGGetNumIterations(cg, &steps);
   std::vector<double> u(s.f.size());
   std::vector<int> rows(s.f.size());
-  for (int i = 0; i < s.n; ++i) rows[i] = i;
+  std::iota(rows.begin(), rows.end(), 0);
   HYPRE_IJVectorGetValues(system.left, s.n, rows.data(), u.data());
   HYPRE_ParCSRPCGDestroy(cg);
   HYPRE_BoomerAMGDestroy(amg);

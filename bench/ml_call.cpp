@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <ctime>
+#include <limits>
+
+#include "tier/store/numbered.h"
 
 namespace bench {
 
@@ -36,7 +39,7 @@ struct blocked_system {
  private:
   void lay_out(const wall_system& w) {
     const int last = *std::max_element(w.block.begin(), w.block.end());
-    std::vector<int> filled(static_cast<std::size_t>(last) + 1, 0), number(filled);
+    tier::numbered_list<int> filled(last + 1), number(last + 1);
     for (const int b : w.block) size = std::max(size, ++filled[b]);
     for (int b = 1; b <= last; ++b) {
       number[b] = n;
@@ -47,19 +50,20 @@ struct blocked_system {
   }
 
   void fill(const wall_system& w) {
-    std::vector<int> row_at(static_cast<std::size_t>(n), -1);
-    for (std::size_t i = 0; i < place.size(); ++i) row_at[place[i]] = static_cast<int>(i);
+    constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+    tier::numbered_list<std::size_t> row_at(n, none);
+    for (std::size_t i = 0; i < place.size(); ++i) row_at[place[i]] = i;
     double mean = 0.0;
-    for (int i = 0; i < w.s.n; ++i) mean += w.s.a[w.s.ia[i] - 1] / w.s.n;
+    for (std::size_t i = 0; i < place.size(); ++i) mean += w.s.a[position(w.s.ia[i])] / w.s.n;
     start.push_back(0);
     for (int i = 0; i < n; ++i) {
-      const int row = row_at[i];
-      if (row < 0) {
+      const std::size_t row = row_at[i];
+      if (row == none) {
         column.push_back(i);
         value.push_back(mean);
       } else {
-        for (int k = w.s.ia[row] - 1; k < w.s.ia[row + 1] - 1; ++k) {
-          column.push_back(place[w.s.ja[k] - 1]);
+        for (std::size_t k = position(w.s.ia[row]); k < position(w.s.ia[row + 1]); ++k) {
+          column.push_back(place[position(w.s.ja[k])]);
           value.push_back(w.s.a[k]);
         }
       }
@@ -152,7 +156,7 @@ ml_outcome call_ml(const wall_system& w, double eps, const std::string& smoother
   std::vector<double> u(static_cast<std::size_t>(s.n), 0.0);
   out.steps = conjugate_gradients(ml, s, eps, u);
   out.total = seconds_since(begin);
-  for (const int at : s.place) out.u.push_back(u[at]);
+  for (const int at : s.place) out.u.push_back(u[static_cast<std::size_t>(at)]);
   ML_Destroy(&ml);
   return out;
 }

@@ -128,9 +128,10 @@ linear_system jumping_coefficients(int m, double jump) {
 
 double relative_residual(const linear_system& s, const std::vector<double>& u) {
   double residual = 0.0, right = 0.0;
-  for (int i = 0; i < s.n; ++i) {
+  for (std::size_t i = 0; i < s.f.size(); ++i) {
     double r = s.f[i];
-    for (int j = s.ia[i] - 1; j < s.ia[i + 1] - 1; ++j) r -= s.a[j] * u[s.ja[j] - 1];
+    for (std::size_t j = position(s.ia[i]); j < position(s.ia[i + 1]); ++j)
+      r -= s.a[j] * u[position(s.ja[j])];
     residual += r * r;
     right += s.f[i] * s.f[i];
   }

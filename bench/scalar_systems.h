@@ -1,10 +1,14 @@
 // Scalar model problems on regular grids, up to a million unknowns, for races and convergence tables.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace bench {
+
+/// Where what a system counts from 1 (rows, columns, entries) stands in a vector.
+constexpr std::size_t position(int number) { return static_cast<std::size_t>(number - 1); }
 
 /// A system in compressed rows with base 1, diagonal first.
 struct linear_system {

@@ -19,7 +19,7 @@
 namespace {
 
 constexpr int sides[] = {316, 1000, 100, 500, 700, 1000};  // of square grids, in the order of their solution
-constexpr int calls = std::size(sides);
+constexpr std::size_t calls = std::size(sides);
 
 struct call_figures {
   double processor = std::numeric_limits<double>::infinity();  // s of set-up and solution
@@ -57,7 +57,7 @@ std::vector<call_figures> run_apart(bool own_mappings) {
   const pid_t child = fork();
   if (child == 0) {
     if (!own_mappings) tier::leave_all_to_heap();
-    for (int i = 0; i < calls; ++i) figures[i] = call_of(sides[i]);
+    for (std::size_t i = 0; i < calls; ++i) figures[i] = call_of(sides[i]);
     const auto bytes = static_cast<ssize_t>(calls * sizeof(call_figures));
     _exit(write(ends[1], figures.data(), calls * sizeof(call_figures)) == bytes ? 0 : 1);
   }
@@ -76,14 +76,14 @@ int main(int argc, char** argv) {
   for (int round = 0; round < rounds; ++round)
     for (int own : {0, 1}) {
       const std::vector<call_figures> figures = run_apart(own == 1);
-      for (int i = 0; i < calls; ++i) keep_least(least[own][i], figures[i]);
+      for (std::size_t i = 0; i < calls; ++i) keep_least(least[own][i], figures[i]);
     }
   std::printf(
       "| call: unknowns | heap s | own mappings s | ratio | of that the operating system | solution by the "
       "clock | page faults |\n|---|---|---|---|---|---|---|\n");
-  for (int i = 0; i < calls; ++i) {
+  for (std::size_t i = 0; i < calls; ++i) {
     const call_figures &heap = least[0][i], &own = least[1][i];
-    std::printf("| %d: %d | %.3f | %.3f | %.2f | %.3f, %.3f | %.3f, %.3f | %ld, %ld |\n", i + 1,
+    std::printf("| %zu: %d | %.3f | %.3f | %.2f | %.3f, %.3f | %.3f, %.3f | %ld, %ld |\n", i + 1,
                 sides[i] * sides[i], heap.processor, own.processor, own.processor / heap.processor,
                 heap.system, own.system, heap.solution, own.solution, heap.faults, own.faults);
   }

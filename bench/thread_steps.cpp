@@ -12,18 +12,23 @@
 #include <random>
 
 #include "elastic_systems.h"
+#include "tier/store/numbered.h"
 #include "tier_call.h"
 
 namespace {
 
 using bench::linear_system;
+using bench::position;
 using bench::tier_settings;
 
+/// The entries of each row by column, both from 0.
+using row_list = tier::numbered_list<std::map<int, double>>;
+
 /// Rows with the columns in ascending order behind the diagonal.
-linear_system from_rows(const std::string& name, const std::vector<std::map<int, double>>& rows) {
+linear_system from_rows(const std::string& name, const row_list& rows) {
   linear_system s;
   s.name = name;
-  s.n = static_cast<int>(rows.size());
+  s.n = rows.count();
   std::mt19937 random(7);
   std::uniform_real_distribution<double> load(-1.0, 1.0);
   for (int i = 0; i < s.n; ++i) {
@@ -45,7 +50,7 @@ linear_system normal_equations(int n, int per_row) {
   std::mt19937 random(1);
   std::uniform_real_distribution<double> value(-1.0, 1.0);
   std::uniform_int_distribution<int> column(0, n - 1);
-  std::vector<std::map<int, double>> rows(n);
+  row_list rows(n);
   for (int i = 0; i < n; ++i) rows[i][i] = 0.1;
   for (int k = 0; k < n; ++k) {
     std::map<int, double> b;
@@ -61,7 +66,7 @@ linear_system random_m_matrix(int n, int degree) {
   std::mt19937 random(2);
   std::uniform_real_distribution<double> value(0.0, 1.0);
   std::uniform_int_distribution<int> column(0, n - 1);
-  std::vector<std::map<int, double>> rows(n);
+  row_list rows(n);
   for (int i = 0; i < n; ++i) rows[i][i] = 0.01;
   for (int e = 0; e < n * degree / 2; ++e) {
     const int i = column(random), j = column(random);
@@ -78,25 +83,26 @@ linear_system random_m_matrix(int n, int degree) {
 /// The points of a system in random order, the functions of a point together.
 linear_system shuffled(const linear_system& s) {
   const int points = *std::max_element(s.ip.begin(), s.ip.end());
-  std::vector<int> order(points);
+  tier::numbered_list<int> order(points);
   std::iota(order.begin(), order.end(), 0);
   std::shuffle(order.begin(), order.end(), std::mt19937(5));
-  std::vector<std::vector<int>> rows_of(points);
-  for (int i = 0; i < s.n; ++i) rows_of[s.ip[i] - 1].push_back(i);
-  std::vector<int> old_row, new_row(s.n);
+  tier::numbered_list<std::vector<std::size_t>> rows_of(points);
+  for (std::size_t i = 0; i < s.ip.size(); ++i) rows_of[s.ip[i] - 1].push_back(i);
+  std::vector<std::size_t> old_row;
+  std::vector<int> new_row(s.ip.size());  // counted from 1
   for (const int p : order)
-    for (const int i : rows_of[p]) {
-      new_row[i] = static_cast<int>(old_row.size());
+    for (const std::size_t i : rows_of[p]) {
       old_row.push_back(i);
+      new_row[i] = static_cast<int>(old_row.size());
     }
   linear_system t;
   t.name = s.name + ", points in random order";
   t.n = s.n;
   t.functions = s.functions;
   int point = 0, before = -1;
-  for (const int i : old_row) {
-    for (int p = s.ia[i] - 1; p < s.ia[i + 1] - 1; ++p) {
-      t.ja.push_back(new_row[s.ja[p] - 1] + 1);
+  for (const std::size_t i : old_row) {
+    for (std::size_t p = position(s.ia[i]); p < position(s.ia[i + 1]); ++p) {
+      t.ja.push_back(new_row[position(s.ja[p])]);
       t.a.push_back(s.a[p]);
     }
     t.ia.push_back(static_cast<int>(t.ja.size()) + 1);

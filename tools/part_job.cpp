@@ -119,7 +119,7 @@ class JobWriter {
   std::size_t place(int element) const { return static_cast<std::size_t>(element); }
   std::size_t runnerPlace(int element) const { return place(element) - mesh_.triangles.size(); }
   int nodeNumber(int node) const { return numbers_.node[static_cast<std::size_t>(node)]; }
-  const Vector& gate() const { return mesh_.nodes[static_cast<std::size_t>(mesh_.gateNode)]; }
+  const Vector& gate() const { return mesh_.node(mesh_.gateNode); }
 
   ElementState runnerState() const {
     ElementState state;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,10 @@ struct Mesh {
   std::vector<double> runnerDiameter;         // mm
   int gateNode = 0;
   std::vector<double> junctionX, junctionY;  // mm, lines of the base at which a rib or a wall stands
+
+  /// A node by a number that a table holds, from 0.
+  std::array<double, 3>& node(int number) { return nodes[static_cast<std::size_t>(number)]; }
+  const std::array<double, 3>& node(int number) const { return nodes[static_cast<std::size_t>(number)]; }
 };
 
 /// The mesh of a part; triangles with an aspect below 10 for walls of similar edge lengths. Throws

@@ -183,7 +183,7 @@ class Builder {
       const double share = static_cast<double>(ring) / cells_.rings;
       for (int k = 0; k < around; ++k) {
         const double angle = std::numbers::pi * (2.0 * k / around - 0.75);
-        const auto& square = mesh_.nodes[static_cast<std::size_t>(border[static_cast<std::size_t>(k)])];
+        const auto& square = mesh_.node(border[static_cast<std::size_t>(k)]);
         const double circleX = 0.5 * (left + right) + radius * std::cos(angle);
         const double circleY = 0.5 * (low + high) + radius * std::sin(angle);
         inner[static_cast<std::size_t>(k)] = addNode(square[0] + share * (circleX - square[0]),
@@ -200,7 +200,7 @@ class Builder {
   /// First node of the column above a node of the base; walls that cross share it.
   int columnAbove(std::size_t place) {
     if (column_[place] == none) {
-      const auto foot = mesh_.nodes[static_cast<std::size_t>(base_[place])];
+      const auto foot = mesh_.node(base_[place]);
       column_[place] = static_cast<int>(mesh_.nodes.size());
       for (int k = 1; k <= cells_.z; ++k) addNode(foot[0], foot[1], part_.height * k / cells_.z);
     }
@@ -245,7 +245,7 @@ class Builder {
 
   /// A sprue from outside, a runner along x below the part, a gate of small diameter at the base.
   void addRunners() {
-    const auto gate = mesh_.nodes[static_cast<std::size_t>(mesh_.gateNode)];
+    const auto gate = mesh_.node(mesh_.gateNode);
     constexpr std::array corners{std::array{-30.0, -60.0}, std::array{-30.0, -20.0}, std::array{0.0, -20.0},
                                  std::array{0.0, -5.0}};  // mm from the gate, along x and z
     constexpr std::array diameter{6.0, 5.0, 4.0};         // mm

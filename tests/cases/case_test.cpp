@@ -64,11 +64,11 @@ void expectModel(const ExpectedAnswer& answer) {
   expectRelative(volumes.meanJacobian, answer.jacobian, 1e-9, "jacobian");
   for (int kind = 1; kind <= 2; ++kind) {
     const MaterialConstants& material = materialConstants[kind];
-    for (int i = 0; i < 36; ++i) {
-      expectRelative(material.stiffness[i / 6][i % 6], answer.stiffness[kind - 1][i], 1e-9, "stiffness");
+    for (std::size_t i = 0; i < 36; ++i) {
+      expectRelative(material.stiffness[i / 6][i % 6], answer.stiffness[kind][i], 1e-9, "stiffness");
     }
-    expectRelative(material.expansionLongitudinal, answer.expansion[kind - 1][0], 1e-9, "expansion along");
-    expectRelative(material.expansionTransverse, answer.expansion[kind - 1][1], 1e-9, "expansion across");
+    expectRelative(material.expansionLongitudinal, answer.expansion[kind][0], 1e-9, "expansion along");
+    expectRelative(material.expansionTransverse, answer.expansion[kind][1], 1e-9, "expansion across");
   }
 }
 
@@ -80,11 +80,11 @@ int storedEntries() {
 
 /// All values of all rows, against the answer, cm.
 void expectDisplacements(const ExpectedAnswer& answer, double tolerance) {
-  ASSERT_EQ(wedgeNumbering.geometryNodeCount + 1u, answer.node.size());
+  ASSERT_EQ(wedgeNumbering.geometryNodeCount, answer.node.rows());
   for (int n = 1; n <= wedgeNumbering.geometryNodeCount; ++n) {
     const ResultRow total = resultRow(ResultBlock::main, n), inMold = resultRow(ResultBlock::residual, n);
     const ExpectedNode& expected = answer.node[n];
-    for (int c = 0; c < 3; ++c) {
+    for (std::size_t c = 0; c < 3; ++c) {
       EXPECT_NEAR(total[c], expected.total[c], tolerance) << "total, node " << n << " component " << c;
       EXPECT_NEAR(inMold[c], expected.inMold[c], tolerance) << "in-mold, node " << n << " component " << c;
     }
@@ -105,7 +105,7 @@ std::vector<double> summaryNumbers(const std::string& report, const std::string&
 void expectReport(const ExpectedAnswer& answer, const std::string& report, double tolerance) {
   for (const std::string& line : answer.report) EXPECT_THAT(report, testing::HasSubstr(line));
   const char* const keys[] = {"25201 :", "25202 :", "25203 :", "25204 :"};
-  for (int i = 0; i < 4; ++i) {
+  for (std::size_t i = 0; i < 4; ++i) {
     const std::vector<double> found = summaryNumbers(report, keys[i]);
     ASSERT_EQ(found.size(), 2u) << keys[i];
     EXPECT_NEAR(found[0], answer.summary[i], 0.51e-4 + tolerance) << keys[i];
@@ -130,7 +130,7 @@ TEST_P(Case, StagesAgreeInMemory) {
   expectDisplacements(answer_, tolerance);
   expectReport(answer_, job_.read(".WD1"), 10.0 * tolerance);
   const ResultExtremes extremes = resultExtremes();
-  for (int c = 0; c < 3; ++c) {
+  for (std::size_t c = 0; c < 3; ++c) {
     EXPECT_NEAR(10.0 * (extremes.maximum[c] - extremes.minimum[c]), answer_.summary[c],
                 1e-6 * answer_.summary[3]);
   }
@@ -152,12 +152,12 @@ TEST_P(CaseFiles, HoldTheDigits) {
   const std::string results = job_.read(".WR1");
   const auto main = resultBlock(results, "Keld_ResultsStr");
   const auto thermal = resultBlock(results, "Keld_Thermal_ResultsStr");
-  ASSERT_EQ(main.size(), answer_.node.size());
-  ASSERT_EQ(thermal.size(), answer_.node.size());
+  ASSERT_EQ(main.rows(), answer_.node.rows());
+  ASSERT_EQ(thermal.rows(), answer_.node.rows());
   EXPECT_EQ(results.find("[Keld_Residual_ResultsStr]") != std::string::npos, answer_.stressValid == 1);
-  std::vector<std::vector<double>> residual(main.size(), std::vector<double>(4, 0.0));
+  Column<std::vector<double>> residual(main.rows(), std::vector<double>(4, 0.0));
   if (answer_.stressValid == 1) residual = resultBlock(results, "Keld_Residual_ResultsStr");
-  for (std::size_t n = 1; n < main.size(); ++n) {
+  for (int n = 1; n <= main.rows(); ++n) {
     const ExpectedNode& expected = answer_.node[n];
     ASSERT_EQ(main[n].size(), 5u);
     ASSERT_EQ(residual[n].size(), 4u);
@@ -165,7 +165,7 @@ TEST_P(CaseFiles, HoldTheDigits) {
     const auto expectDigits = [&](double found, double centimetres) {
       EXPECT_NEAR(found, 10.0 * centimetres, halfUnit(found) + tolerance) << "node " << n;
     };
-    for (int c = 0; c < 3; ++c) {
+    for (std::size_t c = 0; c < 3; ++c) {
       expectDigits(main[n][c], expected.total[c]);
       expectDigits(residual[n][c], expected.inMold[c]);
       expectDigits(thermal[n][c], expected.total[c] - expected.inMold[c]);

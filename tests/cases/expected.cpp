@@ -39,27 +39,27 @@ ExpectedAnswer readExpected(const std::filesystem::path& file) {
     } else if (quantity == "jacobian") {
       take(line, answer.jacobian);
     } else if (quantity == "stiffness") {
-      answer.stiffness.emplace_back(36);
+      answer.stiffness.push_back(std::vector<double>(36));
       for (double& value : answer.stiffness.back()) take(line, value);
     } else if (quantity == "expansion") {
-      answer.expansion.emplace_back();
+      answer.expansion.push_back({});
       take(line, answer.expansion.back()[0], answer.expansion.back()[1]);
     } else if (quantity == "report") {
       answer.report.push_back(text.substr(quantity.size() + 1));
     } else if (quantity == "summary") {
       for (double& value : answer.summary) take(line, value);
     } else if (quantity == "node") {
-      std::size_t number = 0;
+      int number = 0;
       ExpectedNode node;
       take(line, number, node.total[0], node.total[1], node.total[2], node.inMold[0], node.inMold[1],
            node.inMold[2], node.sinkMark);
-      if (number != answer.node.size()) throw std::runtime_error("expected.txt: node out of order: " + text);
       answer.node.push_back(node);
+      if (number != answer.node.rows()) throw std::runtime_error("expected.txt: node out of order: " + text);
     } else if (!quantity.empty() && quantity[0] != '#') {
       throw std::runtime_error("expected.txt: unknown quantity " + quantity);
     }
   }
-  if (answer.node.size() < 2 || answer.stiffness.size() != 2 || answer.expansion.size() != 2 ||
+  if (answer.node.empty() || answer.stiffness.rows() != 2 || answer.expansion.rows() != 2 ||
       answer.report.empty()) {
     throw std::runtime_error(file.string() + " lacks quantities");
   }

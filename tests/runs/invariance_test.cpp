@@ -37,11 +37,11 @@ Vector3 unmoved(const Vector3& place) { return place; }
 /// Names the nodes at three corners of the base as boundary nodes. Where walls meet at an angle the shared
 /// nodes of their elements are offset along different normals, so that a turn isn't free of energy and the
 /// shape depends on which nodes are held.
-void holdCorners(const std::vector<Vector3>& place, const Motion& turnedBack) {
+void holdCorners(const Column<Vector3>& place, const Motion& turnedBack) {
   const std::array<Vector3, 3> corner = {{{0, 0, 0}, {12, 0, 0}, {0, 8, 0}}};
-  for (std::size_t n = 1; n < place.size(); ++n) {
+  for (int n = 1; n <= place.rows(); ++n) {
     for (std::size_t c = 0; c < 3; ++c) {
-      if (distance(turnedBack(place[n]), corner[c]) < 1e-6) processRecord.bcNode[c + 1] = static_cast<int>(n);
+      if (distance(turnedBack(place[n]), corner[c]) < 1e-6) processRecord.bcNode[c + 1] = n;
     }
   }
 }
@@ -50,7 +50,7 @@ void holdCorners(const std::vector<Vector3>& place, const Motion& turnedBack) {
 DeformedPart deform(const ScratchJob& job, const Motion& turnedBack = unmoved) {
   startRun(job);
   inputStage();
-  std::vector<Vector3> place(1);
+  Column<Vector3> place;
   for (int n = 1; n <= nodeTable.nodeCount; ++n)
     place.push_back({nodeTable.x[n], nodeTable.y[n], nodeTable.z[n]});
   holdCorners(place, turnedBack);
@@ -59,7 +59,7 @@ DeformedPart deform(const ScratchJob& job, const Motion& turnedBack = unmoved) {
   sinkMark();
 
   std::vector<std::pair<std::array<long, 3>, int>> order;
-  for (int n = 1; n < static_cast<int>(place.size()); ++n) {
+  for (int n = 1; n <= place.rows(); ++n) {
     if (wedgeNumbering.nodeToNewNode[n] < 1) continue;
     const Vector3 p = turnedBack(place[n]);
     order.push_back({{std::lround(p[0] * 1e4), std::lround(p[1] * 1e4), std::lround(p[2] * 1e4)}, n});
@@ -160,8 +160,8 @@ TEST(Symmetry, ASymmetricPartDistortsSymmetrically) {
   for (std::size_t e = 0; e < mesh.triangles.size(); ++e) {
     double x = 0.0, y = 0.0;
     for (int node : mesh.triangles[e]) {
-      x += mesh.nodes[node][0] / 3.0;
-      y += mesh.nodes[node][1] / 3.0;
+      x += mesh.node(node)[0] / 3.0;
+      y += mesh.node(node)[1] / 3.0;
     }
     const double lower = 60.0 + 0.5 * std::abs(x - 60.0) + 0.1 * y;
     temperatures << e + 1 << " " << lower << " " << lower + 8.0 << "\n";

@@ -35,9 +35,9 @@ Ended runOf(const part_maker::Mesh& mesh, int solverChoice) {
 /// A corner of triangle 101 moved on the side across until its height is `ratio` of that side.
 void flatten(part_maker::Mesh& mesh, double ratio) {
   const auto& [a, b, c] = mesh.triangles[100];
-  auto& p = mesh.nodes[c];
-  for (int i = 0; i < 3; ++i) {
-    const double middle = 0.5 * (mesh.nodes[a][i] + mesh.nodes[b][i]);
+  auto& p = mesh.node(c);
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double middle = 0.5 * (mesh.node(a)[i] + mesh.node(b)[i]);
     p[i] = middle + ratio * (p[i] - middle);
   }
 }
@@ -45,7 +45,7 @@ void flatten(part_maker::Mesh& mesh, double ratio) {
 /// A triangle on an edge of the part whose third node, which belongs to no other, lies at a corner.
 void addEmptyTriangle(part_maker::Mesh& mesh) {
   const auto [a, b, c] = mesh.triangles[0];
-  mesh.nodes.push_back(mesh.nodes[a]);
+  mesh.nodes.push_back(mesh.node(a));
   mesh.triangles.push_back({a, b, static_cast<int>(mesh.nodes.size()) - 1});
   mesh.zone.push_back(mesh.zone[0]);
   mesh.thickness.push_back(mesh.thickness[0]);

@@ -134,7 +134,7 @@ TEST_P(InPieces, EachPieceIsHeldByItself) {
   const int nodes = static_cast<int>(mesh.nodes.size());
   const std::size_t triangles = mesh.triangles.size();
   for (int n = 0; n < nodes; ++n)
-    mesh.nodes.push_back({mesh.nodes[n][0] + 200.0, mesh.nodes[n][1], mesh.nodes[n][2]});
+    mesh.nodes.push_back({mesh.node(n)[0] + 200.0, mesh.node(n)[1], mesh.node(n)[2]});
   for (std::size_t e = 0; e < triangles; ++e) {
     const auto& corner = mesh.triangles[e];
     mesh.triangles.push_back({corner[0] + nodes, corner[1] + nodes, corner[2] + nodes});
@@ -147,7 +147,7 @@ TEST_P(InPieces, EachPieceIsHeldByItself) {
   EXPECT_THAT(reportAlone, testing::Not(testing::HasSubstr("pieces")));
   double difference = 0.0, largest = 0.0;
   for (int n = 1; n <= 2 * nodes; ++n)
-    for (int c = 0; c < 3; ++c) {
+    for (std::size_t c = 0; c < 3; ++c) {
       const double expected = alone[(n - 1) % nodes + 1][c];
       largest = std::max(largest, std::abs(expected));
       difference = std::max(difference, std::abs(both[n][c] - expected));

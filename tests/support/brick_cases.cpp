@@ -79,16 +79,16 @@ constexpr Elastic isotropic = {2e10, 2e10, 0.4, 0.4, 2e10 / 2.8, 7e-5, 7e-5};
 constexpr Elastic unevenShrinkage = {2e10, 2e10, 0.4, 0.4, 2e10 / 2.8, 1e-5, 8e-5};
 constexpr Elastic filled = {6e10, 3e10, 0.3, 0.4, 1.2e10, 2e-5, 6e-5};
 
-bool upright(std::size_t e) {
-  const auto z = [](int node) { return nodeTable.z[static_cast<std::size_t>(node)]; };
+bool upright(int e) {
+  const auto z = [](int node) { return nodeTable.z[node]; };
   return z(elementTable.node1[e]) + z(elementTable.node2[e]) + z(elementTable.node3[e]) > 0.0;
 }
 
 /// Fibres along x in the base, along the ribs in these.
-void setFibres(std::size_t e) {
+void setFibres(int e) {
   ResidualStressField& field = residualStressField;
   if (!upright(e)) return;
-  const auto place = [&](int node) { return nodeTable.x[static_cast<std::size_t>(node)]; };
+  const auto place = [&](int node) { return nodeTable.x[node]; };
   const bool across = std::abs(place(elementTable.node1[e])) + std::abs(place(elementTable.node2[e])) +
                           std::abs(place(elementTable.node3[e])) <
                       1e-9;

@@ -92,25 +92,24 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-std::vector<std::vector<double>> resultBlock(const std::string& resultsText, const std::string& tag) {
+Column<std::vector<double>> resultBlock(const std::string& resultsText, const std::string& tag) {
   const std::size_t start = resultsText.find("[" + tag + "]\n");
   if (start == std::string::npos) throw std::runtime_error("no block " + tag);
   const std::vector<std::string> lines =
       linesOf(resultsText.substr(start, resultsText.find("[EOF]", start) - start));
-  std::size_t count = 0;
-  if (std::sscanf(lines.at(1).c_str(), "   Glength= %zu", &count) != 1)
-    throw std::runtime_error("no Glength");
-  std::vector<std::vector<double>> rows(1);
+  int count = 0;
+  if (std::sscanf(lines.at(1).c_str(), "   Glength= %d", &count) != 1) throw std::runtime_error("no Glength");
+  Column<std::vector<double>> rows;
   for (const std::string& line : lines) {
     if (line[0] == '[' || line.find('=') != std::string::npos) continue;
     std::istringstream stream(line);
-    std::size_t number = 0;
+    int number = 0;
     stream >> number;
-    if (number != rows.size()) throw std::runtime_error("row out of order: " + line);
-    rows.emplace_back();
+    rows.push_back({});
+    if (number != rows.rows()) throw std::runtime_error("row out of order: " + line);
     for (double value; stream >> value;) rows.back().push_back(value);
   }
-  if (rows.size() != count + 1) throw std::runtime_error("rows don't count to Glength in " + tag);
+  if (rows.rows() != count) throw std::runtime_error("rows don't count to Glength in " + tag);
   return rows;
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "run/base/column.h"
+
 namespace keld::testing_support {
 
 /// A folder of its own for one job, removed at the end. Working files are `base` + suffix.
@@ -47,8 +49,8 @@ class ScratchJob {
 std::string readText(const std::filesystem::path& path);
 std::vector<std::string> linesOf(const std::string& text);
 
-/// ".WR1" as numbers in mm: rows of a block by geometry node from 1 (row 0 is empty), without the row number.
+/// ".WR1" as numbers in mm: rows of a block by geometry node, without the row number.
 /// Throws when the block is missing or the rows don't count from 1 to Glength.
-std::vector<std::vector<double>> resultBlock(const std::string& resultsText, const std::string& tag);
+Column<std::vector<double>> resultBlock(const std::string& resultsText, const std::string& tag);
 
 }  // namespace keld::testing_support

@@ -29,7 +29,7 @@ void addCell(TestMesh& mesh, int a, int b, int c, int d, bool turned) {
 
 CountedList listOf(std::initializer_list<double> values) {
   CountedList list;
-  for (double value : values) list.value[static_cast<std::size_t>(++list.count)] = value;
+  for (double value : values) list.value[++list.count] = value;
   return list;
 }
 

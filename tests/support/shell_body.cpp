@@ -9,11 +9,11 @@
 
 namespace keld::testing_support {
 
-int ShellBody::nearest(const Vector3& place) const {
+std::size_t ShellBody::nearest(const Vector3& place) const {
   const auto nearer = [&](const Vector3& a, const Vector3& b) {
     return distance(a, place) < distance(b, place);
   };
-  return static_cast<int>(std::min_element(node.begin(), node.end(), nearer) - node.begin());
+  return static_cast<std::size_t>(std::min_element(node.begin(), node.end(), nearer) - node.begin());
 }
 
 void ShellBody::addFacet(std::size_t t, double thickness, const Matrix6& stiffness, const Vector3& along,
@@ -26,10 +26,12 @@ void ShellBody::addFacet(std::size_t t, double thickness, const Matrix6& stiffne
   ElementLoad f{};
   formFacetStiffness(facet, k);
   if (loading != nullptr) formFacetLoad(facet, *loading, k, f);
-  const auto freedom = [&](int local) { return 6 * corner[local / 3 % 3] + 3 * (local / 9) + local % 3; };
-  for (int i = 0; i < 18; ++i) {
+  const auto freedom = [&](std::size_t local) {
+    return 6 * corner[local / 3 % 3] + 3 * (local / 9) + local % 3;
+  };
+  for (std::size_t i = 0; i < 18; ++i) {
     force[freedom(i)] += f[i];
-    for (int j = 0; j < 18; ++j) row_[freedom(i)][freedom(j)] += k[18 * i + j];
+    for (std::size_t j = 0; j < 18; ++j) row_[freedom(i)][freedom(j)] += k[18 * i + j];
   }
 }
 
@@ -37,7 +39,7 @@ std::vector<double> ShellBody::solve() const {
   std::vector<int> number(row_.size(), 0);
   int free = 0;
   for (std::size_t i = 0; i < row_.size(); ++i)
-    if (!held.contains(static_cast<int>(i))) number[i] = ++free;
+    if (!held.contains(i)) number[i] = ++free;
   CompressedSystem system;
   Column<int> block;
   const auto add = [&](int column, double value) {
@@ -47,10 +49,10 @@ std::vector<double> ShellBody::solve() const {
   for (std::size_t i = 0; i < row_.size(); ++i) {
     if (number[i] == 0) continue;
     system.rowStart.push_back(system.columnIndex.rows() + 1);
-    add(number[i], row_[i].at(static_cast<int>(i)));
+    add(number[i], row_[i].at(i));
     for (const auto& [j, value] : row_[i])
-      if (j != static_cast<int>(i) && number[j] > 0) add(number[j], value);
-    const auto found = force.find(static_cast<int>(i));
+      if (j != i && number[j] > 0) add(number[j], value);
+    const auto found = force.find(i);
     system.rowLoad.push_back(found == force.end() ? 0.0 : found->second);
     block.push_back(static_cast<int>(i / 6) + 1);
   }
@@ -68,7 +70,7 @@ double ShellBody::forceOf(const std::vector<double>& q) const {
     double sum = 0.0;
     for (const auto& [j, value] : row_[i]) sum += value * q[j];
     worst = std::max(worst, std::abs(sum));
-    stiffest = std::max(stiffest, row_[i].at(static_cast<int>(i)));
+    stiffest = std::max(stiffest, row_[i].at(i));
     longest = std::max(longest, std::abs(q[i]));
   }
   return worst / (stiffest * longest);

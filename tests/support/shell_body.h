@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <vector>
@@ -16,21 +17,20 @@ namespace keld::testing_support {
 class ShellBody {
  public:
   std::vector<Vector3> node;
-  std::vector<std::array<int, 3>> triangle;
-  std::set<int> held;           // freedoms
-  std::map<int, double> force;  // on a freedom
+  std::vector<std::array<std::size_t, 3>> triangle;
+  std::set<std::size_t> held;           // freedoms
+  std::map<std::size_t, double> force;  // on a freedom
   double rotationLength = 1.0;
 
   /// A grid of nx x ny cells with alternating diagonals; place(i / nx, j / ny) is a node's place.
   template <class Place>
-  static ShellBody grid(int nx, int ny, const Place& place) {
+  static ShellBody grid(std::size_t nx, std::size_t ny, const Place& place) {
     ShellBody body;
-    for (int i = 0; i <= nx; ++i)
-      for (int j = 0; j <= ny; ++j)
-        body.node.push_back(place(static_cast<double>(i) / nx, static_cast<double>(j) / ny));
-    for (int i = 0; i < nx; ++i) {
-      for (int j = 0; j < ny; ++j) {
-        const int a = i * (ny + 1) + j, b = a + ny + 1, c = b + 1, d = a + 1;
+    for (std::size_t i = 0; i <= nx; ++i)
+      for (std::size_t j = 0; j <= ny; ++j) body.node.push_back(place(share(i, nx), share(j, ny)));
+    for (std::size_t i = 0; i < nx; ++i) {
+      for (std::size_t j = 0; j < ny; ++j) {
+        const std::size_t a = i * (ny + 1) + j, b = a + ny + 1, c = b + 1, d = a + 1;
         if ((i + j) % 2 == 1) {
           body.triangle.push_back({a, b, d});
           body.triangle.push_back({b, c, d});
@@ -43,15 +43,21 @@ class ShellBody {
     return body;
   }
 
-  /// Holds components of every node that `where` picks.
-  template <class Where>
-  void hold(const Where& where, std::initializer_list<int> components) {
-    for (std::size_t n = 0; n < node.size(); ++n)
-      if (where(node[n]))
-        for (const int c : components) held.insert(static_cast<int>(6 * n) + c);
+  /// A triangle by numbers that a table or a file holds.
+  void addTriangle(int a, int b, int c) {
+    triangle.push_back(
+        {static_cast<std::size_t>(a), static_cast<std::size_t>(b), static_cast<std::size_t>(c)});
   }
 
-  int nearest(const Vector3& place) const;
+  /// Holds components of every node that `where` picks.
+  template <class Where>
+  void hold(const Where& where, std::initializer_list<std::size_t> components) {
+    for (std::size_t n = 0; n < node.size(); ++n)
+      if (where(node[n]))
+        for (const std::size_t c : components) held.insert(6 * n + c);
+  }
+
+  std::size_t nearest(const Vector3& place) const;
 
   /// Adds a facet of the same wall and material for every triangle; `loadOf(t)` gives its loading, null none.
   template <class LoadOf>
@@ -69,8 +75,11 @@ class ShellBody {
   double forceOf(const std::vector<double>& q) const;
 
  private:
-  std::vector<std::map<int, double>> row_;
+  std::vector<std::map<std::size_t, double>> row_;
 
+  static double share(std::size_t i, std::size_t n) {
+    return static_cast<double>(i) / static_cast<double>(n);
+  }
   void addFacet(std::size_t t, double thickness, const Matrix6& stiffness, const Vector3& along,
                 const FacetLoading* loading);
 };

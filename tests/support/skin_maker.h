@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <map>
 
 #include "input/mesh_tables.h"
@@ -24,7 +25,7 @@ struct BoxSkin {
     nodeTable = {};
     partner = {};
     const int top = addFace(2, cells[2]), bottom = addFace(2, 0);
-    for (int axis = 0; axis < 2; ++axis)
+    for (std::size_t axis = 0; axis < 2; ++axis)
       for (const int at : {0, cells[axis]}) addFace(axis, at);
     for (int k = 0; k < 2 * cells[0] * cells[1]; ++k) {
       partner[top + k] = bottom + k;
@@ -58,9 +59,9 @@ struct BoxSkin {
     return entry->second;
   }
 
-  int addFace(int axis, int at) {
+  int addFace(std::size_t axis, int at) {
     const int first = elementTable.node1.rows() + 1;
-    const int u = (axis + 1) % 3, v = (axis + 2) % 3;
+    const std::size_t u = (axis + 1) % 3, v = (axis + 2) % 3;
     const bool outward = at > 0;
     for (int j = 0; j < cells[v]; ++j)
       for (int i = 0; i < cells[u]; ++i) {

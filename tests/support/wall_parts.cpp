@@ -49,7 +49,7 @@ Vector3 Deformation::at(const Vector3& where) const {
   const auto nearer = [&](const Vector3& a, const Vector3& b) {
     return distance(a, where) < distance(b, where);
   };
-  return total[std::min_element(place.begin() + 1, place.end(), nearer) - place.begin()];
+  return total[std::min_element(place.begin(), place.end(), nearer) - place.origin()];
 }
 
 Deformation deformed(const TestMesh& mesh, int wallModel, const std::function<void()>& setFields) {
@@ -61,11 +61,10 @@ Deformation deformed(const TestMesh& mesh, int wallModel, const std::function<vo
   analysisDriver();
   sinkMark();
   Deformation result;
-  result.place = result.total = result.inMold = {{}};
-  result.sinkMark = {0.0};
-  for (int n = 1; n <= static_cast<int>(mesh.node.size()); ++n) {
+  for (const Vector3& place : mesh.node) {
+    result.place.push_back(place);
+    const int n = result.place.rows();
     const ResultRow total = resultRow(ResultBlock::main, n), inMold = resultRow(ResultBlock::residual, n);
-    result.place.push_back(mesh.node[n - 1]);
     result.total.push_back({total[0], total[1], total[2]});
     result.inMold.push_back({inMold[0], inMold[1], inMold[2]});
     result.sinkMark.push_back(total[4]);
@@ -73,18 +72,17 @@ Deformation deformed(const TestMesh& mesh, int wallModel, const std::function<vo
   return result;
 }
 
-std::vector<Vector3> withoutRigidMotion(const std::vector<Vector3>& place,
-                                        const std::vector<Vector3>& displacement) {
-  const auto count = static_cast<double>(place.size() - 1);
+Column<Vector3> withoutRigidMotion(const Column<Vector3>& place, const Column<Vector3>& displacement) {
+  const double count = place.rows();
   Vector3 centre{}, shift{};
-  for (std::size_t n = 1; n < place.size(); ++n) {
+  for (int n = 1; n <= place.rows(); ++n) {
     centre = centre + place[n] / count;
     shift = shift + displacement[n] / count;
   }
   // Rotation w of least squares: sum (|x|^2 1 - x x^T) w = sum x cross u.
   std::array<Vector3, 3> m{};
   Vector3 right{};
-  for (std::size_t n = 1; n < place.size(); ++n) {
+  for (int n = 1; n <= place.rows(); ++n) {
     const Vector3 x = place[n] - centre;
     right = right + cross(x, displacement[n] - shift);
     for (std::size_t i = 0; i < 3; ++i) {
@@ -95,9 +93,8 @@ std::vector<Vector3> withoutRigidMotion(const std::vector<Vector3>& place,
   const double det = dot(m[0], cross(m[1], m[2]));
   const Vector3 w = {dot(right, cross(m[1], m[2])) / det, dot(m[0], cross(right, m[2])) / det,
                      dot(m[0], cross(m[1], right)) / det};
-  std::vector<Vector3> rest(place.size());
-  for (std::size_t n = 1; n < place.size(); ++n)
-    rest[n] = displacement[n] - shift - cross(w, place[n] - centre);
+  Column<Vector3> rest(place.rows());
+  for (int n = 1; n <= place.rows(); ++n) rest[n] = displacement[n] - shift - cross(w, place[n] - centre);
   return rest;
 }
 

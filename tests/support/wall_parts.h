@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "run/base/column.h"
 #include "support/model_maker.h"
 
 namespace keld::testing_support {
@@ -23,10 +24,10 @@ struct WallPart {
 /// Triangles of the sheets in turn, with alternating diagonals; nodes at one place are one node.
 WallPart joinedSheets(const std::vector<Sheet>& sheets);
 
-/// Displacements of the geometry nodes, cm, [1..], with the places they had.
+/// Displacements of the geometry nodes, cm, with the places they had.
 struct Deformation {
-  std::vector<Vector3> place, total, inMold;
-  std::vector<double> sinkMark;
+  Column<Vector3> place, total, inMold;
+  Column<double> sinkMark;
 
   /// The total displacement of the node nearest to a place.
   Vector3 at(const Vector3& where) const;
@@ -37,7 +38,6 @@ struct Deformation {
 Deformation deformed(const TestMesh& mesh, int wallModel, const std::function<void()>& setFields);
 
 /// The displacement less the rigid motion that takes most of it away (least squares over all nodes).
-std::vector<Vector3> withoutRigidMotion(const std::vector<Vector3>& place,
-                                        const std::vector<Vector3>& displacement);
+Column<Vector3> withoutRigidMotion(const Column<Vector3>& place, const Column<Vector3>& displacement);
 
 }  // namespace keld::testing_support

@@ -32,7 +32,7 @@ double ribbedArea(double length, double width, double height, double radius, int
 class PartMaker : public testing::TestWithParam<Part> {};
 
 double edgeLength(const Mesh& mesh, int a, int b) {
-  const auto &p = mesh.nodes[static_cast<std::size_t>(a)], &q = mesh.nodes[static_cast<std::size_t>(b)];
+  const auto &p = mesh.node(a), &q = mesh.node(b);
   return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
 }
 
@@ -50,9 +50,9 @@ TEST_P(PartMaker, MeshIsOneSurfaceOfGoodTriangles) {
     const double s = 0.5 * (a + b + c);
     area += std::sqrt(s * (s - a) * (s - b) * (s - c));
     worstAspect = std::max(worstAspect, a * b * c / (4.0 * (s - a) * (s - b) * (s - c)));
-    for (int k = 0; k < 3; ++k) {
-      used.insert(t[static_cast<std::size_t>(k)]);
-      ++edges[std::minmax(t[static_cast<std::size_t>(k)], t[static_cast<std::size_t>((k + 1) % 3)])];
+    for (std::size_t k = 0; k < 3; ++k) {
+      used.insert(t[k]);
+      ++edges[std::minmax(t[k], t[(k + 1) % 3])];
     }
   }
   const auto most =

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 CountedList listOf(std::initializer_list<double> values) {
   CountedList list;
-  for (double value : values) list.value[static_cast<std::size_t>(++list.count)] = value;
+  for (double value : values) list.value[++list.count] = value;
   return list;
 }
 
@@ -161,11 +161,13 @@ struct FillerCase {
 class TooMuchFiller : public MaterialSetup, public testing::WithParamInterface<FillerCase> {};
 
 TEST_P(TooMuchFiller, IsToldWithTheGreatestFractionThatWorks) {
-  const auto& [kind, fraction, words] = GetParam();
-  const auto fillBy = [&](double part) { fill(kind, kind == 1 ? part : 0.0, kind == 2 ? part : 0.0); };
-  fillBy(fraction);
+  const FillerCase& filler = GetParam();
+  const auto fillBy = [&](double part) {
+    fill(filler.kind, filler.kind == 1 ? part : 0.0, filler.kind == 2 ? part : 0.0);
+  };
+  fillBy(filler.fraction);
   const std::string message = failureOf(materialSetup);
-  ASSERT_THAT(message, HasSubstr(words));
+  ASSERT_THAT(message, HasSubstr(filler.words));
   const std::string mark = "the greatest that works is ";
   const double greatest = std::stod(message.substr(message.find(mark) + mark.size())) / 100.0;
   fillBy(greatest);

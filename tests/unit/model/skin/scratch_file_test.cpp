@@ -33,7 +33,7 @@ TEST(ScratchFile, HasItsFieldsAtTheirPlacesAndComesBack) {
     return v;
   };
   std::string markers;
-  for (const int at : {0, 5, 10, 27, 36, 45}) markers.push_back(bytes[at]);
+  for (const unsigned at : {0u, 5u, 10u, 27u, 36u, 45u}) markers.push_back(bytes[at]);
   EXPECT_EQ(markers, "QUARDO");
   EXPECT_EQ(integer(1), 2);
   EXPECT_EQ(integer(6), 5);

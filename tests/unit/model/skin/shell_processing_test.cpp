@@ -107,7 +107,7 @@ TEST(ShellRun, GoesFromThePairingTableToTheResultsFile) {
   // One temperature and kind everywhere: every node has the same sink mark, v^(1/3) (1 - v0 / v) / 3.
   const double v = 1.0 / density(1, 1e6, 363.15), v0 = 1.0 / density(1, 1e6, 298.0);
   const auto rows = testing_support::resultBlock(results, "Keld_ResultsStr");
-  ASSERT_EQ(static_cast<int>(rows.size()), nodes + 1);
+  ASSERT_EQ(rows.rows(), nodes);
   for (int n = 1; n <= nodes; ++n)
     ASSERT_NEAR(rows[n][4], 10.0 * std::cbrt(v) * (1.0 - v0 / v) / 3.0, 1e-4) << n;
   EXPECT_GT(rows[1][3] + rows[nodes][3], 0.01);

@@ -20,7 +20,7 @@ TEST(ShellSearch, FindsTheNearestPointAndTheBoxesAsAFullScanDoes) {
     points[k] = {0.5 * coarse(random), 0.5 * coarse(random), k % 3 * 0.1};  // many ties
     if (k % 5) members.push_back(k);
     low[k] = {place(random), place(random), place(random)};
-    for (int axis = 0; axis < 3; ++axis) high[k][axis] = low[k][axis] + extent(random);
+    for (std::size_t axis = 0; axis < 3; ++axis) high[k][axis] = low[k][axis] + extent(random);
   }
   const PointGrid points_grid(points, members);
   const BoxGrid boxes(low, high);
@@ -37,7 +37,7 @@ TEST(ShellSearch, FindsTheNearestPointAndTheBoxesAsAFullScanDoes) {
     boxes.candidates(at, found);
     for (int k = 1; k <= 400; ++k) {
       bool inside = true;
-      for (int axis = 0; axis < 3; ++axis)
+      for (std::size_t axis = 0; axis < 3; ++axis)
         inside = inside && low[k][axis] <= at[axis] && at[axis] <= high[k][axis];
       ASSERT_TRUE(!inside || std::find(found.begin(), found.end(), k) != found.end()) << k;
     }

@@ -14,6 +14,7 @@
 #include "tier/aggregation/diagonal_blocks.h"
 #include "tier/aggregation/tentative.h"
 #include "tier/codes/aggregation_data.h"
+#include "tier/store/numbered.h"
 #include "tier/store/parameters.h"
 
 namespace {
@@ -24,11 +25,9 @@ using namespace tier::aggregation;
 /// Dense matrices by columns.
 struct dense {
   int rows, columns;
-  std::vector<double> v;
-  dense(int r, int c) : rows(r), columns(c), v(static_cast<std::size_t>(r) * static_cast<std::size_t>(c)) {}
-  double& operator()(int i, int j) {
-    return v[static_cast<std::size_t>(j) * rows + static_cast<std::size_t>(i)];
-  }
+  tier::numbered_list<double> v;
+  dense(int r, int c) : rows(r), columns(c), v(r * c) {}
+  double& operator()(int i, int j) { return v[j * rows + i]; }
 };
 
 template <class T>
@@ -252,7 +251,7 @@ TEST(Tentative, MakesDependentColumnsZero) {
   dense q(2 * b, m), r(m, m);
   for (int i = 0; i < 2 * b; ++i)
     for (int j = 0; j < m; ++j) q(i, j) = n[(i / b) * b * m + j * b + i % b];
-  std::copy_n(coarse.data(), m * m, r.v.data());
+  std::copy_n(coarse.data(), m * m, r.v.begin());
   dense again = product(q, r), unit = product(q, q, true);
   for (int i = 0; i < 2 * b; ++i)
     for (int j = 0; j < m; ++j) EXPECT_NEAR(again(i, j), before(i, j), 1e-13);

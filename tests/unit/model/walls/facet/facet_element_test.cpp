@@ -32,7 +32,7 @@ class FacetElement : public testing::Test {
   FacetElement() {
     for (std::size_t i = 0; i < 3; ++i) corner[i] = vectorAt(lists.at("corners"), i);
     Matrix6 d;
-    for (std::size_t i = 0; i < 6; ++i) std::copy_n(lists.at("C").begin() + 6 * i, 6, d[i].begin());
+    for (std::size_t i = 0; i < 6; ++i) std::copy_n(&lists.at("C")[6 * i], 6, d[i].begin());
     facet = {facetShape(corner, vectorAt(lists.at("frame"), 0)), lists.at("thickness")[0], lists.at("c")[0],
              planeStress(d)};
     formFacetStiffness(facet, k);
@@ -106,7 +106,7 @@ TEST(Membrane, EnergyOfARectangleBentInItsPlaneIsExact) {
       EXPECT_NEAR(material.drilling, std::max(0.01, 0.5 - 2.0 * nu * nu), 1e-15);
       const std::array<Vector3, 4> p = {{{0, -b / 2, 0}, {a, -b / 2, 0}, {a, b / 2, 0}, {0, b / 2, 0}}};
       double energy = 0.0;
-      for (const auto& t : {std::array{0, 1, 2}, std::array{0, 2, 3}}) {
+      for (const auto& t : {std::array{0u, 1u, 2u}, std::array{0u, 2u, 3u}}) {
         Matrix9 k;
         membraneStiffness(facetShape({p[t[0]], p[t[1]], p[t[2]]}, {1, 0, 0}), 1.0, material, k);
         std::array<double, 9> u;

@@ -26,19 +26,24 @@ class FoldedPart : public testing_support::ModelTest, public testing::WithParamI
     const auto &xyz = lists.at("xyz"), &corner = lists.at("tri");
     for (std::size_t n = 0; n < xyz.size(); n += 3) body.node.push_back({xyz[n], xyz[n + 1], xyz[n + 2]});
     for (std::size_t t = 0; t < corner.size(); t += 3)
-      body.triangle.push_back(
-          {static_cast<int>(corner[t]), static_cast<int>(corner[t + 1]), static_cast<int>(corner[t + 2])});
+      body.addTriangle(static_cast<int>(corner[t]), static_cast<int>(corner[t + 1]),
+                       static_cast<int>(corner[t + 2]));
     // The list counts three freedoms a node.
-    for (const double f : lists.at("fixed"))
-      body.held.insert(6 * (static_cast<int>(f) / 3) + static_cast<int>(f) % 3);
+    for (const double f : lists.at("fixed")) {
+      const auto freedom = static_cast<std::size_t>(f);
+      body.held.insert(6 * (freedom / 3) + freedom % 3);
+    }
   }
 
-  Column<std::array<Vector3, 3>> turns() const {
+  /// Of every triangle, from 0.
+  std::vector<std::array<Vector3, 3>> turns() const {
     Column<std::array<int, 3>> triangle;
     Column<Vector3> node;
-    for (const auto& t : body.triangle) triangle.push_back({t[0] + 1, t[1] + 1, t[2] + 1});
+    const auto number = [](std::size_t from0) { return static_cast<int>(from0) + 1; };
+    for (const auto& t : body.triangle) triangle.push_back({number(t[0]), number(t[1]), number(t[2])});
     for (const Vector3& p : body.node) node.push_back(p);
-    return foldTurns(triangle, node);
+    const auto turn = foldTurns(triangle, node);
+    return {turn.begin(), turn.end()};
   }
 
   testing_support::NumberLists lists;
@@ -59,7 +64,7 @@ TEST_P(FoldedPart, HasTheDisplacementsOfAnIndependentProgram) {
     loading.stress = {5.0, 2.0, 0.0};
     loading.strainAcross = -90.0 * 8e-5;
     part.form(2.0, testing_support::isotropicStiffness(2000.0, 0.4), fibre, [&](std::size_t t) {
-      if (withTurns) loading.turn = turn[t + 1];
+      if (withTurns) loading.turn = turn[t];
       return &loading;
     });
     const std::vector<double> u = part.solve();
@@ -78,7 +83,7 @@ class ShellOfTheLiterature : public testing_support::ModelTest {};
 // MacNeal and Harder, Finite Elements in Analysis and Design 1 (1985) 3-20: along y, then along z.
 TEST_F(ShellOfTheLiterature, TwistedBeam) {
   for (const auto& [direction, reference, expected] :
-       {std::tuple{2, 0.005424, 0.995}, std::tuple{1, 0.001754, 0.998}}) {
+       {std::tuple{2u, 0.005424, 0.995}, std::tuple{1u, 0.001754, 0.998}}) {
     const auto place = [](double s, double t) {
       const double angle = 0.5 * pi * s, y = 1.1 * (t - 0.5);
       return Vector3{12.0 * s, y * std::cos(angle), y * std::sin(angle)};
@@ -86,7 +91,7 @@ TEST_F(ShellOfTheLiterature, TwistedBeam) {
     ShellBody body = ShellBody::grid(24, 4, place);
     body.hold([](const Vector3& p) { return p[0] < 1e-9; }, {0, 1, 2, 3, 4, 5});
     body.form(0.32, testing_support::isotropicStiffness(29e6, 0.22));
-    const int loaded = 6 * body.nearest({12.0, 0.0, 0.0}) + direction;
+    const std::size_t loaded = 6 * body.nearest({12.0, 0.0, 0.0}) + direction;
     body.force[loaded] = 1.0;
     EXPECT_NEAR(body.solve()[loaded] / reference, expected, 0.005) << direction;
   }
@@ -105,7 +110,7 @@ TEST_F(ShellOfTheLiterature, ScordelisLoRoof) {
   body.form(0.25, testing_support::isotropicStiffness(4.32e8, 0.0));
   for (const auto& t : body.triangle) {
     const Vector3 normal = cross(body.node[t[1]] - body.node[t[0]], body.node[t[2]] - body.node[t[0]]);
-    for (const int n : t) body.force[6 * n + 2] -= 90.0 * norm(normal) / 6.0;
+    for (const std::size_t n : t) body.force[6 * n + 2] -= 90.0 * norm(normal) / 6.0;
   }
   EXPECT_NEAR(body.solve()[6 * body.nearest(place(0.0, 1.0)) + 2] / -0.3024, 0.996, 0.005);
 }
@@ -122,7 +127,7 @@ TEST_F(ShellOfTheLiterature, PinchedCylinder) {
   body.hold([](const Vector3& p) { return p[0] > 300.0 - 1e-9; }, {1, 2});  // the diaphragm
   body.rotationLength = 3.0;
   body.form(3.0, testing_support::isotropicStiffness(3e6, 0.3));
-  const int top = 6 * body.nearest({0.0, 0.0, 300.0}) + 2;
+  const std::size_t top = 6 * body.nearest({0.0, 0.0, 300.0}) + 2;
   body.force[top] = -0.25;
   EXPECT_NEAR(body.solve()[top] / -1.8248e-5, 1.003, 0.005);
 }
@@ -139,7 +144,7 @@ TEST_F(ShellOfTheLiterature, HemisphereWithHole) {
   body.hold([](const Vector3& p) { return p[0] < 1e-9; }, {0, 4, 5});
   body.rotationLength = 0.04;
   body.form(0.04, testing_support::isotropicStiffness(6.825e7, 0.3));
-  const int pulled = 6 * body.nearest({10, 0, 0}), pushed = 6 * body.nearest({0, 10, 0}) + 1;
+  const std::size_t pulled = 6 * body.nearest({10, 0, 0}), pushed = 6 * body.nearest({0, 10, 0}) + 1;
   body.held.insert(pulled + 2);
   body.force[pulled] = 1.0;
   body.force[pushed] = -1.0;
@@ -153,7 +158,7 @@ TEST_F(ShellOfTheLiterature, HemisphereWithHole) {
 TEST_F(ShellOfTheLiterature, RibBentInItsPlane) {
   constexpr double length = 120.0, height = 10.0, wall = 2.0, modulus = 2000.0;
   for (const auto& [along, up, expected] :
-       {std::tuple{9, 1, 1.142}, std::tuple{24, 2, 1.025}, std::tuple{60, 5, 1.004}}) {
+       {std::tuple{9u, 1u, 1.142}, std::tuple{24u, 2u, 1.025}, std::tuple{60u, 5u, 1.004}}) {
     const auto place = [](double s, double t) { return Vector3{length * s, 0.0, height * (t - 0.5)}; };
     ShellBody body = ShellBody::grid(along, up, place);
     body.hold([](const Vector3&) { return true; }, {1, 3, 5});  // all stays in the plane
@@ -161,8 +166,8 @@ TEST_F(ShellOfTheLiterature, RibBentInItsPlane) {
     body.held.insert(6 * body.nearest({0.0, 0.0, -0.5 * height}) + 2);
     body.form(wall, testing_support::isotropicStiffness(modulus, 0.4));
     const double inertia = wall * height * height * height / 12.0, step = height / up;
-    for (int j = 0; j < up; ++j) {  // the traction wall x z / inertia, linear between two nodes
-      const int low = along * (up + 1) + j;
+    for (std::size_t j = 0; j < up; ++j) {  // the traction wall x z / inertia, linear between two nodes
+      const std::size_t low = along * (up + 1) + j;
       const double zLow = body.node[low][2], zHigh = body.node[low + 1][2];
       body.force[6 * low] += wall * step * (2.0 * zLow + zHigh) / 6.0 / inertia;
       body.force[6 * (low + 1)] += wall * step * (zLow + 2.0 * zHigh) / 6.0 / inertia;

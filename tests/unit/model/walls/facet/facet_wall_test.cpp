@@ -34,16 +34,16 @@ using testing_support::TestMesh;
 
 constexpr double cooling = 100.0, expansion = 7e-5;  // K and 1/K of loadModel
 
-double longest(const std::vector<Vector3>& vectors) {
+double longest(const Column<Vector3>& vectors) {
   double result = 0.0;
   for (const Vector3& v : vectors) result = std::max(result, norm(v));
   return result;
 }
 
 /// Largest difference of two displacement fields beside a rigid motion, over the longest displacement.
-double difference(const std::vector<Vector3>& place, std::vector<Vector3> a, const std::vector<Vector3>& b) {
+double difference(const Column<Vector3>& place, Column<Vector3> a, const Column<Vector3>& b) {
   const double length = longest(b);
-  for (std::size_t n = 1; n < a.size(); ++n) a[n] = a[n] - b[n];
+  for (int n = 1; n <= a.rows(); ++n) a[n] = a[n] - b[n];
   return longest(testing_support::withoutRigidMotion(place, a)) / length;
 }
 
@@ -94,8 +94,8 @@ void setUnevenWalls() {
 
 /// Difference from the part as it was, smaller by what it cools.
 double differenceFromScale(const Deformation& d) {
-  std::vector<Vector3> scaled(d.place.size());
-  for (std::size_t n = 1; n < scaled.size(); ++n) scaled[n] = -expansion * cooling * d.place[n];
+  Column<Vector3> scaled(d.place.rows());
+  for (int n = 1; n <= scaled.rows(); ++n) scaled[n] = -expansion * cooling * d.place[n];
   return difference(d.place, d.total, scaled);
 }
 
@@ -136,7 +136,7 @@ TEST_P(FacetPart, HasOneShapeWhateverHoldsItWhereverItLiesAndHoweverItIsNumbered
   });
   EXPECT_LT(difference(first.place, held.total, first.total), 1e-9);
   EXPECT_LT(difference(first.place, held.inMold, first.inMold), 1e-9);
-  for (std::size_t n = 1; n < first.sinkMark.size(); ++n)
+  for (int n = 1; n <= first.sinkMark.rows(); ++n)
     EXPECT_NEAR(held.sinkMark[n], first.sinkMark[n], 1e-9 * 0.2) << n;
 
   const Deformation overturned =
@@ -150,8 +150,8 @@ TEST_P(FacetPart, HasOneShapeWhateverHoldsItWhereverItLiesAndHoweverItIsNumbered
 
   const Deformation moved = deformed(testing_support::moved(mesh, rotation, {3, -2, 5}), facet_walls,
                                      [&] { setUnevenFields(rotation, false); });
-  std::vector<Vector3> turnedBack(moved.total.size());
-  for (std::size_t n = 1; n < turnedBack.size(); ++n) {
+  Column<Vector3> turnedBack(moved.total.rows());
+  for (int n = 1; n <= turnedBack.rows(); ++n) {
     const Vector3& u = moved.total[n];
     turnedBack[n] = u[0] * rotation[0] + u[1] * rotation[1] + u[2] * rotation[2];
   }
@@ -207,7 +207,7 @@ TEST_F(FacetWallTest, IsEqualToTheWedgeOnAFlatPlateOfFibresUnderStress) {
   EXPECT_LT(difference(wedge.place, facet.inMold, wedge.inMold), 1e-9);
   const double deepest = *std::max_element(wedge.sinkMark.begin(), wedge.sinkMark.end());
   EXPECT_GT(deepest, 0.0);
-  for (std::size_t n = 1; n < wedge.sinkMark.size(); ++n)
+  for (int n = 1; n <= wedge.sinkMark.rows(); ++n)
     EXPECT_NEAR(facet.sinkMark[n], wedge.sinkMark[n], 1e-9 * deepest) << n;
 }
 
@@ -218,8 +218,8 @@ TEST_F(FacetWallTest, APlateHotterAboveBecomesABowlOfTheExactCurvature) {
     for (double& t : elementTemperatureField.sideTemperature2) t = 420.0;
   });
   const double curvature = expansion * 20.0 / 0.2;
-  std::vector<Vector3> bowl(d.place.size());
-  for (std::size_t n = 1; n < bowl.size(); ++n) {
+  Column<Vector3> bowl(d.place.rows());
+  for (int n = 1; n <= bowl.rows(); ++n) {
     const auto& [x, y, z] = d.place[n];
     bowl[n] = {-expansion * 110.0 * x, -expansion * 110.0 * y, 0.5 * curvature * (x * x + y * y)};
   }
@@ -262,7 +262,7 @@ TEST_F(FacetWallTest, PartsHaveTheSixRigidMotionsAndNoOther) {
   for (const FlatPart& part : flatParts) {
     testing_support::ShellBody body;
     body.node = part.mesh.node;
-    for (const auto& t : part.mesh.triangle) body.triangle.push_back({t[0] - 1, t[1] - 1, t[2] - 1});
+    for (const auto& t : part.mesh.triangle) body.addTriangle(t[0] - 1, t[1] - 1, t[2] - 1);
     body.form(0.2, testing_support::isotropicStiffness(2e10, 0.4));
     for (std::size_t motion = 0; motion < 6; ++motion) {
       Vector3 shift{}, spin{};
@@ -282,20 +282,20 @@ TEST_F(FacetWallTest, PartsHaveTheSixRigidMotionsAndNoOther) {
 
 // A strip with a moment at its ends bends with M / (E I), whatever Poisson's ratio: its long sides are free.
 TEST_F(FacetWallTest, AStripUnderEndMomentsHasTheCurvatureOfABeam) {
-  constexpr int along = 9, across = 2;
+  constexpr std::size_t along = 9, across = 2;
   auto strip = testing_support::ShellBody::grid(along, across, [](double s, double t) {
     return Vector3{10.0 * s, t, 0.0};
   });
   strip.form(0.2, testing_support::isotropicStiffness(2e10, 0.4));
   strip.held = {0, 1, 2, 3, 4, 5};
-  for (int j = 0; j <= across; ++j) {
+  for (std::size_t j = 0; j <= across; ++j) {
     const double share = (j == 0 || j == across ? 0.5 : 1.0) / across;
     strip.force[6 * j + 4] = -share;
     strip.force[6 * (along * (across + 1) + j) + 4] = share;
   }
   const std::vector<double> u = strip.solve();
   const double inertia = 0.2 * 0.2 * 0.2 / 12.0;
-  const int end = 6 * along * (across + 1);
+  const std::size_t end = 6 * along * (across + 1);
   EXPECT_NEAR(-u[end + 2] * 2.0 / 100.0 / (1.0 / (2e10 * inertia)), 1.0, 1e-6);
 }
 

@@ -113,7 +113,7 @@ bool setThickness(choices& c) {
 
 void setList(choices& c, keld::CountedList& list, std::initializer_list<double> from, int least) {
   list.count = least + c.below(3);
-  for (int i = 1; i <= list.count; ++i) list.value[static_cast<std::size_t>(i)] = c.of(from);
+  for (int i = 1; i <= list.count; ++i) list.value[i] = c.of(from);
 }
 
 bool setMaterial(choices& c) {

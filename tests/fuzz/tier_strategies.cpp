@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "fuzz/choices.h"
+#include "support/tier/sparse_system.h"
 #include "tier/api/tier.h"
+#include "tier/store/numbered.h"
 #include "tier/store/parameters.h"
 #include "tier/store/work_arrays.h"
 
@@ -15,6 +17,7 @@ namespace {
 
 using fuzz::choices;
 using fuzz::require;
+using testing_support::position;
 
 struct system_of_points {
   int n = 0, nsys = 1;
@@ -36,15 +39,15 @@ system_of_points make_system(choices& c) {
   s.symmetric = c.below(2) == 0;
   const int width = 2 + c.below(9), points = width * (2 + c.below(9));
   s.n = points * s.nsys;
-  std::vector<std::vector<std::pair<int, double>>> rows(static_cast<std::size_t>(s.n) + 1);
+  tier::numbered_list<std::vector<std::pair<int, double>>> rows(s.n + 1);  // row 0 is empty
   const auto couple = [&](int p, int q) {
     for (int i = 1; i <= s.nsys; ++i)
       for (int j = 1; j <= s.nsys; ++j) {
         const double w = weight(c, i == j);
         const int row = (p - 1) * s.nsys + i, column = (q - 1) * s.nsys + j;
         if (w == 0.0) continue;
-        rows[static_cast<std::size_t>(row)].emplace_back(column, w);
-        rows[static_cast<std::size_t>(column)].emplace_back(row, s.symmetric ? w : w * c.of({1.0, 0.5, 2.0}));
+        rows[row].emplace_back(column, w);
+        rows[column].emplace_back(row, s.symmetric ? w : w * c.of({1.0, 0.5, 2.0}));
       }
   };
   for (int p = 1; p <= points; ++p) {
@@ -53,10 +56,10 @@ system_of_points make_system(choices& c) {
   }
   for (int i = 1; i <= s.n; ++i) {
     double sum = 0.0;
-    for (const auto& [column, w] : rows[static_cast<std::size_t>(i)]) sum += std::abs(w);
+    for (const auto& [column, w] : rows[i]) sum += std::abs(w);
     s.ja.push_back(i);
     s.a.push_back(sum + c.of({0.0, 0.01, 1.0}) + (i <= s.nsys ? 1.0 : 0.0));
-    for (const auto& [column, w] : rows[static_cast<std::size_t>(i)]) {
+    for (const auto& [column, w] : rows[i]) {
       s.ja.push_back(column);
       s.a.push_back(w);
     }
@@ -64,8 +67,8 @@ system_of_points make_system(choices& c) {
     s.iu.push_back((i - 1) % s.nsys + 1);
     s.ip.push_back((i - 1) / s.nsys + 1);
   }
-  s.f.assign(static_cast<std::size_t>(s.n), 1.0);
-  s.u.assign(static_cast<std::size_t>(s.n), 0.0);
+  s.f.assign(s.ip.size(), 1.0);
+  s.u.assign(s.ip.size(), 0.0);
   s.iscale.assign(static_cast<std::size_t>(s.nsys), 0);
   return s;
 }
@@ -117,9 +120,8 @@ double residual(const system_of_points& s) {
   double sum = 0.0;
   for (std::size_t i = 0; i < s.f.size(); ++i) {
     double r = s.f[i];
-    for (int j = s.ia[i]; j < s.ia[i + 1]; ++j)
-      r -= s.a[static_cast<std::size_t>(j) - 1] *
-           s.u[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(j) - 1]) - 1];
+    for (std::size_t p = position(s.ia[i]); p < position(s.ia[i + 1]); ++p)
+      r -= s.a[p] * s.u[position(s.ja[p])];
     sum += r * r;
   }
   return std::sqrt(sum / static_cast<double>(s.f.size()));  // f is 1 in every row
@@ -138,8 +140,7 @@ void check_call(choices& c, system_of_points& s, int nsolve, int run) {
        &none);
   require(ia == s.ia, "ia has changed");
   for (int i = 1; i <= s.n; ++i)
-    require(s.ja[static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i) - 1]) - 1] == i,
-            "a diagonal isn't first in its row");
+    require(s.ja[position(s.ia[position(i)])] == i, "a diagonal isn't first in its row");
   if (ierr > 0 || run == 5) require(tier::memory().nisum == 0 && tier::memory().ndsum == 0, "memory is held");
   if (ierr != 0) return;
   require(residual(s) <= 1.01e-8, "success is reported with another residual");

@@ -16,6 +16,7 @@
 #include "tier/setup/prepare_opdfn.h"
 #include "tier/solve/tier_solve.h"
 #include "tier/store/info.h"
+#include "tier/store/numbered.h"
 #include "tier/store/threads.h"
 
 namespace {
@@ -153,22 +154,20 @@ void test_run::coarsen_line() {
     coarse_of.push_back(i % 2 == 0 ? i / 2 : -1);
     p.push_back(row);
   }
-  const auto size = static_cast<std::size_t>(coarse);
-  std::vector<std::vector<double>> product(size, std::vector<double>(size, 0.0));
+  using row_by_number = tier::numbered_list<double>;
+  tier::numbered_list<row_by_number> product(coarse + 1, row_by_number(coarse + 1));  // 0 is unused
   for (int i = 1; i <= n; ++i)
     for (int k = fine.ia[i]; k < fine.ia[i + 1]; ++k)
-      for (const auto& [row, left] : p[static_cast<std::size_t>(i) - 1])
-        for (const auto& [column, right] : p[static_cast<std::size_t>(fine.ja[k]) - 1])
-          product[static_cast<std::size_t>(row) - 1][static_cast<std::size_t>(column) - 1] +=
-              left * fine.a[k] * right;
+      for (const auto& [row, left] : p[position(i)])
+        for (const auto& [column, right] : p[position(fine.ja[k])])
+          product[row][column] += left * fine.a[k] * right;
   sparse_system next;
   for (int i = 1; i <= coarse; ++i) {
     std::vector<std::pair<int, double>> others;
-    const auto& row = product[static_cast<std::size_t>(i) - 1];
+    const row_by_number& row = product[i];
     for (int j = 1; j <= coarse; ++j)
-      if (j != i && row[static_cast<std::size_t>(j) - 1] != 0.0)
-        others.emplace_back(j, row[static_cast<std::size_t>(j) - 1]);
-    next.add_row(row[static_cast<std::size_t>(i) - 1], others);
+      if (j != i && row[j] != 0.0) others.emplace_back(j, row[j]);
+    next.add_row(row[i], others);
   }
   add_level(next, coarse_of, p);
 }
@@ -186,10 +185,10 @@ void read_levels(const std::string& folder, test_run& run) {
     int coarse = 0;
     for (std::ifstream in(stem + ".state"); in;) {
       int i = 0, state = 0;
-      if (in >> i >> state) coarse_of[static_cast<std::size_t>(i) - 1] = state == 1 ? ++coarse : state;
+      if (in >> i >> state) coarse_of[position(i)] = state == 1 ? ++coarse : state;
     }
     for (const auto& [i, j, weight] : read_entries(stem + ".interp"))
-      interpolation[static_cast<std::size_t>(i) - 1].emplace_back(j, weight);
+      interpolation[position(i)].emplace_back(j, weight);
     run.add_level(operator_of(read_entries(folder + "/level" + std::to_string(k + 1) + ".matrix")), coarse_of,
                   interpolation);
   }

@@ -19,7 +19,7 @@ prepared_level::prepared_level(sparse_system system, const tier::strength_option
 prepared_level::prepared_level(sparse_system system, const std::vector<int>& states,
                                const tier::strength_options& o)
     : prepared_level(std::move(system), o) {
-  for (int i = 1; i <= lv.n; ++i) lv.icg[i] = states[static_cast<std::size_t>(i) - 1];
+  for (int i = 1; i <= lv.n; ++i) lv.icg[i] = states[position(i)];
 }
 
 void prepared_level::split() { tier::pcol(tier::couplings_of(lv, s.nsys > 1), {}, lv.icg); }

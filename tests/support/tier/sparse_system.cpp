@@ -8,6 +8,8 @@
 #include <random>
 #include <stdexcept>
 
+#include "tier/store/numbered.h"
+
 namespace testing_support {
 
 void sparse_system::add_row(double diagonal, const std::vector<std::pair<int, double>>& others) {
@@ -24,9 +26,9 @@ void sparse_system::add_row(double diagonal, const std::vector<std::pair<int, do
 
 double sparse_system::entry(int i, int j) const {
   double sum = 0.0;
-  for (auto p = static_cast<std::size_t>(ia[static_cast<std::size_t>(i) - 1]);
-       p < static_cast<std::size_t>(ia[static_cast<std::size_t>(i)]); ++p)
-    if (ja[p - 1] == j) sum += a[p - 1];
+  const std::size_t row = position(i);
+  for (std::size_t p = position(ia[row]); p < position(ia[row + 1]); ++p)
+    if (ja[p] == j) sum += a[p];
   return sum;
 }
 
@@ -85,18 +87,17 @@ sparse_system coupled(const sparse_system& scalar, int nsys, double coupling) {
   sparse_system s;
   s.nsys = nsys;
   for (int i = 1; i <= scalar.n; ++i) {
+    const std::size_t first = position(scalar.ia[position(i)]), end = position(scalar.ia[position(i + 1)]);
     for (int function = 1; function <= nsys; ++function) {
-      const auto first = static_cast<std::size_t>(scalar.ia[static_cast<std::size_t>(i) - 1]);
-      const auto end = static_cast<std::size_t>(scalar.ia[static_cast<std::size_t>(i)]);
       std::vector<std::pair<int, double>> others;
       for (std::size_t p = first; p < end; ++p) {
         for (int g = 1; g <= nsys; ++g) {
-          const int column = (scalar.ja[p - 1] - 1) * nsys + g;
-          if (g == function && p > first) others.emplace_back(column, scalar.a[p - 1]);
-          if (g != function) others.emplace_back(column, coupling * scalar.a[p - 1]);
+          const int column = (scalar.ja[p] - 1) * nsys + g;
+          if (g == function && p > first) others.emplace_back(column, scalar.a[p]);
+          if (g != function) others.emplace_back(column, coupling * scalar.a[p]);
         }
       }
-      s.add_row(scalar.a[first - 1], others);
+      s.add_row(scalar.a[first], others);
       s.iu.push_back(function);
       s.ip.push_back(i);
     }
@@ -108,18 +109,17 @@ sparse_system random_system(int n, int degree, double positive_share, unsigned s
   std::mt19937 random(seed);
   std::uniform_int_distribution<int> row(1, n);
   std::uniform_real_distribution<double> size(0.05, 1.0), share(0.0, 1.0);
-  std::vector<std::map<int, double>> others(static_cast<std::size_t>(n) + 1);
+  tier::numbered_list<std::map<int, double>> others(n + 1);  // row 0 is empty
   for (int edge = 0; edge < n * degree / 2; ++edge) {
     const int i = row(random), j = row(random);
     if (i == j) continue;
     const double v = size(random) * (share(random) < positive_share ? 0.5 : -1.0);
-    others[static_cast<std::size_t>(i)][j] = others[static_cast<std::size_t>(j)][i] = v;
+    others[i][j] = others[j][i] = v;
   }
   sparse_system s;
   for (int i = 1; i <= n; ++i) {
     double diagonal = 0.01;
-    std::vector<std::pair<int, double>> row_of(others[static_cast<std::size_t>(i)].begin(),
-                                               others[static_cast<std::size_t>(i)].end());
+    std::vector<std::pair<int, double>> row_of(others[i].begin(), others[i].end());
     for (const auto& [column, v] : row_of) diagonal += std::abs(v);
     std::shuffle(row_of.begin(), row_of.end(), random);
     s.add_row(diagonal, row_of);

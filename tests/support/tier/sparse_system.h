@@ -2,6 +2,7 @@
 // them. Used by the tests of set-up and solution.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +10,9 @@
 #include "tier/store/hierarchy.h"
 
 namespace testing_support {
+
+/// Where what is counted from 1 stands in a vector.
+constexpr std::size_t position(int number) { return static_cast<std::size_t>(number - 1); }
 
 /// 1-based compressed rows in 0-based vectors, diagonal first.
 struct sparse_system {

@@ -2,19 +2,21 @@
 #include "support/tier/systems.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 #include <numeric>
 #include <random>
 
+#include "tier/store/numbered.h"
+
 namespace testing_support {
 
 namespace {
 
-using row_map = std::map<int, double>;
+using row_map = std::map<int, double>;          // values by column, from 1
+using row_list = tier::numbered_list<row_map>;  // from 0
 
-sparse_system from_rows(const std::vector<row_map>& rows) {
+sparse_system from_rows(const row_list& rows) {
   sparse_system s;
   for (const row_map& row : rows) {
     const int i = s.n + 1;
@@ -27,25 +29,24 @@ sparse_system from_rows(const std::vector<row_map>& rows) {
 }
 
 /// Star of 3 x 3 weights, rows from south to north, on m x m with zero boundary values.
-sparse_system nine_point(int m, const std::array<double, 9>& star) {
-  std::vector<row_map> rows(static_cast<std::size_t>(m) * static_cast<std::size_t>(m));
+sparse_system nine_point(int m, const double (&star)[9]) {
+  row_list rows(m * m);
   for (int y = 0; y < m; ++y)
     for (int x = 0; x < m; ++x)
       for (int dy = -1; dy <= 1; ++dy)
         for (int dx = -1; dx <= 1; ++dx) {
           const bool inside = x + dx >= 0 && x + dx < m && y + dy >= 0 && y + dy < m;
-          const double value = star[static_cast<std::size_t>(3 * (dy + 1) + dx + 1)];
-          if (inside && value != 0.0)
-            rows[static_cast<std::size_t>(y * m + x)][(y + dy) * m + x + dx + 1] = value;
+          const double value = star[3 * (dy + 1) + dx + 1];
+          if (inside && value != 0.0) rows[y * m + x][(y + dy) * m + x + dx + 1] = value;
         }
   return from_rows(rows);
 }
 
 /// Stiffness of a unit square of bilinear plane stress, 2 x 2 Gauss points; nodes (0,0) (1,0) (1,1) (0,1).
-std::array<std::array<double, 8>, 8> square_stiffness() {
+tier::numbered<tier::numbered<double, 8>, 8> square_stiffness() {
   constexpr double nu = 0.3, scale = 1.0 / (1.0 - nu * nu);
   constexpr double corner[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
-  std::array<std::array<double, 8>, 8> k{};
+  tier::numbered<tier::numbered<double, 8>, 8> k{};
   for (const auto& gauss : corner) {
     const double x = gauss[0] / std::sqrt(3.0), y = gauss[1] / std::sqrt(3.0);
     double b[3][8] = {};
@@ -56,8 +57,8 @@ std::array<std::array<double, 8>, 8> square_stiffness() {
       b[1][2 * n + 1] = b[2][2 * n] = dy;
     }
     const double d[3][3] = {{scale, nu * scale, 0}, {nu * scale, scale, 0}, {0, 0, 0.5 * (1 - nu) * scale}};
-    for (std::size_t i = 0; i < 8; ++i)
-      for (std::size_t j = 0; j < 8; ++j)
+    for (int i = 0; i < 8; ++i)
+      for (int j = 0; j < 8; ++j)
         for (int p = 0; p < 3; ++p)
           for (int q = 0; q < 3; ++q) k[i][j] += 0.25 * b[p][i] * d[p][q] * b[q][j];
   }
@@ -112,7 +113,7 @@ sparse_system plane_stress(int mx, int my) {
   const auto free_number = [my](int x, int y, int function) {
     return 2 * ((x - 1) * (my + 1) + y) + function;
   };
-  std::vector<row_map> rows(static_cast<std::size_t>(2 * mx * (my + 1)));
+  row_list rows(2 * mx * (my + 1));
   constexpr int corner[4][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
   for (int ex = 0; ex < mx; ++ex)
     for (int ey = 0; ey < my; ++ey)
@@ -121,15 +122,14 @@ sparse_system plane_stress(int mx, int my) {
           const int xi = ex + corner[i / 2][0], xj = ex + corner[j / 2][0];
           if (xi == 0 || xj == 0) continue;  // clamped
           const int row = free_number(xi, ey + corner[i / 2][1], i % 2 + 1);
-          rows[static_cast<std::size_t>(row) - 1][free_number(xj, ey + corner[j / 2][1], j % 2 + 1)] +=
-              k[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+          rows[row - 1][free_number(xj, ey + corner[j / 2][1], j % 2 + 1)] += k[i][j];
         }
   sparse_system s = from_rows(rows);
   s.nsys = 2;
   for (int i = 0; i < s.n; ++i) {
     s.iu.push_back(i % 2 + 1);
     s.ip.push_back(i / 2 + 1);
-    s.f[static_cast<std::size_t>(i)] = i % 2 == 1 && i / 2 >= (mx - 1) * (my + 1) ? -1.0 : 0.0;
+    s.f[position(i + 1)] = i % 2 == 1 && i / 2 >= (mx - 1) * (my + 1) ? -1.0 : 0.0;
   }
   return s;
 }
@@ -138,9 +138,9 @@ sparse_system random_rows(int n, int per_row, double diagonal, unsigned seed) {
   std::mt19937 random(seed);
   std::uniform_real_distribution<double> value(-1.0, 1.0);
   std::uniform_int_distribution<int> column(1, n);
-  std::vector<row_map> rows(static_cast<std::size_t>(n));
+  row_list rows(n);
   for (int i = 1; i <= n; ++i) {
-    row_map& row = rows[static_cast<std::size_t>(i) - 1];
+    row_map& row = rows[i - 1];
     for (int k = 1; k < per_row; ++k) row[column(random)] = value(random);
     row[i] = diagonal * (1.0 + 0.5 * value(random));
   }
@@ -151,11 +151,10 @@ sparse_system two_faces(int m) {
   const sparse_system face = five_point(m);
   sparse_system s;
   for (int i = 0; i < 2 * face.n; ++i) {
-    const auto row = static_cast<std::size_t>(i % face.n);
+    const std::size_t row = position(i % face.n + 1);
     const int shift = i < face.n ? 0 : face.n;
     std::vector<std::pair<int, double>> others;
-    for (auto p = static_cast<std::size_t>(face.ia[row]); p < static_cast<std::size_t>(face.ia[row + 1]) - 1;
-         ++p)
+    for (std::size_t p = position(face.ia[row]) + 1; p < position(face.ia[row + 1]); ++p)
       others.emplace_back(face.ja[p] + shift, face.a[p]);
     others.emplace_back(i < face.n ? i + 1 + face.n : i + 1 - face.n, -20.0);
     s.add_row(24.0, others);
@@ -167,41 +166,37 @@ sparse_system normal_equations(int n, int per_row, unsigned seed) {
   std::mt19937 random(seed);
   std::uniform_real_distribution<double> value(-1.0, 1.0);
   std::uniform_int_distribution<int> column(1, n);
-  std::vector<row_map> rows(static_cast<std::size_t>(n));
-  for (int i = 1; i <= n; ++i) rows[static_cast<std::size_t>(i) - 1][i] = 0.1;
+  row_list rows(n);
+  for (int i = 1; i <= n; ++i) rows[i - 1][i] = 0.1;
   for (int k = 0; k < n; ++k) {
     row_map b;
     for (int e = 0; e < per_row; ++e) b[column(random)] = value(random);
     for (const auto& [i, x] : b)
-      for (const auto& [j, y] : b) rows[static_cast<std::size_t>(i) - 1][j] += x * y;
+      for (const auto& [j, y] : b) rows[i - 1][j] += x * y;
   }
   return from_rows(rows);
 }
 
 sparse_system renumbered(const sparse_system& s, unsigned seed) {
   const int per_point = s.ip.empty() ? 1 : s.nsys, points = s.n / per_point;
-  std::vector<int> place(static_cast<std::size_t>(points));
+  tier::numbered_list<int> place(points);
   std::iota(place.begin(), place.end(), 0);
   std::shuffle(place.begin(), place.end(), std::mt19937(seed));
-  const auto number = [&](int i) {
-    return place[static_cast<std::size_t>((i - 1) / per_point)] * per_point + (i - 1) % per_point + 1;
-  };
-  std::vector<row_map> rows(static_cast<std::size_t>(s.n));
+  const auto number = [&](int i) { return place[(i - 1) / per_point] * per_point + (i - 1) % per_point + 1; };
+  row_list rows(s.n);
   for (int i = 1; i <= s.n; ++i)
-    for (int p = s.ia[static_cast<std::size_t>(i) - 1]; p < s.ia[static_cast<std::size_t>(i)]; ++p)
-      rows[static_cast<std::size_t>(number(i)) - 1][number(s.ja[static_cast<std::size_t>(p) - 1])] =
-          s.a[static_cast<std::size_t>(p) - 1];
+    for (std::size_t p = position(s.ia[position(i)]); p < position(s.ia[position(i + 1)]); ++p)
+      rows[number(i) - 1][number(s.ja[p])] = s.a[p];
   sparse_system t = from_rows(rows);
   t.nsys = s.nsys;
   t.iu = s.iu;
   t.ip = s.ip;
-  for (int i = 1; i <= s.n; ++i)
-    t.f[static_cast<std::size_t>(number(i)) - 1] = s.f[static_cast<std::size_t>(i) - 1];
+  for (int i = 1; i <= s.n; ++i) t.f[position(number(i))] = s.f[position(i)];
   return t;
 }
 
 void set_known_solution(sparse_system& s) {
-  std::vector<double> x(static_cast<std::size_t>(s.n));
+  std::vector<double> x(s.f.size());
   for (std::size_t i = 0; i < x.size(); ++i) x[i] = std::sin(static_cast<double>(i + 1));
   std::fill(s.f.begin(), s.f.end(), 0.0);
   const std::vector<double> minus = residual_of(s, x);
@@ -211,8 +206,8 @@ void set_known_solution(sparse_system& s) {
 std::vector<double> residual_of(const sparse_system& s, const std::vector<double>& u) {
   std::vector<double> r(s.f);
   for (std::size_t i = 0; i < r.size(); ++i)
-    for (auto p = static_cast<std::size_t>(s.ia[i]); p < static_cast<std::size_t>(s.ia[i + 1]); ++p)
-      r[i] -= s.a[p - 1] * u[static_cast<std::size_t>(s.ja[p - 1]) - 1];
+    for (std::size_t p = position(s.ia[i]); p < position(s.ia[i + 1]); ++p)
+      r[i] -= s.a[p] * u[position(s.ja[p])];
   return r;
 }
 

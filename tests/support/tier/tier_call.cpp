@@ -41,9 +41,8 @@ double tier_call::relative_residual() const {
   double residual = 0.0, norm = 0.0;
   for (std::size_t i = 0; i < s.f.size(); ++i) {
     double r = s.f[i];
-    for (int j = s.ia[i]; j < s.ia[i + 1]; ++j)
-      r -= s.a[static_cast<std::size_t>(j - 1)] *
-           s.u[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(j - 1)] - 1)];
+    for (std::size_t p = position(s.ia[i]); p < position(s.ia[i + 1]); ++p)
+      r -= s.a[p] * s.u[position(s.ja[p])];
     residual += r * r;
     norm += s.f[i] * s.f[i];
   }

@@ -115,8 +115,7 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
   assemble(2, 2);
 
   // Full matrix over all freedoms in global axes, then the held ones left out.
-  const auto size = static_cast<std::size_t>(freedoms.dofCount) + 1;
-  std::vector<std::vector<double>> full(size, std::vector<double>(size, 0.0));
+  Column<Column<double>> full(freedoms.dofCount, Column<double>(freedoms.dofCount));
   for (int e = 1; e <= elementTable.partElementCount; ++e) {
     const ResidualStressField& field = residualStressField;
     const auto& c = materialConstants[field.kindFraction[e] > 0.5 ? 1 : 2].stiffness;
@@ -132,11 +131,9 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
       inFrame[i] = freedoms.nodeRestraint[nodes[i]] <= -2;
     }
     changeBasis(inFrame, restraintFrames[1], &element, unused);
+    const auto freedom = [&](std::size_t i) { return 3 * nodes[i / 3] - 2 + static_cast<int>(i % 3); };
     for (std::size_t i = 0; i < 18; ++i) {
-      for (std::size_t j = 0; j < 18; ++j) {
-        full[static_cast<std::size_t>(3 * (nodes[i / 3] - 1) + 1) + i % 3]
-            [static_cast<std::size_t>(3 * (nodes[j / 3] - 1) + 1) + j % 3] += element[18 * i + j];
-      }
+      for (std::size_t j = 0; j < 18; ++j) full[freedom(i)][freedom(j)] += element[18 * i + j];
     }
   }
   for (int row = 1; row <= freedoms.freeDofCount; ++row) {
@@ -144,8 +141,7 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
     for (int p = systemOfPass.rowStart[row]; p < systemOfPass.rowStart[row + 1]; ++p) {
       const int column = systemOfPass.columnIndex[p];
       EXPECT_TRUE(columns.insert(column).second) << "a column twice";
-      auto& reference = full[static_cast<std::size_t>(freedoms.freeDofList[row])]
-                            [static_cast<std::size_t>(freedoms.freeDofList[column])];
+      double& reference = full[freedoms.freeDofList[row]][freedoms.freeDofList[column]];
       EXPECT_NEAR(systemOfPass.matrixValue[p], reference, 1e-12 * largestOf(systemOfPass.matrixValue));
       reference = 0.0;
     }
@@ -153,8 +149,7 @@ TEST_F(Assembly, EqualsADenseAssemblyOfTheElements) {
   }
   double missed = 0.0;  // entries of free pairs that the pattern doesn't hold
   for (const int i : freedoms.freeDofList)
-    for (const int j : freedoms.freeDofList)
-      missed = std::max(missed, std::abs(full[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]));
+    for (const int j : freedoms.freeDofList) missed = std::max(missed, std::abs(full[i][j]));
   EXPECT_EQ(missed, 0.0);
 }
 

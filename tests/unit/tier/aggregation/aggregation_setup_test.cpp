@@ -168,13 +168,11 @@ TEST(Aggregation, RefusesModesOutOfRange) {
 sparse_system two_bodies_and_a_row(const sparse_system& one) {
   sparse_system s;
   for (int copy = 0; copy < 2; ++copy)
-    for (int i = 0; i < one.n; ++i) {
+    for (std::size_t i = 0; i < one.f.size(); ++i) {
       std::vector<std::pair<int, double>> others;
-      const auto first = static_cast<std::size_t>(one.ia[static_cast<std::size_t>(i)]),
-                 end = static_cast<std::size_t>(one.ia[static_cast<std::size_t>(i) + 1]);
-      for (std::size_t k = first + 1; k < end; ++k)
-        others.emplace_back(one.ja[k - 1] + copy * one.n, one.a[k - 1]);
-      s.add_row(one.a[first - 1], others);
+      const std::size_t first = position(one.ia[i]), end = position(one.ia[i + 1]);
+      for (std::size_t k = first + 1; k < end; ++k) others.emplace_back(one.ja[k] + copy * one.n, one.a[k]);
+      s.add_row(one.a[first], others);
     }
   s.add_row(3.0, {});
   return s;

@@ -92,9 +92,8 @@ TEST_P(AggregationParts, CoarseMatrixIsTheTripleProduct) {
   dense a(n, n);
   const point_layout& points = m.h.points;
   for (int r = 0; r < m.s.n; ++r)
-    for (int k = m.s.ia[static_cast<std::size_t>(r)]; k < m.s.ia[static_cast<std::size_t>(r) + 1]; ++k)
-      a(points.place[r], points.place[m.s.ja[static_cast<std::size_t>(k) - 1] - 1]) +=
-          m.h.scale * m.s.a[static_cast<std::size_t>(k) - 1];
+    for (std::size_t k = position(m.s.ia[position(r + 1)]); k < position(m.s.ia[position(r + 2)]); ++k)
+      a(points.place[r], points.place[m.s.ja[k] - 1]) += m.h.scale * m.s.a[k];
   ASSERT_GE(m.h.levels(), 2);
   const block_level<double>& coarse = m.h.coarse[0];
   dense p = dense_of(m.h.fine.p, coarse.unknowns()), ap = product(a, p), expected = product(p, ap, true),

@@ -87,8 +87,7 @@ TEST(Aggregation, RefusesMatricesThatAreNotDefinite) {
   const double least = 8.0 * std::pow(std::sin(std::numbers::pi / (2.0 * (m + 1))), 2);
   const auto shifted = [=](double times) {
     tier_call call = by_aggregation(five_point(m), 3);
-    for (int i = 0; i < m * m; ++i)
-      call.s.a[static_cast<std::size_t>(call.s.ia[static_cast<std::size_t>(i)]) - 1] -= times * least;
+    for (std::size_t i = 0; i < call.s.f.size(); ++i) call.s.a[position(call.s.ia[i])] -= times * least;
     call.run();
     return call;
   };

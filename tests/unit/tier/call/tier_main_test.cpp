@@ -25,6 +25,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing_support::coupled_call;
 using testing_support::poisson_call;
+using testing_support::position;
 using testing_support::tier_call;
 using tier::parm;
 
@@ -35,9 +36,8 @@ testing_support::sparse_system half_of(const testing_support::sparse_system& who
   testing_support::sparse_system half;
   for (int i = 1; i <= whole.n; ++i) {
     std::vector<std::pair<int, double>> others;
-    for (int j = whole.ia[static_cast<std::size_t>(i) - 1] + 1; j < whole.ia[static_cast<std::size_t>(i)];
-         ++j)
-      if (const int column = whole.ja[static_cast<std::size_t>(j) - 1]; (column < i) == lower)
+    for (std::size_t p = position(whole.ia[position(i)]) + 1; p < position(whole.ia[position(i + 1)]); ++p)
+      if (const int column = whole.ja[p]; (column < i) == lower)
         others.emplace_back(column, whole.entry(i, column));
     half.add_row(whole.entry(i, i), others);
   }
@@ -280,10 +280,10 @@ TEST(Tier, LeaveResetsParametersButTheLog) {
 
 /// Each row's entries by column: set-up may reorder within a row.
 std::vector<std::vector<std::pair<int, double>>> rows_of(const testing_support::sparse_system& s) {
-  std::vector<std::vector<std::pair<int, double>>> rows(static_cast<std::size_t>(s.n));
+  std::vector<std::vector<std::pair<int, double>>> rows(s.f.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (auto p = static_cast<std::size_t>(s.ia[i]); p < static_cast<std::size_t>(s.ia[i + 1]); ++p)
-      rows[i].emplace_back(s.ja[p - 1], s.a[p - 1]);
+    for (std::size_t p = position(s.ia[i]); p < position(s.ia[i + 1]); ++p)
+      rows[i].emplace_back(s.ja[p], s.a[p]);
     std::sort(rows[i].begin(), rows[i].end());
   }
   return rows;
@@ -471,7 +471,7 @@ tier_call badly_scaled_call() {
   for (std::size_t i = 0; i < call.s.f.size(); ++i) {
     const double unit = std::pow(10.0, static_cast<double>(i % 6));
     call.s.f[i] *= unit;
-    for (int p = call.s.ia[i]; p < call.s.ia[i + 1]; ++p) call.s.a[static_cast<std::size_t>(p) - 1] *= unit;
+    for (int p = call.s.ia[i]; p < call.s.ia[i + 1]; ++p) call.s.a[position(p)] *= unit;
   }
   parm().nptmn = 20;
   return call;
@@ -509,8 +509,7 @@ TEST(Transformed, AScaledSolutionThatMissesTheCallersTargetIsNoQuietOne) {
   tier_call call = badly_scaled_call();
   for (std::size_t i = 0; i < call.s.f.size(); ++i) {
     if (i % 6 != 0) call.s.f[i] = 0.0;
-    for (int p = call.s.ia[i]; i % 6 != 0 && p < call.s.ia[i + 1]; ++p)
-      call.s.a[static_cast<std::size_t>(p) - 1] *= 1e4;
+    for (int p = call.s.ia[i]; i % 6 != 0 && p < call.s.ia[i + 1]; ++p) call.s.a[position(p)] *= 1e4;
   }
   call.matrix = 226;
   call.run();
@@ -551,8 +550,7 @@ TEST(Transformed, DiagonalsAreLargerWhileItSolves) {
   const auto a = call.s.a;
   call.run();
   EXPECT_EQ(call.s.a, a);
-  for (int i = 0; i < call.s.n; ++i)
-    call.s.a[static_cast<std::size_t>(call.s.ia[static_cast<std::size_t>(i)]) - 1] *= 1.001;
+  for (std::size_t i = 0; i < call.s.f.size(); ++i) call.s.a[position(call.s.ia[i])] *= 1.001;
   EXPECT_LT(call.relative_residual(), solved);
 }
 

@@ -150,8 +150,7 @@ TEST_P(Refused, LeavesTheMatrixAndNoHierarchy) {
   }
   EXPECT_EQ(ierr, GetParam().ierr);
   EXPECT_EQ(h.levels_created, -1);
-  for (int i = 1; i <= s.n; ++i)
-    EXPECT_EQ(s.ja[static_cast<std::size_t>(s.ia[static_cast<std::size_t>(i) - 1]) - 1], i);
+  for (int i = 1; i <= s.n; ++i) EXPECT_EQ(s.ja[position(s.ia[position(i)])], i);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -96,9 +96,8 @@ TEST_P(PbintFaults, EndTheCall) {
 /// The block of a point becomes [2 2; 2 2].
 void make_singular(sparse_system& s, int point) {
   for (int i = 2 * point - 1; i <= 2 * point; ++i)
-    for (int p = s.ia[static_cast<std::size_t>(i) - 1]; p < s.ia[static_cast<std::size_t>(i)]; ++p)
-      if (s.ip[static_cast<std::size_t>(s.ja[static_cast<std::size_t>(p) - 1]) - 1] == point)
-        s.a[static_cast<std::size_t>(p) - 1] = 2.0;
+    for (std::size_t p = position(s.ia[position(i)]); p < position(s.ia[position(i + 1)]); ++p)
+      if (s.ip[position(s.ja[p])] == point) s.a[p] = 2.0;
 }
 
 INSTANTIATE_TEST_SUITE_P(

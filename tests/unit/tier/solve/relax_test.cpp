@@ -158,10 +158,10 @@ class ParallelSteps : public testing::TestWithParam<parallel_case> {};
 /// half the diagonal's weight the correction of the row is divided by both together.
 double relaxed(const sparse_system& s, std::size_t row, int block, const std::vector<int>& block_of,
                const std::vector<double>& now, const std::vector<double>& old, int team) {
-  const auto first = static_cast<std::size_t>(s.ia[row]) - 1;
+  const std::size_t first = position(s.ia[row]);
   double r = s.f[row] - s.a[first] * now[row], weight = 0.0;
-  for (std::size_t p = first + 1; p + 1 < static_cast<std::size_t>(s.ia[row + 1]); ++p) {
-    const auto j = static_cast<std::size_t>(s.ja[p]) - 1;
+  for (std::size_t p = first + 1; p < position(s.ia[row + 1]); ++p) {
+    const std::size_t j = position(s.ja[p]);
     const bool at_once = block_of[j] / team == block / team && block_of[j] != block;
     r -= s.a[p] * (at_once ? old : now)[j];
     weight += at_once ? std::abs(s.a[p]) : 0.0;

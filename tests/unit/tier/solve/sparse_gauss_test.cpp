@@ -12,6 +12,7 @@
 
 namespace {
 
+using testing_support::position;
 using testing_support::sparse_system;
 using tier::sparse_gauss;
 using tier::view;
@@ -40,7 +41,7 @@ class SparseGauss : public testing::TestWithParam<int> {
 
 TEST_P(SparseGauss, SolvesToRounding) {
   sparse_system s = system();
-  for (int i = 0; i < s.n; ++i) s.f[static_cast<std::size_t>(i)] = 1.0 + i % 7;
+  for (int i = 0; i < s.n; ++i) s.f[position(i + 1)] = 1.0 + i % 7;
   const view<int> ia(s.ia.data()), ja(s.ja.data());
   sparse_gauss spg;
 
@@ -93,7 +94,7 @@ TEST(MinimumDegree, OrdersAGridWithLittleFill) {
 
   std::vector<int> seen(order.data(), order.data() + s.n);
   std::sort(seen.begin(), seen.end());
-  for (int i = 0; i < s.n; ++i) ASSERT_EQ(seen[static_cast<std::size_t>(i)], i + 1);
+  for (int i = 1; i <= s.n; ++i) ASSERT_EQ(seen[position(i)], i);
   std::int64_t fill = 0;
   for (int k = 1; k <= s.n; ++k) fill += below[k];
   EXPECT_LT(fill, 110000);  // natural order: 64 * 4096

@@ -40,7 +40,7 @@ void run(benchmark::State& state, const linear_system& original, int variant) {
   tier::hierarchy h;
   linear_system s;
   tier::clear_timers();
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     state.PauseTiming();
     s = original;  // set-up reorders the rows
     set_first_level(h, s);

@@ -27,7 +27,7 @@ void shellModelProcessing(benchmark::State& state) {
   std::filesystem::create_directories(folder);
   workingFiles = composeWorkingFiles((folder / "job").string(), folder.string() + "/");
   const int along = static_cast<int>(std::sqrt(static_cast<double>(state.range(0)) / 4.0));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto step : state) {
     state.PauseTiming();
     BoxSkin skin({12.0, 8.0, 0.2}, {along, along, 2});
     skin.fillTables();

@@ -59,7 +59,7 @@ medians interleaved(benchmark::State& state, const std::function<void()>& work,
                     const std::function<void()>& yardstick) {
   std::vector<double> a, b;
   yardstick();
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     b.push_back(seconds_of(yardstick));
     a.push_back(seconds_of(work));
     state.SetIterationTime(a.back());
@@ -184,7 +184,7 @@ void rounds_against_one(benchmark::State& state, linear_system given) {
   for (const int rounds : counts) shared.emplace_back(l, &sorted, nullptr, scratch, rounds);
   std::vector<double> seconds[std::size(counts)];
   const auto least = [](const std::vector<double>& x) { return *std::min_element(x.begin(), x.end()); };
-  for (auto step : state) {
+  for ([[maybe_unused]] auto step : state) {
     for (std::size_t k = 0; k < shared.size(); ++k)
       seconds[k].push_back(seconds_of([&] {
         tier::relx_gs(l, shared[k], l.f, l.u, std::array{3, 1}, {}, scratch);
@@ -241,14 +241,15 @@ void ilut(benchmark::State& state, linear_system given) {
   const medians t = interleaved(
       state, [&] { factors.decompose(run.h(1), options); }, [&] { run.product(); });
   std::vector<double> solves;
+  solves.reserve(5);
   for (int i = 0; i < 5; ++i) solves.push_back(seconds_of([&] { factors.solve(run.h(1).f, run.scratch()); }));
   state.counters["products"] = t.work / t.yardstick;
   state.counters["solve products"] = median(solves) / t.yardstick;
   state.counters["fill"] = static_cast<double>(factors.entries()) / run.h(1).entries();
 }
 
-void sizes(benchmark::internal::Benchmark* bench, std::vector<long> list, const char* name,
-           std::vector<long> threads = {1, 2}) {
+void sizes(benchmark::internal::Benchmark* bench, const std::vector<long>& list, const char* name,
+           const std::vector<long>& threads = {1, 2}) {
   bench->Unit(benchmark::kMillisecond)->UseManualTime()->ArgNames({name, "threads"});
   for (long size : list)
     for (long team : threads) bench->Args({size, team});

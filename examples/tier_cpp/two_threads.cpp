@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <thread>
 #include <tier.hpp>
 #include <vector>
@@ -76,11 +77,14 @@ bool tells_of_faults() try {
 
 }  // namespace
 
-int main() {
+int main() try {
   double left = 1.0, right = 1.0;
   std::thread other([&right] { right = solve_twice(150); });
   left = solve_twice(200);
   other.join();
   std::printf("residuals reduced to %.1e and %.1e\n", left, right);
   return left < 1.1e-8 && right < 1.1e-8 && tells_of_faults() ? EXIT_SUCCESS : EXIT_FAILURE;
+} catch (const std::exception& e) {
+  std::fprintf(stderr, "%s\n", e.what());
+  return EXIT_FAILURE;
 }

@@ -73,6 +73,7 @@ bool threadsCanBeMade(int count) {
 
 void startWithOneThread(char** arguments, char** environment) {
   std::vector<char*> changed;
+  changed.reserve(std::size(single_thread));
   for (const char* entry : single_thread) changed.push_back(const_cast<char*>(entry));  // execve's type
   for (; *environment != nullptr; ++environment) {
     const std::string_view entry(*environment);

@@ -84,7 +84,7 @@ class ConnectorMaker {
   static bool endsAllow(std::size_t pass, int first, int second) {
     const int features = shell.featureNode[first] + shell.featureNode[second];
     const int useFirst = shell.connectorUse[first], useSecond = shell.connectorUse[second];
-    const int classFirst = shell.thicknessClass[first], classSecond = shell.thicknessClass[second];
+    const char classFirst = shell.thicknessClass[first], classSecond = shell.thicknessClass[second];
     switch (pass) {
       case 1:
         return features == 2 && useFirst == 0 && useSecond == 0 && classFirst != 2 && classSecond != 2;

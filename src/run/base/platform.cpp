@@ -84,10 +84,10 @@ std::uint64_t availableMemory() {
 
 void preferLargePages(void* begin, std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
-  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const auto first = (reinterpret_cast<std::uintptr_t>(begin) + page - 1) / page * page;
-  const auto end = (reinterpret_cast<std::uintptr_t>(begin) + bytes) / page * page;
-  if (first < end) ::madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(begin) % page) % page;
+  if (bytes < before + page) return;
+  ::madvise(static_cast<char*>(begin) + before, (bytes - before) / page * page, MADV_HUGEPAGE);
 #endif
 }
 

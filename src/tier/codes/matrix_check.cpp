@@ -90,15 +90,12 @@ bool bad_row(const caller_matrix& m, triangle stored, int i) {
   const std::string row = "Row " + std::to_string(i) + ": ";
   const int first = m.ia[i];
   for (int j = first; j < m.ia[i + 1]; ++j) {
-    const std::string column = "column " + std::to_string(m.ja[j]);
-    if (m.ja[j] < 1 || m.ja[j] > m.n)
-      bad_array("ja", row + column + " is not within 1 to " + std::to_string(m.n));
-    if (j == first && m.ja[j] != i) bad_array("ja", row + column + " stands in the place of the diagonal");
-    if (outside(stored, i, m.ja[j]))
-      bad_array("ja", row + column + " belongs to the triangle that isn't stored");
-    if (std::isnan(m.a[j])) fail(ierr_residual_nan, "NaN detected in (matrix_check)! " + row + column);
-    if (std::isinf(m.a[j]))
-      fail(ierr_residual_overflow, "Infinity detected in (matrix_check)! " + row + column);
+    const std::string place = row + "column " + std::to_string(m.ja[j]);
+    if (m.ja[j] < 1 || m.ja[j] > m.n) bad_array("ja", place + " is not within 1 to " + std::to_string(m.n));
+    if (j == first && m.ja[j] != i) bad_array("ja", place + " stands in the place of the diagonal");
+    if (outside(stored, i, m.ja[j])) bad_array("ja", place + " belongs to the triangle that isn't stored");
+    if (std::isnan(m.a[j])) fail(ierr_residual_nan, "NaN detected in (matrix_check)! " + place);
+    if (std::isinf(m.a[j])) fail(ierr_residual_overflow, "Infinity detected in (matrix_check)! " + place);
   }
   bad_array("a", row + "the diagonal entry is zero");
 }

@@ -30,7 +30,7 @@ std::string outputOf(const std::string& words) {
   EXPECT_EQ(
       std::system(("'" + places::program.string() + "' " + words + " >'" + output.string() + "'").c_str()),
       0);
-  const std::string text = testing_support::readText(output);
+  std::string text = testing_support::readText(output);
   std::filesystem::remove(output);
   return text;
 }

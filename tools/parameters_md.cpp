@@ -12,7 +12,7 @@
 namespace {
 
 std::string shown_default(const ParameterRow& row) {
-  const std::string initial(row.initial);
+  std::string initial(row.initial);
   if (initial.starts_with("unset_")) return "unset";
   if (row.type == "text") return initial.empty() ? "(blank)" : "\"" + initial + "\"";
   return initial;

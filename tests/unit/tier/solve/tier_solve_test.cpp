@@ -138,7 +138,7 @@ TEST(Driver, ComparesTheCallersFirstResidual) {
 TEST(Driver, AllocatesNothingWithinCyclesAndLeavesNothing) {
   for (const int nrc : {1, 2, 3, 7, 10}) {
     const std::int64_t doubles = tier::memory().ndsum, integers = tier::memory().nisum;
-    std::int64_t allocations[2];
+    std::int64_t allocations[2] = {-1, -2};
     for (const int cycles : {1, 2}) {
       test_run run(testing_support::line(127));
       prepare(run);

@@ -21,8 +21,8 @@ constexpr auto limit = static_cast<std::int64_t>(tier::own_mapping_size / sizeof
 
 bool is_mapped(const void* place) {
   unsigned char resident = 0;
-  const auto page = reinterpret_cast<std::uintptr_t>(place) / 4096 * 4096;
-  return ::mincore(reinterpret_cast<void*>(page), 1, &resident) == 0;
+  const char* const page = static_cast<const char*>(place) - reinterpret_cast<std::uintptr_t>(place) % 4096;
+  return ::mincore(const_cast<char*>(page), 1, &resident) == 0;
 }
 
 // An array of 24 MB that has gone makes the heap keep what comes after it, up to that size.

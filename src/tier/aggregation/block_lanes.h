@@ -87,6 +87,12 @@ class lanes<T, 0> {
   T v_[most_block] = {};
 };
 
+/// A block of b x b numbers in double.
+template <class T>
+TIER_INLINE void widen(const T* block, int b, double* to) {
+  for (int i = 0; i < b * b; ++i) to[i] = block[i];
+}
+
 /// Calls kernel.rows<R>() with R the number of rows of a block where there is a kernel for it, else 0.
 template <class Kernel>
 TIER_INLINE void by_size(int rows, const Kernel& kernel) {

@@ -43,21 +43,17 @@ struct energy_kernel {
     const int b = R > 0 ? R : a.rows;
     block_in_double di = {}, dj = {}, v = {};
     for (int i = lo; i < hi; ++i) {
-      take(inverse.data() + std::int64_t{i} * b * b, b, di);
+      widen(inverse.data() + std::int64_t{i} * b * b, b, di);
       for (std::int64_t k = a.start[i]; k < a.start[i + 1]; ++k) {
         if (a.column[k] == i) {
           norm[k] = std::sqrt(static_cast<float>(b));
           continue;
         }
-        take(inverse.data() + std::int64_t{a.column[k]} * b * b, b, dj);
-        take(a.block(k), b, v);
+        widen(inverse.data() + std::int64_t{a.column[k]} * b * b, b, dj);
+        widen(a.block(k), b, v);
         norm[k] = static_cast<float>(std::sqrt(std::max(0.0, trace<R>(b, di, v, dj))));
       }
     }
-  }
-
-  TIER_INLINE static void take(const T* block, int b, block_in_double& to) {
-    for (int m = 0; m < b * b; ++m) to[m] = block[m];
   }
 
   /// Sum of the products of the entries of D_i^-1 A_ij and A_ij D_j^-1.

@@ -36,22 +36,18 @@ struct repair_kernel {
                                lanes<double, R>(b), lanes<double, R>(b), lanes<double, R>(b)};
     const std::int64_t size = std::int64_t{b} * m;
     for (int k = a.start[i] + 1; k < a.start[i + 1]; ++k) {
-      take(a.block(k), b, block);
+      widen(a.block(k), b, block);
       const double* const other = vectors + a.column[k] * size + first * b;
       for (int t = 0; t < b; ++t)
         for (int j = 0; j < count; ++j) sum[j].add_scaled(block + t * b, other[j * b + t]);
     }
-    take(inverse.data() + std::int64_t{i} * b * b, b, block);
+    widen(inverse.data() + std::int64_t{i} * b * b, b, block);
     for (int j = 0; j < count; ++j) {
       sum[j].store_wide(coupled);
       lanes<double, R> own(b);
       for (int t = 0; t < b; ++t) own.add_scaled(block + t * b, -coupled[t]);
       own.store(vectors + i * size + (first + j) * b);
     }
-  }
-
-  TIER_INLINE static void take(const T* from, int b, double* to) {
-    for (int t = 0; t < b * b; ++t) to[t] = from[t];
   }
 };
 

@@ -2,7 +2,6 @@
 // Everything here is inlined, so that it takes the instructions of the kernel around it.
 #pragma once
 
-#include <array>
 #include <cstring>
 
 #include "tier/aggregation/block_matrix.h"

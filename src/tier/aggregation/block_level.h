@@ -3,8 +3,6 @@
 // drown in the rounding of single precision, and the preconditioner is then no longer positive.
 #pragma once
 
-#include <vector>
-
 #include "tier/aggregation/block_kernels.h"
 #include "tier/aggregation/coupling_norms.h"
 #include "tier/aggregation/points.h"

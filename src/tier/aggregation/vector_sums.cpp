@@ -2,7 +2,6 @@
 #include "tier/aggregation/vector_sums.h"
 
 #include <algorithm>
-#include <array>
 
 #include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"

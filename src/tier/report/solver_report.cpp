@@ -1,7 +1,6 @@
 // "AMG solver information".
 #include "tier/report/solver_report.h"
 
-#include <array>
 #include <cstdlib>
 #include <string>
 

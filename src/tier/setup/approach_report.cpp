@@ -1,5 +1,4 @@
 // Report of the options of a set-up: approach, primary matrix, weights, Galerkin variant.
-#include <array>
 #include <string>
 
 #include "tier/report/solver_report.h"

@@ -2,7 +2,6 @@
 #include "tier/setup/create_levels.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
 #include "tier/setup/coarsening_stop.h"

@@ -2,8 +2,6 @@
 // Called by the block interpolation.
 #pragma once
 
-#include <vector>
-
 #include "tier/store/numbered.h"
 
 namespace tier {

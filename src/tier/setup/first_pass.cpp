@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
 
 #include "tier/setup/pcol.h"
 #include "tier/store/info.h"

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
-#include <vector>
 
 #include "tier/setup/first_pass.h"
 #include "tier/store/ierr.h"

@@ -2,7 +2,6 @@
 // Made by create_levels, handed to strength, splitting and interpolation.
 #pragma once
 
-#include <array>
 #include <string>
 
 #include "tier/setup/pcol.h"

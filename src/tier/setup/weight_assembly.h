@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "tier/setup/interpolation_row.h"
 #include "tier/setup/pcol.h"

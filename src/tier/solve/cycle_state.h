@@ -2,7 +2,6 @@
 // Made by tier_solve once per call; passed to every routine of the solution phase.
 #pragma once
 
-#include <array>
 #include <optional>
 
 #include "tier/solve/rows_by_state.h"

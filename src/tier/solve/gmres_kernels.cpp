@@ -1,8 +1,6 @@
 // Orthogonalisation and linear combinations of Krylov columns.
 #include "tier/solve/gmres_kernels.h"
 
-#include <array>
-
 #include "tier/store/numbered.h"
 #include "tier/store/row_loop.h"
 

@@ -1,7 +1,6 @@
 // Keeper of the decompositions of all levels.
 #include "tier/solve/level_factors.h"
 
-#include <array>
 #include <string>
 
 #include "tier/store/info.h"

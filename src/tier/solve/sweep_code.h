@@ -2,8 +2,6 @@
 // Decoded once for a solution; read by the smoothers and the report.
 #pragma once
 
-#include <array>
-
 #include "tier/store/numbered.h"
 
 namespace tier {

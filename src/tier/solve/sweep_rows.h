@@ -2,8 +2,6 @@
 // Made for every level that it smooths, for one solution; used by relx_gs.
 #pragma once
 
-#include <vector>
-
 #include "tier/solve/rows_by_state.h"
 #include "tier/solve/vector_ops.h"
 #include "tier/store/hierarchy.h"

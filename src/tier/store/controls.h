@@ -2,7 +2,6 @@
 // Written by tier_input (and solve_data, crsng_data for what is theirs); read by set-up and solution.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "tier/store/choices.h"

@@ -2,7 +2,6 @@
 // system. Made by set-up, used by the cycles, freed by clean-up.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "tier/store/numbered.h"

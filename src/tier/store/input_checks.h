@@ -1,7 +1,6 @@
 // Splitting and checking of control values. Called by the functions that decode the codes of a call.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>

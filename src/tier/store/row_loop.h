@@ -2,8 +2,6 @@
 // Used by every threaded step of set-up and by every kernel of the solution.
 #pragma once
 
-#include <array>
-
 #ifdef _OPENMP
 #include <omp.h>
 #endif
